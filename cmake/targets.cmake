@@ -1,0 +1,37 @@
+# One library per folder of the product. Sources are found by their place, so that a new unit needs no entry here;
+# platform/ adds the half of the machine that is built for.
+
+set(TARNWING_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+add_compile_options(${TARNWING_WARNINGS})
+include_directories(${PROJECT_SOURCE_DIR})
+
+if(WIN32)
+    set(TARNWING_PLATFORM_HALF windows)
+else()
+    set(TARNWING_PLATFORM_HALF posix)
+endif()
+set(TARNWING_ENTRY_SOURCE ${PROJECT_SOURCE_DIR}/platform/${TARNWING_PLATFORM_HALF}/program_entry.cpp)
+
+function(tarnwing_library name)
+    cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;EXCLUDE;LINK" ${ARGN})
+    if(NOT ARG_FOLDER)
+        set(ARG_FOLDER ${name})
+    endif()
+    if(NOT ARG_SOURCES)
+        file(GLOB ARG_SOURCES CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/${ARG_FOLDER}/*.cpp)
+        if(name STREQUAL platform)
+            file(GLOB half CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
+                 ${PROJECT_SOURCE_DIR}/platform/${TARNWING_PLATFORM_HALF}/*.cpp)
+            list(REMOVE_ITEM half platform/${TARNWING_PLATFORM_HALF}/program_entry.cpp)
+            list(APPEND ARG_SOURCES ${half})
+        endif()
+        if(ARG_EXCLUDE)
+            list(REMOVE_ITEM ARG_SOURCES ${ARG_EXCLUDE})
+        endif()
+    endif()
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC ${ARG_LINK})
+    if(name STREQUAL platform AND WIN32)
+        target_link_libraries(platform PUBLIC ws2_32 winmm gdi32 shell32 ole32 uuid advapi32 user32)
+    endif()
+endfunction()

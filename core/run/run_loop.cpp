@@ -1,0 +1,206 @@
+// core/run/run_loop.cpp
+#include "core/run/run_loop.h"
+
+#include <atomic>
+#include <mutex>
+
+#include <fmt/format.h>
+
+#include "core/exit_reason.h"
+#include "core/log.h"
+#include "core/run/feed_lamps.h"
+#include "core/run/run_time.h"
+#include "core/run_flags.h"
+#include "core/slot_clock.h"
+#include "feed/sample_queue.h"
+#include "feed/traffic_reader.h"
+#include "platform/clock.h"
+#include "platform/timer_resolution.h"
+#include "window/window_state.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// A grid that has fallen further behind than this starts anew instead of catching up tick by tick.
+constexpr auto worstLag = 100ms;
+constexpr int recordsPerSlot = 2;
+constexpr int pauseTicks = 100;
+
+// Seconds of gSecondCounter; chosen so that slow jobs fall on different seconds.
+constexpr int briskJobs = 5;
+constexpr int slowJobs = 15;
+constexpr int parkingMinute = 60;
+constexpr int feedLampCheck = 59;
+constexpr int day = 86400;
+
+constexpr int minutesToStaticParking = 20;
+
+int pauseCounter = 0;
+int minutesToNextParking = minutesToStaticParking;
+std::atomic<bool> staticRefreshWanted{false};
+std::atomic<bool> staticRefreshPhase{false};
+
+void setAcceptSamples(bool accept) {
+    const std::lock_guard lock(gTrafficMutex);
+    gAcceptSamples = accept;
+}
+
+void takeRecord() {
+    const std::lock_guard lock(gTrafficMutex);
+    gLiveSampleQueue.pop();
+}
+
+/// The engine's slot: it takes what the feed has, and time goes on.
+void runSlot() {
+    for (int i = 0; i < recordsPerSlot; ++i) {
+        takeRecord();
+    }
+    ++slotClock;
+}
+
+void resumeFlight() {
+    gFlightPaused = false;
+    log(fmt::format("{} Flight resumed", clockNow()));
+    setAcceptSamples(true);
+}
+
+void secondStep() {
+    if (gFlightPaused) {
+        resumeFlight();
+    }
+    ageMessage();
+    gf_setWeekSlot();
+    ++gSecondCounter;
+}
+
+/// Entered at one 15-second step and left at the next, so that the call signs of 15 seconds are known by then.
+void staticRefreshHandshake() {
+    if (!staticRefreshWanted) {
+        return;
+    }
+    if (!staticRefreshPhase) {
+        staticRefreshPhase = true;
+        gTrafficReader.clearSeenCallSigns();
+        gTrafficReader.collectCallSigns = true;
+        return;
+    }
+    staticRefreshPhase = false;
+    gTrafficReader.collectCallSigns = false;
+    clearError();
+    staticRefreshWanted = false;
+}
+
+void minuteStep() {
+    if (--minutesToNextParking < 1) {
+        minutesToNextParking = minutesToStaticParking;
+    }
+}
+
+void fifteenSecondStep(int second) {
+    staticRefreshHandshake();
+    if (gWindowState.trafficLamp == FeedLamp::noData || gWindowState.weatherLamp == FeedLamp::noData) {
+        gf_checkFeedLamps();
+    }
+    if (second % parkingMinute == 0) {
+        minuteStep();
+    }
+    if (second % day == 0) {
+        gSecondCounter = 0;
+    }
+    gf_flushLog();
+}
+
+void slowJobsOf(int second) {
+    if (second % briskJobs != 0) {
+        if (second % feedLampCheck == 0) {
+            gf_checkFeedLamps();
+        }
+        return;
+    }
+    if (second % slowJobs == 0) {
+        fifteenSecondStep(second);
+    }
+}
+
+void enterPause() {
+    setAcceptSamples(false);
+    gFlightPaused = true;
+    pauseCounter = pauseTicks;
+    log(fmt::format("{} Flight not running", clockNow()));
+}
+
+void pausedStep() {
+    if (!gFlightPaused) {
+        enterPause();
+    }
+    --pauseCounter;
+    if (pauseCounter % pauseTicks == 0) {
+        ageMessage();
+    }
+    if (pauseCounter < 1) {
+        pauseCounter = pauseTicks;
+        gf_setWeekSlot();
+    }
+}
+
+} // namespace
+
+bool gf_tickStep() {
+    if (!simRunning || simFailed) {
+        pausedStep();
+        return !gf_isStopping();
+    }
+    runSlot();
+    if (!secondPulse.exchange(false)) {
+        // A frozen simulator sends no pulse; the flags count all the same.
+        return !gf_isStopping();
+    }
+    secondStep();
+    if (gf_isStopping()) {
+        return false;
+    }
+    slowJobsOf(gSecondCounter);
+    return true;
+}
+
+void gf_runTicks(const std::function<bool()>& step) {
+    const platform::TimerResolution oneMillisecond(1);
+    platform::SteadyTime deadline = platform::steadyNow() + tickLength;
+    while (step()) {
+        const platform::SteadyTime now = platform::steadyNow();
+        if (now - deadline > worstLag) {
+            deadline = now + tickLength;
+        }
+        if (deadline - now >= 1ms) {
+            platform::sleepFor(deadline - now);
+        }
+        if (secondPulse) {
+            deadline = platform::steadyNow();
+        }
+        deadline += tickLength;
+    }
+}
+
+void gf_runLoop() {
+    gf_checkFeedLamps();
+    gSecondCounter = 0;
+    gf_setWeekSlot();
+    setAcceptSamples(true);
+    gf_runTicks(gf_tickStep);
+}
+
+void gf_resetRunLoop() {
+    pauseCounter = 0;
+    minutesToNextParking = minutesToStaticParking;
+    staticRefreshWanted = false;
+    staticRefreshPhase = false;
+}
+
+void gf_requestStaticRefresh() {
+    staticRefreshWanted = true;
+}
+
+bool gf_staticRefreshRuns() {
+    return staticRefreshPhase;
+}

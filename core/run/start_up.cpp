@@ -1,0 +1,148 @@
+// core/run/start_up.cpp
+#include "core/run/start_up.h"
+
+#include <array>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+#include <fmt/format.h>
+
+#include "core/exit_reason.h"
+#include "core/folders.h"
+#include "core/log.h"
+#include "core/parameter_file.h"
+#include "core/parameters.h"
+#include "core/program_info.h"
+#include "core/run/closing_down.h"
+#include "core/run/run_loop.h"
+#include "core/run/run_time.h"
+#include "core/run/simulator_detection.h"
+#include "core/run/start_run.h"
+#include "core/run_flags.h"
+#include "core/user_error.h"
+#include "platform/files.h"
+#include "platform/window_system.h"
+#include "window/window_state.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int wrongFolderError = 1;
+constexpr int hardwareThreadsIfUnknown = 2;
+
+/// In the order in which they are made: a folder stands before those inside it.
+constexpr std::array workingFolders{
+    "output",
+    "output/info",
+    "output/errors",
+    "airports",
+    "airports/learned",
+    "airports/learned/stock",
+    "airports/learned/simaddon",
+    "airports/learned/thirdparty",
+    "airports/my_ORBX",
+    "airports/my_thirdparty",
+    "input/my_regcodes",
+};
+
+constexpr std::array outOfDateFiles{
+    "input/AIG-regcodes0.xml",
+    "input/AIG-regcodes00.xml",
+};
+
+void requireProgramFolder() {
+    std::error_code ignored;
+    if (!fs::is_directory("docs", ignored)) {
+        throw kvd::UserErrorException(wrongFolderError,
+                                      fmt::format("{} must be run from the {} folder!", programName, programName));
+    }
+}
+
+void makeWorkingFolders() {
+    for (const char* folder : workingFolders) {
+        createFolders(folder);
+    }
+    for (const char* file : outOfDateFiles) {
+        removeFile(file);
+    }
+}
+
+/// A production start has done its work when the files are read: the run ends as if the user had closed it.
+void endProductionStart() {
+    gExitCode = 0;
+    gf_userCloses();
+}
+
+void detectRealTraffic() {
+    std::error_code ignored;
+    gRealTrafficHere = fs::exists(platform::roamingAppDataFolder() / "InsideSystems" / "RealTraffic.jar", ignored);
+    log(fmt::format("RealTraffic {}detected at this PC", gRealTrafficHere ? "" : "not "));
+    gf_flushLog();
+}
+
+void testStockAirports() {
+    const fs::path folder = platform::pathFromUtf8(SIM_INSTALL_PATH.value()) / "Scenery";
+    std::error_code ignored;
+    if (!fs::is_directory(folder, ignored)) {
+        showMessage(fmt::format("Stock airports path does not exist: {}", platform::backslashText(folder)), LogCopy::yes);
+    }
+}
+
+void setHardwareThreads() {
+    const unsigned count = std::thread::hardware_concurrency();
+    gHardwareThreads = count == 0 ? hardwareThreadsIfUnknown : static_cast<int>(count);
+}
+
+/// Everything up to the run loop's end. Throws what ends the run.
+void runOnce() {
+    requireProgramFolder();
+    gf_readParameters();
+    repaintWindow();
+    gf_flushLog();
+    makeWorkingFolders();
+    gf_setWeekSlot();
+    gf_findSimulator();
+    if (gProductionMode) {
+        endProductionStart();
+    } else {
+        detectRealTraffic();
+    }
+    testStockAirports();
+    setHardwareThreads();
+    if (gf_isStopping()) {
+        return;
+    }
+    window_system::setTopMost(ALWAYS_ON_TOP.value);
+    if (lf_startRun()) {
+        gf_runLoop();
+    } else {
+        gf_userCloses();
+    }
+}
+
+void endWithSystemError(const std::string& text) {
+    showError(text);
+    gf_stopRun(ExitReason::systemError, 0);
+}
+
+} // namespace
+
+void lf_startUpTRNW() {
+    try {
+        runOnce();
+    } catch (const kvd::UserErrorException& exception) {
+        showError(exception.what());
+        gf_setExitReason(ExitReason::systemError);
+    } catch (const fmt::format_error& exception) {
+        endWithSystemError(fmt::format("std::format error: {}", exception.what()));
+    } catch (const std::exception& exception) {
+        endWithSystemError(exception.what());
+    } catch (...) {
+        showError("Unknown exception");
+        gf_setExitReason(ExitReason::systemError);
+    }
+    gf_flushLog();
+    lf_closingDown();
+}

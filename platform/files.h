@@ -1,0 +1,38 @@
+// platform/files.h
+// Paths as UTF-8 text, known folders, and the file operations that the standard library does not offer.
+// Usable from any thread.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace platform {
+
+/// Text that is not valid UTF-8 throws std::runtime_error where paths are wide.
+std::filesystem::path pathFromUtf8(std::string_view text);
+/// Always valid UTF-8; a file name that cannot be written so shows U+FFFD in its place.
+std::string utf8FromPath(const std::filesystem::path& path);
+
+/// The text of a path with backslashes on every machine, for rules that look at path text.
+std::string backslashText(const std::filesystem::path& path);
+
+/// The user's roaming application-data folder; natively $XDG_CONFIG_HOME, or .config in the home folder.
+std::filesystem::path roamingAppDataFolder();
+
+/// Puts another folder in its place, for tests; an empty path takes it back.
+void setRoamingAppDataFolder(const std::filesystem::path& folder);
+
+/// The machine's program-files folders, which an ordinary user cannot write to.
+std::vector<std::filesystem::path> programFilesFolders();
+
+/// Moves `from` over `to` in one step, after its bytes have reached the disk: whoever looks finds the old file or the
+/// new one, whole, even after a power cut.
+std::error_code replaceFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Creates `file` so that it vanishes when closed, writes one byte and closes it. True when all of that succeeded.
+bool writeVanishingFile(const std::filesystem::path& file);
+
+} // namespace platform

@@ -1,0 +1,12 @@
+// platform/system_sleep.h
+// The system's own sleep, behind the clock. Usable from any thread.
+#pragma once
+
+#include <chrono>
+
+namespace platform {
+
+/// Sleeps at least `duration` (above zero), in the grain of the system timer.
+void systemSleep(std::chrono::nanoseconds duration);
+
+} // namespace platform

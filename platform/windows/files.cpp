@@ -1,0 +1,94 @@
+// platform/windows/files.cpp
+#include "platform/files.h"
+
+// clang-format off
+#include <windows.h>
+#include <initguid.h>
+#include <knownfolders.h>
+#include <shlobj.h>
+// clang-format on
+
+#include "platform/system_folders.h"
+
+namespace platform {
+
+namespace {
+
+class FileHandle {
+public:
+    explicit FileHandle(HANDLE handle) : handle_(handle) {}
+    ~FileHandle() {
+        if (valid()) {
+            CloseHandle(handle_);
+        }
+    }
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+
+    bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return handle_; }
+
+private:
+    HANDLE handle_;
+};
+
+std::error_code lastError() {
+    return {static_cast<int>(GetLastError()), std::system_category()};
+}
+
+std::filesystem::path knownFolder(const KNOWNFOLDERID& id) {
+    PWSTR text = nullptr;
+    std::filesystem::path folder;
+    if (SUCCEEDED(SHGetKnownFolderPath(id, 0, nullptr, &text))) {
+        folder = text;
+    }
+    CoTaskMemFree(text);
+    return folder;
+}
+
+std::error_code syncToDisk(const std::filesystem::path& path) {
+    const FileHandle file(
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.valid() || !FlushFileBuffers(file.get())) {
+        return lastError();
+    }
+    return {};
+}
+
+} // namespace
+
+std::filesystem::path systemRoamingFolder() {
+    return knownFolder(FOLDERID_RoamingAppData);
+}
+
+std::vector<std::filesystem::path> programFilesFolders() {
+    std::vector<std::filesystem::path> folders;
+    for (const KNOWNFOLDERID& id : {FOLDERID_ProgramFiles, FOLDERID_ProgramFilesX86}) {
+        if (std::filesystem::path folder = knownFolder(id); !folder.empty()) {
+            folders.push_back(std::move(folder));
+        }
+    }
+    return folders;
+}
+
+std::error_code replaceFile(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (const std::error_code error = syncToDisk(from)) {
+        return error;
+    }
+    if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        return lastError();
+    }
+    return {};
+}
+
+bool writeVanishingFile(const std::filesystem::path& file) {
+    const FileHandle created(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                         FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (!created.valid()) {
+        return false;
+    }
+    DWORD written = 0;
+    return WriteFile(created.get(), "w", 1, &written, nullptr) && written == 1;
+}
+
+} // namespace platform

@@ -1,0 +1,29 @@
+#include "core/detached_threads.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+TEST(DetachedThreads, theEndWaitsForAllOfThem) {
+    std::atomic<int> done{0};
+    for (int i = 0; i < 5; ++i) {
+        gf_startDetached("test", [&] { ++done; });
+    }
+    EXPECT_TRUE(gf_waitForDetachedThreads(10s));
+    EXPECT_EQ(done, 5);
+}
+
+TEST(DetachedThreads, theWaitEndsThoughOneIsStillIn) {
+    std::promise<void> release;
+    gf_startDetached("test", [&] { release.get_future().wait(); });
+    EXPECT_FALSE(gf_waitForDetachedThreads(20ms));
+    release.set_value();
+    EXPECT_TRUE(gf_waitForDetachedThreads(10s));
+}
+
+} // namespace

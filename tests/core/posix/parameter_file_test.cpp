@@ -1,0 +1,128 @@
+// parameters.xml when the machine fails: a process that dies during a save, a disk that is full.
+#include "core/parameter_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <random>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/temporary_folder.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void toDefaults() {
+    PROGRAM_VERSION.setDefault("");
+    resetParameters();
+}
+
+/// Saves 1, 2, 3 ... for ever and tells each number that is saved.
+[[noreturn]] void saveForEver(int tell) {
+    for (int number = 1;; ++number) {
+        LAST_EPOCH_TIME.value = number;
+        saveParameter(LAST_EPOCH_TIME);
+        if (write(tell, &number, sizeof number) != sizeof number) {
+            _exit(1);
+        }
+    }
+}
+
+/// Lets a process save, kills it at some moment after its first save, and answers the last number that it told.
+int lastToldBeforeTheKill(std::chrono::microseconds life) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        saveForEver(ends[1]);
+    }
+    close(ends[1]);
+    int number = 0;
+    EXPECT_EQ(read(ends[0], &number, sizeof number), static_cast<ssize_t>(sizeof number));
+    platform::sleepFor(life);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    while (read(ends[0], &number, sizeof number) == static_cast<ssize_t>(sizeof number)) {
+    }
+    close(ends[0]);
+    return number;
+}
+
+TEST(ParameterFilePowerCut, aProcessKilledDuringASaveLosesNothingThatWasSaved) {
+    const TemporaryFolder folder;
+    fs::create_directories(gf_parameterFolder());
+    toDefaults();
+    gf_readParameters();
+    PORT_NUMBER.setValue("4711");
+    saveParameter(PORT_NUMBER);
+
+    std::mt19937 random(99);
+    std::uniform_int_distribution<int> lifeMicroseconds(0, 3000);
+    int killedDuringASave = 0;
+    for (int round = 0; round < 200; ++round) {
+        const int told = lastToldBeforeTheKill(std::chrono::microseconds(lifeMicroseconds(random)));
+        fs::path beside = gf_parameterFile();
+        beside += ".new";
+        killedDuringASave += fs::exists(beside) ? 1 : 0;
+        ASSERT_FALSE(gf_readParameters()) << "round " << round << ": the file was lost";
+        ASSERT_EQ(PORT_NUMBER.value(), "4711");
+        ASSERT_GE(LAST_EPOCH_TIME.value, told) << "round " << round;
+        ASSERT_LE(LAST_EPOCH_TIME.value, told + 1) << "round " << round;
+    }
+    EXPECT_GT(killedDuringASave, 0) << "no kill came in the middle of a save";
+    toDefaults();
+}
+
+/// No file of this process grows beyond this size while it lives, as on a full disk.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &former_);
+        formerAction_ = std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{bytes, former_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &former_);
+        std::signal(SIGXFSZ, formerAction_);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit former_{};
+    void (*formerAction_)(int) = SIG_DFL;
+};
+
+TEST(ParameterFilePowerCut, aFullDiskLeavesTheOldFileWhole) {
+    const LogCapture log;
+    fs::create_directories(gf_parameterFolder());
+    toDefaults();
+    gf_writeDefaultParameters();
+    const std::string before = readFile(gf_parameterFile());
+    ASSERT_GT(before.size(), 2000U);
+    {
+        const FullDisk disk(2000);
+        RANGE.value = 12;
+        saveParameter(RANGE);
+    }
+    EXPECT_EQ(readFile(gf_parameterFile()), before);
+    EXPECT_THAT(log.errors(),
+                testing::ElementsAre("==> saving: " + platform::utf8FromPath(gf_parameterFile()) + " failed"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(gf_parameterFolder()), fs::directory_iterator()), 1);
+
+    saveParameter(RANGE);
+    EXPECT_NE(readFile(gf_parameterFile()), before);
+    toDefaults();
+}
+
+} // namespace

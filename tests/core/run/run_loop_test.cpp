@@ -1,0 +1,287 @@
+#include "core/run/run_loop.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+#include "core/exit_reason.h"
+#include "core/run/feed_lamps.h"
+#include "core/run_flags.h"
+#include "core/slot_clock.h"
+#include "core/week_slot.h"
+#include "feed/qnh_reader.h"
+#include "feed/sample_queue.h"
+#include "feed/traffic_reader.h"
+#include "platform/clock.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/program_run.h"
+#include "window/window_state.h"
+
+using namespace std::chrono;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr platform::WallTime noon = sys_days(2026y / November / 21) + 12h;
+
+class RunLoop : public testing::Test {
+protected:
+    RunLoop() {
+        resetProgram();
+        simRunning = true;
+    }
+    ~RunLoop() override { resetProgram(); }
+
+    static bool accepts() {
+        const std::lock_guard lock(gTrafficMutex);
+        return gAcceptSamples;
+    }
+
+    static std::size_t queued() {
+        const std::lock_guard lock(gTrafficMutex);
+        return gLiveSampleQueue.size();
+    }
+
+    static void queue(int records) {
+        const std::lock_guard lock(gTrafficMutex);
+        for (int i = 0; i < records; ++i) {
+            gLiveSampleQueue.push(FeedRecord{});
+        }
+    }
+
+    /// One second of the simulator.
+    static bool second() {
+        secondPulse = true;
+        return gf_tickStep();
+    }
+
+    static void seconds(int count) {
+        for (int i = 0; i < count; ++i) {
+            ASSERT_TRUE(second());
+        }
+    }
+
+    LogCapture log;
+    platform::ManualClock clock{noon};
+};
+
+TEST_F(RunLoop, aTickRaisesTheSlotClockByOneAndTakesAtMostTwoRecords) {
+    queue(5);
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_EQ(slotClock, 1);
+    EXPECT_EQ(queued(), 3U);
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_EQ(queued(), 0U);
+    EXPECT_EQ(slotClock, 3);
+}
+
+TEST_F(RunLoop, theSecondStepComesWithThePulseAlone) {
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_EQ(gSecondCounter, 0);
+    EXPECT_TRUE(second());
+    EXPECT_EQ(gSecondCounter, 1);
+    EXPECT_FALSE(secondPulse) << "the tick takes the pulse";
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_EQ(gSecondCounter, 1);
+}
+
+TEST_F(RunLoop, aStopFlagEndsTheLoopWithAPulseAndWithout) {
+    gf_stopRun(ExitReason::newFlight, 30);
+    EXPECT_FALSE(gf_tickStep());
+    EXPECT_FALSE(second());
+    simRunning = false;
+    EXPECT_FALSE(gf_tickStep());
+}
+
+TEST_F(RunLoop, aFlightThatStopsIsPausedOnceAndSaysSo) {
+    ASSERT_TRUE(second());
+    simRunning = false;
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_TRUE(gFlightPaused);
+    EXPECT_FALSE(accepts());
+    const auto lines = log.lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "12:00:00 Flight not running"), 1);
+}
+
+TEST_F(RunLoop, aFailedLinkIsAPauseToo) {
+    simFailed = true;
+    EXPECT_TRUE(gf_tickStep());
+    EXPECT_TRUE(gFlightPaused);
+    EXPECT_EQ(slotClock, 0);
+}
+
+TEST_F(RunLoop, aFlightThatGoesOnIsResumedWithTheNextPulse) {
+    simRunning = false;
+    ASSERT_TRUE(gf_tickStep());
+    simRunning = true;
+    ASSERT_TRUE(gf_tickStep());
+    EXPECT_TRUE(gFlightPaused) << "records are accepted again with the first pulse, not before";
+    EXPECT_FALSE(accepts());
+    ASSERT_TRUE(second());
+    EXPECT_FALSE(gFlightPaused);
+    EXPECT_TRUE(accepts());
+    EXPECT_TRUE(log.contains("12:00:00 Flight resumed"));
+}
+
+TEST_F(RunLoop, messagesAgeOnceASecondInFlightAndInAPause) {
+    showMessage("Waiting", LogCopy::no);
+    seconds(12);
+    simRunning = false;
+    for (int tick = 0; tick < 1200; ++tick) {
+        ASSERT_TRUE(gf_tickStep());
+    }
+    EXPECT_EQ(shownMessage(), "Waiting");
+    for (int tick = 0; tick < 100; ++tick) {
+        ASSERT_TRUE(gf_tickStep());
+    }
+    EXPECT_EQ(shownMessage(), "");
+}
+
+TEST_F(RunLoop, theWeekSlotFollowsTheClock) {
+    ASSERT_TRUE(second());
+    EXPECT_EQ(unpackedWeekSlot(gWeekSlot), (WeekSlot{6, 24}));
+    clock.advance(30min);
+    ASSERT_TRUE(second());
+    EXPECT_EQ(unpackedWeekSlot(gWeekSlot), (WeekSlot{6, 25}));
+}
+
+TEST_F(RunLoop, theWeekSlotFollowsTheFeedWhenThatIsOfAnotherTime) {
+    const auto feedTime = sys_days(2026y / November / 16) + 1h;
+    gTrafficReader.lastFeedTime = duration<double>(feedTime.time_since_epoch()).count();
+    ASSERT_TRUE(second());
+    EXPECT_EQ(unpackedWeekSlot(gWeekSlot), (WeekSlot{6, 24}));
+    gRealTrafficHistoric = true;
+    ASSERT_TRUE(second());
+    EXPECT_EQ(unpackedWeekSlot(gWeekSlot), (WeekSlot{1, 2}));
+    gTrafficReader.lastFeedTime = 0;
+    ASSERT_TRUE(second());
+    EXPECT_EQ(unpackedWeekSlot(gWeekSlot), (WeekSlot{6, 24})) << "no time stamp seen yet";
+}
+
+TEST_F(RunLoop, theSecondCounterWrapsAtADayOnly) {
+    seconds(86399);
+    EXPECT_EQ(gSecondCounter, 86399);
+    seconds(1);
+    EXPECT_EQ(gSecondCounter, 0);
+    seconds(1);
+    EXPECT_EQ(gSecondCounter, 1);
+}
+
+TEST_F(RunLoop, theFeedLampsAreCheckedAtSecond59) {
+    gWindowState.realTrafficLit = true;
+    gWindowState.trafficLamp = FeedLamp::flowing;
+    gWindowState.weatherLamp = FeedLamp::flowing;
+    seconds(58);
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
+    seconds(1);
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::noData);
+    EXPECT_EQ(gWindowState.weatherLamp, FeedLamp::noData);
+}
+
+TEST_F(RunLoop, aYellowLampIsLookedAtEvery15Seconds) {
+    gWindowState.realTrafficLit = true;
+    gWindowState.trafficLamp = FeedLamp::noData;
+    gWindowState.trafficAlive = false;
+    gTrafficReader.datagramCount = 7;
+    seconds(14);
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::noData);
+    seconds(1);
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
+    EXPECT_TRUE(gWindowState.trafficAlive);
+}
+
+TEST_F(RunLoop, theStaticRefreshTakesTwo15SecondSteps) {
+    seconds(3);
+    gf_requestStaticRefresh();
+    seconds(11);
+    EXPECT_FALSE(gf_staticRefreshRuns());
+    seconds(1);
+    EXPECT_TRUE(gf_staticRefreshRuns());
+    EXPECT_TRUE(gTrafficReader.collectCallSigns);
+    showError("shown during the refresh");
+    seconds(15);
+    EXPECT_FALSE(gf_staticRefreshRuns());
+    EXPECT_FALSE(gTrafficReader.collectCallSigns);
+    EXPECT_EQ(shownError(), "");
+    seconds(30);
+    EXPECT_FALSE(gf_staticRefreshRuns()) << "the wish is used up";
+}
+
+TEST_F(RunLoop, aResetForgetsAStaticRefresh) {
+    gf_requestStaticRefresh();
+    seconds(15);
+    ASSERT_TRUE(gf_staticRefreshRuns());
+    gf_resetRunLoop();
+    EXPECT_FALSE(gf_staticRefreshRuns());
+    simRunning = true;
+    seconds(30);
+    EXPECT_FALSE(gf_staticRefreshRuns());
+}
+
+class FeedLamps : public RunLoop {
+protected:
+    FeedLamps() {
+        gWindowState.realTrafficLit = true;
+        gWindowState.trafficLamp = FeedLamp::flowing;
+        gWindowState.weatherLamp = FeedLamp::flowing;
+    }
+};
+
+TEST_F(FeedLamps, nothingIsCheckedWhileTheRealTrafficLampIsOut) {
+    gWindowState.realTrafficLit = false;
+    gf_checkFeedLamps();
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
+}
+
+TEST_F(FeedLamps, aFeedThatStandsStillTurnsYellowAndOneThatFlowsStaysGreen) {
+    gTrafficReader.datagramCount = 10;
+    gf_checkFeedLamps();
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
+    EXPECT_EQ(gWindowState.weatherLamp, FeedLamp::noData);
+    EXPECT_FALSE(gWindowState.weatherAlive);
+    EXPECT_TRUE(gWindowState.trafficAlive);
+}
+
+TEST_F(FeedLamps, aFeedThatFlowsAgainTurnsGreen) {
+    gf_checkFeedLamps();
+    ASSERT_EQ(gWindowState.trafficLamp, FeedLamp::noData);
+    ++gTrafficReader.datagramCount;
+    gf_checkFeedLamps();
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
+    EXPECT_TRUE(gWindowState.trafficAlive);
+}
+
+/// Ends the loop after so many ticks and keeps when each of them came.
+class Grid : public RunLoop {
+protected:
+    Grid() { simRunning = true; }
+};
+
+TEST_F(Grid, theLoopTicksEvery10Milliseconds) {
+    const auto start = platform::steadyNow();
+    std::thread stopper([&] {
+        while (slotClock < 1000) {
+            std::this_thread::yield();
+        }
+        gf_stopRun(ExitReason::newFlight, 0);
+    });
+    gf_runLoop();
+    stopper.join();
+    // The first tick comes at once, every later one 10 ms after the one before; the last sleep may be outstanding.
+    const auto elapsed = platform::steadyNow() - start;
+    EXPECT_EQ(elapsed / 10ms, slotClock - 1);
+}
+
+TEST_F(Grid, theLoopBeginsWithSecond0AndAcceptsSamples) {
+    gSecondCounter = 77;
+    gf_stopRun(ExitReason::newFlight, 0);
+    gf_runLoop();
+    EXPECT_EQ(gSecondCounter, 0);
+    EXPECT_TRUE(accepts());
+}
+
+} // namespace

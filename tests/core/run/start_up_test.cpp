@@ -1,0 +1,124 @@
+#include "core/run/start_up.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+
+#include "core/exit_reason.h"
+#include "core/parameter_file.h"
+#include "core/parameters.h"
+#include "core/run_flags.h"
+#include "core/week_slot.h"
+#include "platform/files.h"
+#include "platform/window_system.h"
+#include "tests/support/program_run.h"
+#include "window/window_state.h"
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+namespace {
+
+TEST(StartUpThreads, makesTheWorkingFoldersAndDeletesOutOfDateFiles) {
+    ProgramRun run;
+    writeFile(run.folder() / "input" / "AIG-regcodes0.xml", "old");
+    writeFile(run.folder() / "input" / "AIG-regcodes00.xml", "old");
+    writeFile(run.folder() / "input" / "AIG-regcodes.xml", "present");
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    for (const char* folder :
+         {"output/info", "output/errors", "airports/learned/stock", "airports/learned/simaddon",
+          "airports/learned/thirdparty", "airports/my_ORBX", "airports/my_thirdparty", "input/my_regcodes"}) {
+        EXPECT_TRUE(fs::is_directory(run.folder() / folder)) << folder;
+    }
+    EXPECT_FALSE(fs::exists(run.folder() / "input" / "AIG-regcodes0.xml"));
+    EXPECT_FALSE(fs::exists(run.folder() / "input" / "AIG-regcodes00.xml"));
+    EXPECT_TRUE(fs::exists(run.folder() / "input" / "AIG-regcodes.xml"));
+}
+
+TEST(StartUpThreads, aFolderThatCannotBeMadeEndsAsASystemError) {
+    ProgramRun run;
+    writeFile(run.folder() / "output", "a file where a folder should be");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    EXPECT_NE(shownError().find("create_directories"), std::string::npos) << shownError();
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s));
+}
+
+TEST(StartUpThreads, realTrafficIsFoundInTheRoamingFolder) {
+    ProgramRun run;
+    writeFile(run.folder() / "roaming" / "InsideSystems" / "RealTraffic.jar", "");
+    run.start();
+    ASSERT_TRUE(run.willLog("RealTraffic detected at this PC")) << run.log();
+    EXPECT_TRUE(gRealTrafficHere);
+}
+
+TEST(StartUpThreads, missingStockSceneryIsToldAndTheRunGoesOn) {
+    ProgramRun run;
+    fs::remove(run.folder() / "Sim v5" / "Scenery");
+    run.start();
+    ASSERT_TRUE(run.willLog("Stock airports path does not exist: ")) << run.log();
+    EXPECT_NE(shownMessage().find("Sim v5\\Scenery"), std::string::npos) << shownMessage();
+    EXPECT_FALSE(run.quitCode());
+}
+
+TEST(StartUpThreads, theWindowsPositionIsStoredAtTheEnd) {
+    ProgramRun run;
+    run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
+                       {"MAIN_WINDOW_X", "33"},
+                       {"MAIN_WINDOW_Y", "44"}});
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_EQ(MAIN_WINDOW_X.value, 33);
+    EXPECT_EQ(MAIN_WINDOW_Y.value, 44);
+    EXPECT_TRUE(run.logs("MAIN_WINDOW_X=33"));
+}
+
+TEST(StartUpThreads, theVersionOfTheSimulatorComesFromItsPathOrElseFromTheParameter) {
+    struct Case {
+        const char* folder;
+        const char* parameter;
+        int version;
+    };
+    for (const Case& expected : {Case{"P3D v5", "6", 5}, Case{"P3D V6", "5", 6}, Case{"P3D", "6", 6}}) {
+        ProgramRun run;
+        run.setParameters({{"SIM_INSTALL_PATH", expected.folder}, {"P3D_VERSION", expected.parameter}});
+        run.start({"--production"});
+        ASSERT_TRUE(run.ends()) << run.log();
+        EXPECT_EQ(gSimulatorVersion, expected.version) << expected.folder;
+    }
+}
+
+TEST(StartUpThreads, atLeastOneHardwareThreadIsCounted) {
+    ProgramRun run;
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    const unsigned machine = std::thread::hardware_concurrency();
+    EXPECT_EQ(gHardwareThreads, machine == 0 ? 2 : static_cast<int>(machine));
+    EXPECT_GE(unpackedWeekSlot(gWeekSlot).weekday, 1);
+}
+
+TEST(StartUpThreads, destinationAndBlockedCallSignDoNotSurviveARun) {
+    ProgramRun run;
+    run.setParameters({{"SIM_INSTALL_PATH", "P3D v5"}, {"DESTINATION", "LSZH"}, {"BLOCK_CALLSIGN", "SWR1"}});
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_EQ(DESTINATION.value(), "");
+    EXPECT_EQ(BLOCK_CALLSIGN.value(), "");
+    const std::string file = readFile(gf_parameterFile());
+    EXPECT_EQ(file.find("LSZH"), std::string::npos);
+    EXPECT_EQ(file.find("SWR1"), std::string::npos);
+}
+
+TEST(StartUpThreads, anUnreadableParameterFileStartsFreshAndIsKept) {
+    ProgramRun run;
+    writeFile(gf_parameterFile(), "<root><parameters");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << "the simulator's path is gone with the file";
+    EXPECT_EQ(readFile(gf_parameterFolder() / "parameters0.xml"), "<root><parameters");
+    EXPECT_TRUE(run.logs("not found, creating new with default values:"));
+}
+
+} // namespace

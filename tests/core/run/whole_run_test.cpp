@@ -1,0 +1,297 @@
+// Whole runs with a simulator that the test plays: flags and pulses, and datagrams to the real ports.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include <fmt/format.h>
+
+#include "core/exit_reason.h"
+#include "core/parameter_file.h"
+#include "core/parameters.h"
+#include "core/run/start_run.h"
+#include "core/run_flags.h"
+#include "core/slot_clock.h"
+#include "feed/qnh_reader.h"
+#include "feed/traffic_reader.h"
+#include "platform/clock.h"
+#include "platform/sockets.h"
+#include "platform/window_system.h"
+#include "tests/support/eventually.h"
+#include "tests/support/program_run.h"
+#include "window/window_state.h"
+
+using namespace std::chrono;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr platform::WallTime noon = sys_days(2026y / November / 21) + 12h;
+
+std::string trafficLine(double feedTime) {
+    return fmt::format("RTTFC,4921892,47.46,8.55,12000,0,0,91.5,310.0,SWR38,A320,HB-IJI,ZRH,LHR,{:.1f},X2,LX38,adsb_icao,"
+                       "12100,300,310,0.5,0.0,-1.0,-1.0,92.0,0,,A3,1013.0,-1,-1,-1,,0,-5,-1,-1,-1,-1,1,1,",
+                       feedTime);
+}
+
+/// Sends datagrams to the program's ports as RealTraffic does.
+class Feed {
+public:
+    Feed() {
+        platform::startSocketLibrary();
+        socket_.create();
+    }
+    ~Feed() {
+        socket_.shutDownAndClose();
+        platform::cleanUpSocketLibrary();
+    }
+    Feed(const Feed&) = delete;
+    Feed& operator=(const Feed&) = delete;
+
+    void traffic(double feedTime) { socket_.sendToThisMachine(trafficPort, trafficLine(feedTime)); }
+    void weather(int qnh) { socket_.sendToThisMachine(weatherPort, fmt::format("{{\"QNH\": {}}}", qnh)); }
+
+private:
+    platform::DatagramSocket socket_;
+};
+
+/// Time runs by the program's own sleeps, so that countdowns and waits cost nothing.
+class WholeRunThreads : public testing::Test {
+protected:
+    WholeRunThreads() { gTrafficReader.setUserLatLon({47.46, 8.55}); }
+    ~WholeRunThreads() override { gTrafficReader.setUserLatLon({}); }
+
+    platform::ManualClock clock{noon};
+    ProgramRun run;
+    Feed feed;
+};
+
+TEST_F(WholeRunThreads, realLinesReachTheReadersAndTheLampsLightUp) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(run.willLog("QNH Reader connected")) << run.log();
+    ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
+    EXPECT_TRUE(eventually([&] {
+        feed.traffic(1800000000.5);
+        return gTrafficReader.lastFeedTime == 1800000000.5;
+    }));
+    EXPECT_TRUE(eventually([&] {
+        feed.weather(998);
+        return gQnh == 998;
+    }));
+    EXPECT_EQ(gWindowState.qnh, 998);
+    EXPECT_TRUE(gWindowState.realTrafficLit) << "no RealTraffic on this PC: its lamp is lit without a link";
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("QNH Reader disconnected"));
+    EXPECT_TRUE(run.logs("Traffic Reader disconnected"));
+}
+
+TEST_F(WholeRunThreads, noTrafficIsNoFailureAndTheLoopRuns) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(run.willLog("No traffic in this region?")) << run.log();
+    EXPECT_TRUE(eventually([] { return slotClock > 10; }));
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("Exiting: USER CLOSED SIM"));
+}
+
+TEST_F(WholeRunThreads, aQuitOfTheSimulatorEndsTheProcess) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(eventually([] { return slotClock > 10; }));
+    gf_stopRun(ExitReason::simulatorClosed, 0);
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("Exiting: SIM WAS CLOSED"));
+    EXPECT_FALSE(run.logs("Prepare for a restart ..."));
+}
+
+TEST_F(WholeRunThreads, aNewFlightIsToldAndEndsTheProcessAfter10Seconds) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(ExitReason::newFlight, 30);
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("New flight detected, Tarnwing_P3D will close, please restart manually ..."));
+    EXPECT_FALSE(run.logs("Restarting after"));
+}
+
+TEST_F(WholeRunThreads, aSimConnectErrorRestartsTheRunInTheSameProcessWithoutItsScans) {
+    run.setParameters({{"SIM_INSTALL_PATH", "P3D v5"}, {"SCAN_LIVERIES", "true"}, {"SCAN_AIRPORTS", "true"}});
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(ExitReason::simConnectError, 9);
+    ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
+    EXPECT_TRUE(run.logs("Exiting: SIMCONNECT ERROR\n"));
+    EXPECT_TRUE(run.logs("Prepare for a restart ...\n"));
+    EXPECT_TRUE(run.logs("Restarting after 9 seconds\n------------------------------------------------\n"));
+    EXPECT_TRUE(eventually([] { return !gStopRun; }));
+    EXPECT_FALSE(SCAN_LIVERIES.value);
+    EXPECT_FALSE(SCAN_AIRPORTS.value);
+    ASSERT_TRUE(eventually([&] {
+        const std::string log = run.log();
+        return log.find("detected at this PC", log.find("Restart countdown finished")) != std::string::npos;
+    })) << "the second run reads and waits as the first did";
+    EXPECT_FALSE(run.quitCode());
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+}
+
+TEST_F(WholeRunThreads, newSettingsRestartWithTheScansKept) {
+    run.setParameters({{"SIM_INSTALL_PATH", "P3D v5"}, {"SCAN_LIVERIES", "true"}, {"SCAN_AIRPORTS", "false"}});
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(ExitReason::newSettings, 3);
+    ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
+    EXPECT_TRUE(run.logs("Restarting after 3 seconds"));
+    EXPECT_TRUE(SCAN_LIVERIES.value);
+    EXPECT_FALSE(SCAN_AIRPORTS.value);
+}
+
+TEST_F(WholeRunThreads, aRestartWithoutADelayShowsAndWaitsNothing) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(ExitReason::newSettings, 0);
+    ASSERT_TRUE(run.willLog("Prepare for a restart ...")) << run.log();
+    ASSERT_TRUE(eventually([] { return !gStopRun; }));
+    EXPECT_FALSE(run.logs("Restarting after"));
+}
+
+TEST_F(WholeRunThreads, aReaderWhosePortIsTakenRestartsTheRunAfter15Seconds) {
+    platform::DatagramSocket taken;
+    ASSERT_EQ(taken.create(), 0);
+    ASSERT_EQ(taken.bind(platform::BindTo::allAddresses, weatherPort), 0);
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(run.willLog("The QNH Reader has stopped with error: "
+                            "bind to stream socket failed, error: 10048 Address already in use"));
+    ASSERT_TRUE(run.willLog("Exiting: READER ERROR")) << run.log();
+    taken.shutDownAndClose();
+    ASSERT_TRUE(run.willLog("Restarting after 15 seconds")) << run.log();
+}
+
+TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
+    ASSERT_TRUE(eventually([&] {
+        feed.traffic(1800000000.5);
+        feed.weather(998);
+        return gQnh == 998 && gTrafficReader.lastFeedTime > 0;
+    }));
+    gf_stopRun(ExitReason::simConnectError, 1);
+    ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
+    ASSERT_TRUE(eventually([] { return !gStopRun; }));
+    EXPECT_EQ(gQnh, 1013);
+    EXPECT_EQ(gTrafficReader.qnh, 1013);
+    EXPECT_EQ(gWindowState.qnh, 1013);
+    EXPECT_EQ(gTrafficReader.lastFeedTime, 0.0);
+    EXPECT_FALSE(simRunning);
+    EXPECT_FALSE(gTrafficReader.stopRequested);
+    EXPECT_FALSE(gQnhReader.stopRequested);
+    EXPECT_TRUE(gBeforeFirstConnect);
+    EXPECT_EQ(gf_exitReason(), ExitReason::notYetSet);
+}
+
+/// Time is the real one: what is tested is how fast the close button is obeyed.
+TEST(CloseButtonThreads, endsTheRunLoopWithinTwoSeconds) {
+    ProgramRun run;
+    Feed feed;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
+    ASSERT_TRUE(eventually([&] {
+        feed.traffic(1800000000.5);
+        return slotClock > 0;
+    }));
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s));
+}
+
+TEST(CloseButtonThreads, endsAPausedFlightWithinTwoSeconds) {
+    ProgramRun run;
+    Feed feed;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    simRunning = true;
+    ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
+    ASSERT_TRUE(eventually([&] {
+        feed.traffic(1800000000.5);
+        return slotClock > 0;
+    }));
+    simRunning = false;
+    ASSERT_TRUE(run.willLog("Flight not running")) << run.log();
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s));
+}
+
+TEST(CloseButtonThreads, endsARestartCountdownAtOnceAndWinsOverTheRestart) {
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(ExitReason::simConnectError, 9);
+    ASSERT_TRUE(run.willLog("Restarting after 9 seconds")) << run.log();
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s));
+    EXPECT_FALSE(run.logs("Restart countdown finished"));
+}
+
+TEST(CloseButtonThreads, endsTheWaitAfterANewFlightAtOnce) {
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(ExitReason::newFlight, 30);
+    ASSERT_TRUE(run.willLog("New flight detected")) << run.log();
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s));
+}
+
+TEST(CloseButtonThreads, duringTheWaitForTrafficIsHonouredOnlyAfterThatWait) {
+    platform::ManualClock clock(noon);
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC"));
+    clock.hold();
+    simRunning = true;
+    ASSERT_TRUE(eventually([&] {
+        clock.advance(1ms);
+        return run.logs("QNH Reader connected");
+    }));
+    ASSERT_TRUE(eventually([&] {
+        clock.advance(100ms);
+        return run.logs("Traffic Reader connected");
+    }));
+    window_system::clickClose();
+    ASSERT_TRUE(run.willLog("Close window button clicked"));
+    const platform::SteadyTime clicked = platform::steadyNow();
+    ASSERT_TRUE(eventually([&] {
+        clock.advance(100ms);
+        return run.logs("No traffic in this region?");
+    })) << "the wait runs on though the user has closed";
+    EXPECT_GE(platform::steadyNow() - clicked, 10s);
+    clock.release();
+    ASSERT_TRUE(run.ends()) << run.log();
+}
+
+TEST(CloseButtonThreads, aTypedPathEndsTheWaitOfAnErrorAndStartsANewRun) {
+    platform::ManualClock clock(noon);
+    ProgramRun run;
+    std::filesystem::remove(run.folder() / "docs");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    std::filesystem::create_directories(run.folder() / "docs");
+    gf_stopRun(ExitReason::newSettings, 3);
+    ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
+    EXPECT_FALSE(run.logs("User closed"));
+    EXPECT_TRUE(run.willLog("detected at this PC"));
+    EXPECT_EQ(shownError(), "");
+}
+
+} // namespace

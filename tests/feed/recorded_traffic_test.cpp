@@ -1,0 +1,105 @@
+// tests/feed/recorded_traffic_test.cpp
+// The real feed through the whole filter chain.
+#include <cmath>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <map>
+#include <string>
+
+#include "core/injection_radius.h"
+#include "core/parameters.h"
+#include "feed/sample_queue.h"
+#include "feed/traffic_reader.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/recorded_lines.h"
+
+namespace {
+
+const std::map<LineOutcome, std::string> outcomeNames{
+    {LineOutcome::accepted, "accepted"},
+    {LineOutcome::groundVehicle, "ground vehicle"},
+    {LineOutcome::doesNotParse, "does not parse"},
+    {LineOutcome::outOfRange, "out of range"},
+    {LineOutcome::registrationTooLong, "registration too long"},
+    {LineOutcome::unwantedKind, "unwanted kind"},
+    {LineOutcome::hexidTooLow, "identity too low"},
+    {LineOutcome::notAirborneEnough, "not airborne enough"},
+    {LineOutcome::unwantedCallSign, "unwanted call sign"},
+    {LineOutcome::nameless, "neither call sign nor registration"},
+    {LineOutcome::groundNotWanted, "on the ground elsewhere"},
+    {LineOutcome::refused, "refused"},
+};
+
+constexpr LatLon amsterdam{52.31, 4.76};
+
+class RecordedTraffic : public testing::Test {
+protected:
+    RecordedTraffic() : lines(recordedTrafficLines()) {
+        resetParameters();
+        gRadiusNm = 40;
+        gAcceptSamples = true;
+        gLiveSampleQueue.clear();
+        reader.setUserLatLon(amsterdam);
+    }
+
+    ~RecordedTraffic() override {
+        gAcceptSamples = false;
+        gLiveSampleQueue.clear();
+    }
+
+    void SetUp() override {
+        if (lines.empty()) {
+            GTEST_SKIP() << "no recorded lines on this machine";
+        }
+    }
+
+    std::map<LineOutcome, std::size_t> playAll(const std::string& title) {
+        std::map<LineOutcome, std::size_t> tally;
+        for (const std::string& line : lines) {
+            ++tally[reader.processLine(line)];
+        }
+        std::cout << title << ": " << lines.size() << " lines\n";
+        for (const auto& [outcome, count] : tally) {
+            std::cout << "    " << count << " " << outcomeNames.at(outcome) << "\n";
+        }
+        return tally;
+    }
+
+    void expectSoundRecords(std::size_t count) {
+        EXPECT_EQ(gLiveSampleQueue.size(), count);
+        while (const std::optional<FeedRecord> r = gLiveSampleQueue.pop()) {
+            const Sample& s = r->sample;
+            EXPECT_LE(greatCircleNm(amsterdam, {s.lat, s.lon}), 40);
+            EXPECT_EQ(s.airborne, s.alt > 0 ? 1 : 0);
+            EXPECT_EQ(s.hasHeading == 1, s.heading.has_value());
+            EXPECT_GT(r->hexid, 10000u);
+            EXPECT_FALSE(r->type.empty());
+            EXPECT_FALSE(r->callsign.empty() && r->registration.empty());
+            EXPECT_TRUE(std::isfinite(s.track + s.vs + s.gs + s.tas + s.roll.value_or(0)));
+        }
+    }
+
+    const std::vector<std::string> lines; // read before the log moves the working directory
+    LogCapture log;
+    TrafficReader reader;
+};
+
+TEST_F(RecordedTraffic, withoutAParkingAirportOnlyTheAirbornePass) {
+    std::map<LineOutcome, std::size_t> tally = playAll("Amsterdam, 40 nm, no parking airport");
+    EXPECT_GT(tally[LineOutcome::accepted], 0u);
+    EXPECT_GT(tally[LineOutcome::groundNotWanted], 0u);
+    EXPECT_EQ(tally[LineOutcome::doesNotParse], log.lines().size());
+    expectSoundRecords(tally[LineOutcome::accepted]);
+}
+
+TEST_F(RecordedTraffic, withAParkingAirportItsGroundTrafficPassesToo) {
+    const std::size_t withoutAirport = playAll("Amsterdam, 40 nm, no parking airport")[LineOutcome::accepted];
+    gLiveSampleQueue.clear();
+    reader.setParkingAirport(ParkingAirport{amsterdam, -11});
+    reader.setReferenceElevation(-11);
+    std::map<LineOutcome, std::size_t> tally = playAll("Amsterdam, 40 nm, parking airport with its elevation");
+    EXPECT_GT(tally[LineOutcome::accepted], withoutAirport);
+    expectSoundRecords(tally[LineOutcome::accepted]);
+}
+
+} // namespace

@@ -1,0 +1,98 @@
+// tests/support/program_run.cpp
+#include "tests/support/program_run.h"
+
+#include <fmt/format.h>
+
+#include "core/exit_reason.h"
+#include "core/log.h"
+#include "core/parameter_file.h"
+#include "core/run/process_entry.h"
+#include "core/run/run_reset.h"
+#include "core/run_flags.h"
+#include "core/slot_clock.h"
+#include "platform/files.h"
+#include "platform/window_system.h"
+#include "tests/support/eventually.h"
+
+namespace fs = std::filesystem;
+
+void resetProgram() {
+    gf_resetRun();
+    resetParameters();
+    gCloseButtonUsed = false;
+    gProductionMode = false;
+    gRestartWanted = false;
+    gExitCode = 0;
+    gSecondCounter = 0;
+    slotClock = 0;
+}
+
+ProgramRun::ProgramRun() {
+    resetProgram();
+    fs::create_directories("docs");
+    fs::create_directories("input");
+    fs::create_directories("Sim v5/Scenery");
+    setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(folder_.path() / "Sim v5")}});
+}
+
+ProgramRun::~ProgramRun() {
+    if (windowThread_.joinable()) {
+        window_system::clickClose();
+        windowThread_.join();
+    }
+    resetProgram();
+}
+
+void ProgramRun::start(const std::vector<std::string>& arguments) {
+    std::promise<int> code;
+    code_ = code.get_future();
+    quitCode_.reset();
+    std::vector<std::string> all{"Tarnwing_P3D"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    if (windowThread_.joinable()) {
+        windowThread_.join();
+    }
+    windowThread_ = std::thread([all, promise = std::move(code)]() mutable {
+        const int result = gf_processEntry(all);
+        window_system::destroyWindow();
+        promise.set_value(result);
+    });
+}
+
+bool ProgramRun::endsWithin(std::chrono::milliseconds time) {
+    if (!quitCode_ && code_.wait_for(time) == std::future_status::ready) {
+        quitCode_ = code_.get();
+    }
+    return quitCode_.has_value();
+}
+
+bool ProgramRun::ends() {
+    return endsWithin(std::chrono::seconds(20));
+}
+
+std::optional<int> ProgramRun::quitCode() {
+    endsWithin(std::chrono::milliseconds(0));
+    return quitCode_;
+}
+
+std::string ProgramRun::log() const {
+    gf_flushLog();
+    return readFile(folder_.path() / "Log.txt");
+}
+
+bool ProgramRun::logs(const std::string& text) const {
+    return log().find(text) != std::string::npos;
+}
+
+bool ProgramRun::willLog(const std::string& text) const {
+    return eventually([&] { return logs(text); });
+}
+
+void ProgramRun::setParameters(const std::vector<std::pair<std::string, std::string>>& values) {
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n  <parameters>\n";
+    text += "    <parameter name=\"PROGRAM_VERSION\" value=\"11.10.8\" />\n";
+    for (const auto& [key, value] : values) {
+        text += fmt::format("    <parameter name=\"{}\" value=\"{}\" />\n", key, value);
+    }
+    writeFile(gf_parameterFile(), text + "  </parameters>\n</root>\n");
+}

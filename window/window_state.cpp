@@ -1,0 +1,101 @@
+// window/window_state.cpp
+#include "window/window_state.h"
+
+#include <fmt/format.h>
+
+#include "core/log.h"
+#include "platform/window_system.h"
+
+std::mutex gMessageMutex;
+WindowState gWindowState;
+
+namespace {
+
+std::string messageText; // under gMessageMutex
+std::string errorText;   // under gMessageMutex
+// Counts up by seconds of the run while a message stands.
+std::atomic<int> messageAgeSeconds{0};
+
+void repaintMessageLine() {
+    window_system::postMessage(WM_TRNW_REPAINT_MESSAGE);
+}
+
+void setMessage(std::string_view text) {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        if (!errorText.empty()) {
+            return;
+        }
+        messageText = text;
+        messageAgeSeconds = 0;
+    }
+    repaintMessageLine();
+}
+
+} // namespace
+
+void showMessage(std::string_view text, LogCopy toLog) {
+    setMessage(text);
+    if (toLog == LogCopy::yes) {
+        log(text);
+    }
+}
+
+void clearMessage() {
+    setMessage({});
+}
+
+void showError(std::string_view text) {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        messageText.clear();
+        errorText = text;
+    }
+    log(fmt::format("Error {}", text));
+    repaintMessageLine();
+}
+
+void clearError() {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        errorText.clear();
+    }
+    repaintMessageLine();
+}
+
+std::string shownMessage() {
+    const std::lock_guard lock(gMessageMutex);
+    return messageText;
+}
+
+std::string shownError() {
+    const std::lock_guard lock(gMessageMutex);
+    return errorText;
+}
+
+void ageMessage() {
+    if (!shownMessage().empty() && ++messageAgeSeconds >= messageLifeSeconds) {
+        clearMessage();
+    }
+}
+
+void repaintWindow() {
+    window_system::invalidateAll();
+}
+
+void resetWindowState() {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        messageText.clear();
+        errorText.clear();
+    }
+    gWindowState.trafficLamp = FeedLamp::notRunning;
+    gWindowState.weatherLamp = FeedLamp::notRunning;
+    gWindowState.trafficAlive = true;
+    gWindowState.weatherAlive = true;
+    gWindowState.realTrafficLit = false;
+    gWindowState.realTrafficWaiting = true;
+    gWindowState.qnh = 1013;
+    repaintWindow();
+    repaintMessageLine();
+}

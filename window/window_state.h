@@ -1,0 +1,60 @@
+// window/window_state.h
+// What the window shows of the run: the message and error line, the lamps and the displayed numbers. Everybody writes it,
+// the window thread paints it. The two texts are under gMessageMutex, all else is atomic.
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+/// Messages of the program's own to its window.
+inline constexpr unsigned WM_TRNW_START = 32769;
+inline constexpr unsigned WM_TRNW_EXIT = 32770;
+inline constexpr unsigned WM_TRNW_REPAINT_MESSAGE = 32864;
+
+/// Guards the message and the error text; a leaf: nothing else is taken while it is held.
+extern std::mutex gMessageMutex;
+
+/// A message that has stood this long is cleared.
+inline constexpr int messageLifeSeconds = 25;
+
+/// The state of a feed as its lamp shows it.
+enum class FeedLamp : int { flowing = 1, noData = 2, notRunning = 3 };
+
+struct WindowState {
+    std::atomic<FeedLamp> trafficLamp{FeedLamp::notRunning};
+    std::atomic<FeedLamp> weatherLamp{FeedLamp::notRunning};
+    /// Whether data came in between the last two looks of the feed-lamp check.
+    std::atomic<bool> trafficAlive{true};
+    std::atomic<bool> weatherAlive{true};
+    std::atomic<bool> realTrafficLit{false};
+    std::atomic<bool> realTrafficWaiting{true};
+    /// Hectopascal.
+    std::atomic<int> qnh{1013};
+};
+
+extern WindowState gWindowState;
+
+enum class LogCopy { no, yes };
+
+/// Shows a line until it is replaced or 25 seconds old. While an error stands the line is not shown. Any thread.
+void showMessage(std::string_view text, LogCopy toLog);
+void clearMessage();
+
+/// Shows a line on red that stays, and logs "Error {}". Any thread.
+void showError(std::string_view text);
+void clearError();
+
+/// The texts now standing.
+std::string shownMessage();
+std::string shownError();
+
+/// Makes the standing message one second older, and clears it at the end of its life. Called once a second of the run.
+void ageMessage();
+
+/// Any thread: asks for a repaint of the whole window.
+void repaintWindow();
+
+/// Everything as at the start of a run.
+void resetWindowState();
