@@ -44,7 +44,7 @@ void gf_startDetached(std::string_view name, std::function<void()> body) {
     }
 }
 
-bool gf_waitForDetachedThreads(std::chrono::milliseconds atMost) {
+bool gf_waitForDetachedThreads(std::chrono::milliseconds atMost, int stillIn) {
     std::unique_lock lock(countLock);
-    return oneLess.wait_for(lock, atMost, [] { return running == 0; });
+    return oneLess.wait_for(lock, atMost, [stillIn] { return running <= stillIn; });
 }

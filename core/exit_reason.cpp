@@ -32,7 +32,8 @@ constexpr std::array<std::pair<int, const char*>, 9> reasonTexts{{
 
 void gf_stopRun(ExitReason reason, int restartDelaySeconds) {
     const std::lock_guard lock(reasonLock);
-    if (gStopRun) {
+    const bool errorStands = gExitReason == ExitReason::systemError;
+    if (errorStands ? reason != ExitReason::newSettings : gStopRun.load()) {
         return;
     }
     gExitReason = reason;
@@ -49,9 +50,9 @@ void gf_userCloses() {
     gStopRun = true;
 }
 
-void gf_setExitReason(ExitReason reason) {
+void gf_setSystemError() {
     const std::lock_guard lock(reasonLock);
-    gExitReason = reason;
+    gExitReason = ExitReason::systemError;
 }
 
 void gf_settleExitReason() {

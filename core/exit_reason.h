@@ -24,14 +24,15 @@ extern std::atomic<bool> gStopRun;
 extern std::atomic<bool> gUserClosing;
 
 /// Stops the run with a reason and a delay before a restart. Only the first call of a run has an effect; its reason and
-/// delay are stored before the flag can be seen.
+/// delay are stored before the flag can be seen. New settings alone replace a system error, and nothing else does: the
+/// error stands on the screen and asks for them.
 void gf_stopRun(ExitReason reason, int restartDelaySeconds);
 
 /// Sets both flags, and the reason "user closed" if none is stored yet.
 void gf_userCloses();
 
-/// Stores the reason whatever stood there, without stopping the run.
-void gf_setExitReason(ExitReason reason);
+/// Stores "system error" whatever stood there, without stopping the run.
+void gf_setSystemError();
 
 /// Turns a reason that is still "not yet set" into "user closed".
 void gf_settleExitReason();

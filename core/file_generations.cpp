@@ -28,6 +28,22 @@ fs::path generation(const fs::path& path, std::string_view zeros) {
     return path.parent_path() / name;
 }
 
+/// Copied beside and renamed over: mingw's copy_file refuses to overwrite, and a copy that breaks off costs nothing.
+std::error_code copyOver(const fs::path& from, const fs::path& to) {
+    fs::path beside = to;
+    beside += ".new";
+    std::error_code error;
+    std::error_code ignored;
+    fs::remove(beside, ignored);
+    if (fs::copy_file(from, beside, error)) {
+        fs::rename(beside, to, error);
+    }
+    if (error) {
+        fs::remove(beside, ignored);
+    }
+    return error;
+}
+
 /// False when the copy failed; no source is no failure.
 bool copyIfThere(const fs::path& from, const fs::path& to) {
     std::error_code error;
@@ -36,7 +52,11 @@ bool copyIfThere(const fs::path& from, const fs::path& to) {
         logError(fmt::format("exists({}): {}", platform::utf8FromPath(from), error.message()));
         return false;
     }
-    if (there && !fs::copy_file(from, to, fs::copy_options::overwrite_existing, error)) {
+    if (!there) {
+        return true;
+    }
+    error = copyOver(from, to);
+    if (error) {
         logError(fmt::format("copy {} -> {} failed: {}", platform::utf8FromPath(from), platform::utf8FromPath(to),
                              error.message()));
         return false;

@@ -9,7 +9,8 @@
 
 namespace {
 
-template <typename Number> std::optional<Number> parseWhole(std::string_view text) {
+template <typename Number>
+std::optional<Number> parseWhole(std::string_view text) {
     Number number{};
     const char* const end = text.data() + text.size();
     const auto [stopped, error] = std::from_chars(text.data(), end, number);

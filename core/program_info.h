@@ -7,4 +7,4 @@
 inline constexpr const char* programName = "Tarnwing_P3D";
 
 /// Written into every XML file that the program makes, and painted in the title strip.
-inline constexpr const char* copyrightText = "(c) 2026 the Tarnwing_P3D developers";
+inline constexpr const char* copyrightText = "(c) 2026 Tarnwing developers";

@@ -54,18 +54,14 @@ std::u16string utf16Units(std::string_view bytes, ByteOrder order) {
 
 std::string utf8From(Charset charset, std::string_view bytes) {
     switch (charset) {
-    case Charset::ANSI:
-        return platform::utf8FromCodePage(bytes);
+    case Charset::ANSI: return platform::utf8FromCodePage(bytes);
     case Charset::Unicode:
         return platform::repairedUtf8(utf16Units(withoutMark(bytes, littleEndianMark), ByteOrder::littleEndian));
     case Charset::Unicode_big_endian:
         return platform::repairedUtf8(utf16Units(withoutMark(bytes, bigEndianMark), ByteOrder::bigEndian));
-    case Charset::UTF8_with_BOM:
-        return platform::repairedUtf8(withoutMark(bytes, utf8Mark));
-    case Charset::UTF8_without_BOM:
-        return platform::repairedUtf8(bytes);
-    case Charset::none_found:
-        break;
+    case Charset::UTF8_with_BOM: return platform::repairedUtf8(withoutMark(bytes, utf8Mark));
+    case Charset::UTF8_without_BOM: return platform::repairedUtf8(bytes);
+    case Charset::none_found: break;
     }
     return {};
 }

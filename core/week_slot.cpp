@@ -7,9 +7,8 @@ std::atomic<std::uint64_t> gWeekSlot{0};
 
 namespace {
 
-/// Broken-down time has four-digit years; what lies outside cannot be told.
+/// The system cannot break down what lies before its epoch.
 constexpr std::chrono::year firstYear{1970};
-constexpr std::chrono::year lastYear{9999};
 
 } // namespace
 
@@ -17,7 +16,7 @@ WeekSlot weekSlotOf(platform::WallTime time) {
     using namespace std::chrono;
     const auto day = floor<days>(time);
     const year_month_day date(day);
-    if (date.year() < firstYear || date.year() > lastYear) {
+    if (date.year() < firstYear) {
         return {};
     }
     const hh_mm_ss clock(floor<seconds>(time - day));

@@ -10,7 +10,7 @@
 /// Weekday and half-hour slot of a moment in UTC.
 struct WeekSlot {
     int weekday = -1; ///< 1 to 7, Monday is 1; -1 when the time cannot be broken down
-    int slot = 0;     ///< 0 to 47; a half hour counts from 30 seconds before it begins
+    int slot = 0;     ///< 0 to 47; the second half of an hour counts from 30 seconds before it begins
 
     friend bool operator==(const WeekSlot&, const WeekSlot&) = default;
 };

@@ -56,14 +56,19 @@ bool isOneOf(const std::array<std::string_view, size>& list, std::string_view te
 
 void splitTrafficLine(std::string_view line, std::vector<std::string_view>& fields) {
     fields.clear();
-    while (fields.size() < traffic_field::count) {
-        const std::size_t comma = line.find(',');
-        fields.push_back(line.substr(0, comma));
-        if (comma == std::string_view::npos) {
+    std::size_t begin = 0;
+    // The fields are so short that a search for each comma would cost more than this walk.
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] != ',') {
+            continue;
+        }
+        fields.push_back(line.substr(begin, i - begin));
+        if (fields.size() == traffic_field::count) {
             return;
         }
-        line.remove_prefix(comma + 1);
+        begin = i + 1;
     }
+    fields.push_back(line.substr(begin));
 }
 
 std::optional<std::uint32_t> hexidFrom(std::string_view field) {

@@ -1,6 +1,7 @@
 // feed/traffic_reader.cpp
 #include "feed/traffic_reader.h"
 
+#include <algorithm>
 #include <exception>
 #include <fmt/format.h>
 #include <stdexcept>
@@ -38,6 +39,12 @@ constexpr double notKnown = -1.0;
 
 bool isNameOfNoAircraft(std::string_view callsign) {
     return callsign == "ERARMTR1" || callsign == "AIRPORT1" || callsign == "00000000";
+}
+
+/// Almost every text is ASCII, which needs no decoding.
+bool isUtf8(std::string_view text) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    return std::all_of(text.begin(), text.end(), isAscii) || platform::isValidUtf8(text);
 }
 
 bool hasAt(std::string_view text) {
@@ -187,7 +194,7 @@ double TrafficReader::number(const char* name, std::size_t index) const {
 
 // These texts go on into files and window texts, which hold UTF-8 alone.
 std::string_view TrafficReader::text(const char* name, std::size_t index) const {
-    if (!platform::isValidUtf8(field(index))) {
+    if (!isUtf8(field(index))) {
         fail(name, field(index));
     }
     return textFrom(field(index));

@@ -13,7 +13,7 @@ using SteadyTime = std::chrono::steady_clock::time_point;
 WallTime wallNow();
 SteadyTime steadyNow();
 
-/// Sleeps at least `duration`; a duration of zero or less returns at once.
+/// Sleeps for `duration`, to the grain of the system timer; a duration of zero or less returns at once.
 void sleepFor(std::chrono::steady_clock::duration duration);
 
 /// Time by hand, for tests: while one exists, both clocks stand still, and a sleep of any thread moves them on by its

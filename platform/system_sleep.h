@@ -6,7 +6,7 @@
 
 namespace platform {
 
-/// Sleeps at least `duration` (above zero), in the grain of the system timer.
+/// Sleeps for `duration` (above zero), in whole grains of the system timer.
 void systemSleep(std::chrono::nanoseconds duration);
 
 } // namespace platform

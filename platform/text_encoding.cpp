@@ -84,7 +84,8 @@ void appendUtf8(std::string& text, char32_t code) {
     }
 }
 
-template <typename Text> std::string repaired(Text text) {
+template <typename Text>
+std::string repaired(Text text) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
@@ -143,6 +144,10 @@ bool isValidUtf8(std::string_view bytes) {
         }
     }
     return true;
+}
+
+std::string readableText(std::string_view bytes) {
+    return isValidUtf8(bytes) ? std::string(bytes) : utf8FromCodePage(bytes);
 }
 
 } // namespace platform

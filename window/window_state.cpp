@@ -13,10 +13,10 @@ namespace {
 
 std::string messageText; // under gMessageMutex
 std::string errorText;   // under gMessageMutex
-// Counts up by seconds of the run while a message stands.
-std::atomic<int> messageAgeSeconds{0};
+// Counts up by seconds of the run while a message stands; under gMessageMutex.
+int messageAgeSeconds = 0;
 
-void repaintMessageLine() {
+void askForRepaint() {
     window_system::postMessage(WM_TRNW_REPAINT_MESSAGE);
 }
 
@@ -29,7 +29,7 @@ void setMessage(std::string_view text) {
         messageText = text;
         messageAgeSeconds = 0;
     }
-    repaintMessageLine();
+    askForRepaint();
 }
 
 } // namespace
@@ -52,7 +52,7 @@ void showError(std::string_view text) {
         errorText = text;
     }
     log(fmt::format("Error {}", text));
-    repaintMessageLine();
+    askForRepaint();
 }
 
 void clearError() {
@@ -60,7 +60,7 @@ void clearError() {
         const std::lock_guard lock(gMessageMutex);
         errorText.clear();
     }
-    repaintMessageLine();
+    askForRepaint();
 }
 
 std::string shownMessage() {
@@ -74,9 +74,14 @@ std::string shownError() {
 }
 
 void ageMessage() {
-    if (!shownMessage().empty() && ++messageAgeSeconds >= messageLifeSeconds) {
-        clearMessage();
+    {
+        const std::lock_guard lock(gMessageMutex);
+        if (messageText.empty() || ++messageAgeSeconds < messageLifeSeconds) {
+            return;
+        }
+        messageText.clear();
     }
+    askForRepaint();
 }
 
 void repaintWindow() {
@@ -97,5 +102,5 @@ void resetWindowState() {
     gWindowState.realTrafficWaiting = true;
     gWindowState.qnh = 1013;
     repaintWindow();
-    repaintMessageLine();
+    askForRepaint();
 }

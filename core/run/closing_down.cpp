@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "core/detached_threads.h"
 #include "core/exit_reason.h"
 #include "core/log.h"
 #include "core/parameter_file.h"
@@ -18,6 +19,7 @@
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
+#include "platform/text_encoding.h"
 #include "platform/window_system.h"
 #include "window/window_state.h"
 
@@ -26,6 +28,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto readersNoticeWithin = 500ms;
+/// The readers look at their stop flag once a second.
+constexpr auto readersLeaveWithin = 2s;
 constexpr auto errorLook = 500ms;
 constexpr auto newFlightPause = 10s;
 /// The grain of the waits that the close button cuts short.
@@ -55,7 +59,7 @@ void stopReaders() {
 
 /// The error stays on the screen until the user has read it, or has typed the path that it asks for.
 void letUserReadTheError() {
-    while (!gUserClosing && gf_exitReason() == ExitReason::systemError) {
+    while (!gUserClosing && gf_exitReason() != ExitReason::newSettings) {
         platform::sleepFor(errorLook);
     }
     if (gUserClosing) {
@@ -123,6 +127,10 @@ bool prepareRestart(ExitReason reason) {
     if (!countDownToRestart()) {
         return false;
     }
+    // A reader still in its last receive would take the next run's cleared stop flag for its own.
+    if (!gf_waitForDetachedThreads(readersLeaveWithin, 1)) {
+        logError("A reader thread did not end in time");
+    }
     gf_resetRun();
     return !gCloseButtonUsed;
 }
@@ -142,7 +150,7 @@ template <typename Step> void guarded(Step step) {
     try {
         step();
     } catch (const std::exception& exception) {
-        log(fmt::format("{} exception {}", "lf_closingDown", exception.what()));
+        log(fmt::format("{} exception {}", "lf_closingDown", platform::readableText(exception.what())));
     } catch (...) {
         log(fmt::format("{} exception {}", "lf_closingDown", "Unknown exception"));
     }
@@ -154,5 +162,7 @@ void lf_closingDown() {
     guarded(stopEverything);
     guarded(decideWhatFollows);
     gf_flushLog();
-    window_system::postMessage(gRestartWanted ? WM_TRNW_START : WM_TRNW_EXIT);
+    if (!window_system::postMessage(gRestartWanted ? WM_TRNW_START : WM_TRNW_EXIT)) {
+        logError("The window takes no message");
+    }
 }

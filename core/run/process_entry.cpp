@@ -62,21 +62,35 @@ bool makeParameterFolder() {
     const std::filesystem::path folder = gf_parameterFolder();
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    if (error) {
+    if (error || platform::roamingAppDataFolder().empty()) {
         log(fmt::format("Failed to create directory: {}", platform::utf8FromPath(folder)));
         return false;
     }
     return true;
 }
 
-/// A thread that does not come out must not find the program's globals destroyed.
-void leaveThreadsOrEnd(int code) {
-    if (gf_waitForDetachedThreads(threadsLeaveWithin)) {
-        return;
+/// However the message loop ends, a thread that does not come out must not find the program's globals destroyed.
+class ThreadsOutAtTheEnd {
+public:
+    ThreadsOutAtTheEnd() = default;
+    ~ThreadsOutAtTheEnd() {
+        gf_userCloses();
+        if (!gf_waitForDetachedThreads(threadsLeaveWithin)) {
+            logError("A thread did not end in time");
+            gf_closeLog();
+            std::_Exit(exitCode);
+        }
     }
-    logError("A thread did not end in time");
-    gf_closeLog();
-    std::_Exit(code);
+    ThreadsOutAtTheEnd(const ThreadsOutAtTheEnd&) = delete;
+    ThreadsOutAtTheEnd& operator=(const ThreadsOutAtTheEnd&) = delete;
+
+    int exitCode = 1;
+};
+
+int runUntilQuit() {
+    ThreadsOutAtTheEnd threads;
+    threads.exitCode = window_system::runMessageLoop();
+    return threads.exitCode;
 }
 
 /// The window stands and the first run is asked for, or the log tells why not.
@@ -100,7 +114,11 @@ bool bringUp(const std::vector<std::string>& arguments) {
         return false;
     }
     gProductionMode = production;
-    return window_system::postMessage(WM_TRNW_START);
+    if (!window_system::postMessage(WM_TRNW_START)) {
+        logError("The window takes no message");
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -126,8 +144,7 @@ int gf_processEntry(const std::vector<std::string>& arguments) {
     gf_openLog();
     int code = 0;
     if (bringUp(arguments)) {
-        code = window_system::runMessageLoop();
-        leaveThreadsOrEnd(code);
+        code = runUntilQuit();
     }
     gf_closeLog();
     return code;

@@ -10,17 +10,23 @@
 
 namespace {
 
-platform::WallTime timeOfTheFeed() {
+/// Beyond this (the year 2261) a time stamp does not fit the clock; it comes from outside and may be anything.
+constexpr double latestFeedSeconds = 9.2e9;
+
+WeekSlot presentWeekSlot() {
     const double feedSeconds = gTrafficReader.lastFeedTime;
-    if (!gRealTrafficHistoric || feedSeconds <= 0) {
-        return platform::wallNow();
+    if (!gRealTrafficHistoric || feedSeconds == 0) {
+        return weekSlotOf(platform::wallNow());
+    }
+    if (feedSeconds < 0 || feedSeconds > latestFeedSeconds) {
+        return {};
     }
     const std::chrono::duration<double> sinceEpoch(feedSeconds);
-    return platform::WallTime(std::chrono::duration_cast<platform::WallTime::duration>(sinceEpoch));
+    return weekSlotOf(platform::WallTime(std::chrono::duration_cast<platform::WallTime::duration>(sinceEpoch)));
 }
 
 } // namespace
 
 void gf_setWeekSlot() {
-    gWeekSlot = packedWeekSlot(weekSlotOf(timeOfTheFeed()));
+    gWeekSlot = packedWeekSlot(presentWeekSlot());
 }

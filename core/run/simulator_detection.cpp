@@ -13,6 +13,7 @@
 #include "core/run_flags.h"
 #include "core/user_error.h"
 #include "platform/registry.h"
+#include "platform/text_encoding.h"
 #include "platform/window_system.h"
 #include "window/window_state.h"
 
@@ -40,8 +41,19 @@ void simulatorNotDetected() {
         return;
     }
     ALL_INSTALL_PATH.setValue({});
+    showParameter(ALL_INSTALL_PATH);
     throw kvd::UserErrorException(noSimulatorError,
                                   "No P3D install path detected. Type the full Install Path above, then press Enter");
+}
+
+/// Empty when the registry does not tell: an installation that was taken away leaves its key behind.
+std::string installedPath(const char* key) {
+    try {
+        return platform::readRegistryString(platform::RegistryHive::machine, key, pathValue);
+    } catch (const winreg::RegException& exception) {
+        logError(platform::readableText(exception.what()));
+        return {};
+    }
 }
 
 void detectSimulator() {
@@ -58,8 +70,7 @@ void detectSimulator() {
         return;
     }
     log(fmt::format("{} detected", has5 ? "P3Dv5" : "P3Dv6"));
-    const std::string path =
-        platform::readRegistryString(RegistryHive::machine, has5 ? keyOfVersion5 : keyOfVersion6, pathValue);
+    const std::string path = installedPath(has5 ? keyOfVersion5 : keyOfVersion6);
     if (path.empty()) {
         simulatorNotDetected();
         return;
@@ -67,6 +78,7 @@ void detectSimulator() {
     ALL_INSTALL_PATH.setValue(path);
     SIM_INSTALL_PATH.setValue(path);
     saveParameter(SIM_INSTALL_PATH);
+    showParameter(ALL_INSTALL_PATH);
 }
 
 int simulatorVersion(std::string_view path) {
@@ -91,9 +103,9 @@ int simulatorVersion(std::string_view path) {
 void gf_findSimulator() {
     ALL_INSTALL_PATH.setValue(SIM_INSTALL_PATH.value());
     window_system::enableControl(ALL_INSTALL_PATH.controlId, true);
+    showParameter(ALL_INSTALL_PATH);
     if (ALL_INSTALL_PATH.value().empty()) {
         detectSimulator();
     }
-    showParameter(ALL_INSTALL_PATH);
     gSimulatorVersion = simulatorVersion(ALL_INSTALL_PATH.value());
 }

@@ -46,13 +46,12 @@ void startReaders() {
 
 /// The stop flags are not looked at: a region without traffic and a closing user both get the full wait.
 void waitForTraffic() {
-    for (int look = 0; look < trafficLooks; ++look) {
-        if (gTrafficReader.lastFeedTime > 0) {
-            return;
-        }
+    for (int look = 0; look < trafficLooks && gTrafficReader.lastFeedTime == 0; ++look) {
         platform::sleepFor(trafficLook);
     }
-    log("No traffic in this region?");
+    if (gTrafficReader.lastFeedTime == 0) {
+        log("No traffic in this region?");
+    }
 }
 
 void darkenLamps() {

@@ -22,6 +22,7 @@
 #include "core/run_flags.h"
 #include "core/user_error.h"
 #include "platform/files.h"
+#include "platform/text_encoding.h"
 #include "platform/window_system.h"
 #include "window/window_state.h"
 
@@ -122,26 +123,34 @@ void runOnce() {
     }
 }
 
-void endWithSystemError(const std::string& text) {
-    showError(text);
+void endWithSystemError(std::string_view text) {
+    showError(platform::readableText(text));
     gf_stopRun(ExitReason::systemError, 0);
 }
 
 } // namespace
 
-void lf_startUpTRNW() {
+void gf_endRunOn(const std::exception_ptr& failure) {
     try {
-        runOnce();
+        std::rethrow_exception(failure);
     } catch (const kvd::UserErrorException& exception) {
-        showError(exception.what());
-        gf_setExitReason(ExitReason::systemError);
+        showError(platform::readableText(exception.what()));
+        gf_setSystemError();
     } catch (const fmt::format_error& exception) {
         endWithSystemError(fmt::format("std::format error: {}", exception.what()));
     } catch (const std::exception& exception) {
         endWithSystemError(exception.what());
     } catch (...) {
         showError("Unknown exception");
-        gf_setExitReason(ExitReason::systemError);
+        gf_setSystemError();
+    }
+}
+
+void lf_startUpTRNW() {
+    try {
+        runOnce();
+    } catch (...) {
+        gf_endRunOn(std::current_exception());
     }
     gf_flushLog();
     lf_closingDown();

@@ -22,6 +22,14 @@ struct PaintedFill {
     Colour colour;
 };
 
+struct PaintedLine {
+    int fromX;
+    int fromY;
+    int toX;
+    int toY;
+    Colour colour;
+};
+
 struct Control {
     ControlKind kind;
     std::string label;
@@ -36,6 +44,9 @@ struct Control {
 /// What the last paint drew.
 std::vector<PaintedText> paintedTexts();
 std::vector<PaintedFill> paintedFills();
+std::vector<PaintedLine> paintedLines();
+/// The areas that a repaint was asked for since the last paint; the whole window is an empty rectangle.
+std::vector<Rectangle> invalidated();
 /// Paints at once on the calling thread, as the message loop would.
 void paintNow();
 
@@ -44,6 +55,8 @@ void placeWindow(const Rectangle& at, ShowState state, const Rectangle& normalPo
 
 std::optional<Control> control(int id);
 bool windowExists();
+std::string windowTitle();
+std::uint32_t windowStyle();
 bool isTopMost();
 std::vector<std::string> messageBoxes();
 

@@ -34,6 +34,10 @@ struct State {
     std::map<int, memory::Control> controls;
     std::vector<memory::PaintedText> texts;
     std::vector<memory::PaintedFill> fills;
+    std::vector<memory::PaintedLine> lines;
+    std::vector<Rectangle> invalidated;
+    std::string title;
+    std::uint32_t style = 0;
     std::vector<std::string> messageBoxes;
     bool refuseResourceStrings = false;
     bool refuseWindowClass = false;
@@ -47,7 +51,9 @@ State state; // under stateLock
 class MemoryPainter : public Painter {
 public:
     void fill(const Rectangle& area, Colour colour) override { fills.push_back({area, colour}); }
-    void line(int, int, int, int, Colour) override {}
+    void line(int fromX, int fromY, int toX, int toY, Colour colour) override {
+        lines.push_back({fromX, fromY, toX, toY, colour});
+    }
     void text(int x, int y, std::string_view text, Colour colour) override {
         platform::utf16FromUtf8(text);
         texts.push_back({x, y, std::string(text), colour});
@@ -55,6 +61,7 @@ public:
 
     std::vector<memory::PaintedText> texts;
     std::vector<memory::PaintedFill> fills;
+    std::vector<memory::PaintedLine> lines;
 };
 
 /// What the message loop does next, decided under the lock and carried out without it.
@@ -135,13 +142,15 @@ bool registerWindowClass(std::string_view, const WindowHandlers& handlers) {
     return state.classRegistered;
 }
 
-bool createWindow(std::string_view, std::uint32_t, const Rectangle& at) {
+bool createWindow(std::string_view title, std::uint32_t style, const Rectangle& at) {
     {
         const std::lock_guard lock(stateLock);
         if (!state.classRegistered || state.refuseWindow) {
             return false;
         }
         state.windowExists = true;
+        state.title = title;
+        state.style = style;
         state.rectangle = at;
         state.placement = {ShowState::normal, at};
         state.paintWanted = true;
@@ -183,12 +192,15 @@ bool postMessage(unsigned message) {
     return posted;
 }
 
-void invalidate(const Rectangle&) {
-    invalidateAll();
+void invalidate(const Rectangle& area) {
+    change([&](State& s) {
+        s.paintWanted = s.windowExists;
+        s.invalidated.push_back(area);
+    });
 }
 
 void invalidateAll() {
-    change([](State& s) { s.paintWanted = s.windowExists; });
+    invalidate({});
 }
 
 Placement windowPlacement() {
@@ -274,6 +286,26 @@ std::vector<PaintedFill> paintedFills() {
     return state.fills;
 }
 
+std::vector<PaintedLine> paintedLines() {
+    const std::lock_guard lock(stateLock);
+    return state.lines;
+}
+
+std::vector<Rectangle> invalidated() {
+    const std::lock_guard lock(stateLock);
+    return state.invalidated;
+}
+
+std::string windowTitle() {
+    const std::lock_guard lock(stateLock);
+    return state.title;
+}
+
+std::uint32_t windowStyle() {
+    const std::lock_guard lock(stateLock);
+    return state.style;
+}
+
 void paintNow() {
     const WindowHandlers routines = handlers();
     if (routines.paint == nullptr) {
@@ -284,6 +316,8 @@ void paintNow() {
     change([&](State& s) {
         s.texts = std::move(painter.texts);
         s.fills = std::move(painter.fills);
+        s.lines = std::move(painter.lines);
+        s.invalidated.clear();
     });
 }
 

@@ -10,7 +10,9 @@ namespace platform {
 SingleInstance::SingleInstance(std::string_view name) {
     const std::wstring wideName = wideFromUtf8(name);
     handle_ = reinterpret_cast<std::intptr_t>(CreateMutexW(nullptr, FALSE, wideName.c_str()));
-    alreadyRuns_ = GetLastError() == ERROR_ALREADY_EXISTS;
+    const DWORD error = GetLastError();
+    // Access is denied when the first instance was started as administrator and this one was not.
+    alreadyRuns_ = error == ERROR_ALREADY_EXISTS || (handle_ == 0 && error == ERROR_ACCESS_DENIED);
 }
 
 SingleInstance::~SingleInstance() {

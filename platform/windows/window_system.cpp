@@ -2,7 +2,9 @@
 #include "platform/window_system.h"
 
 #include <atomic>
+#include <exception>
 #include <stdexcept>
+#include <utility>
 
 #include <windows.h>
 
@@ -15,6 +17,8 @@ namespace {
 constexpr int iconResource = 100;
 constexpr int longestResourceString = 100;
 constexpr unsigned firstOwnMessage = 32768;
+/// From here on messages are those that programs register by name.
+constexpr unsigned endOfOwnMessages = 0xC000;
 
 // The window thread makes and destroys the window; other threads only post to it or ask for a repaint.
 std::atomic<HWND> window{nullptr};
@@ -84,9 +88,24 @@ private:
     HGDIOBJ former_;
 };
 
+class PaintScope {
+public:
+    explicit PaintScope(HWND handle) : handle_(handle), screen_(BeginPaint(handle, &paint_)) {}
+    ~PaintScope() { EndPaint(handle_, &paint_); }
+    PaintScope(const PaintScope&) = delete;
+    PaintScope& operator=(const PaintScope&) = delete;
+
+    HDC screen() const { return screen_; }
+
+private:
+    HWND handle_;
+    PAINTSTRUCT paint_{};
+    HDC screen_;
+};
+
 void paint(HWND handle) {
-    PAINTSTRUCT paintStruct{};
-    const HDC screen = BeginPaint(handle, &paintStruct);
+    const PaintScope scope(handle);
+    const HDC screen = scope.screen();
     RECT client{};
     GetClientRect(handle, &client);
     if (handlers.paint != nullptr && client.right > 0 && client.bottom > 0) {
@@ -95,10 +114,9 @@ void paint(HWND handle) {
         handlers.paint(painter);
         BitBlt(screen, 0, 0, client.right, client.bottom, picture.device(), 0, 0, SRCCOPY);
     }
-    EndPaint(handle, &paintStruct);
 }
 
-LRESULT CALLBACK windowProcedure(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
+LRESULT handleMessage(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
     switch (message) {
     case WM_CREATE:
         window = handle;
@@ -116,11 +134,24 @@ LRESULT CALLBACK windowProcedure(HWND handle, UINT message, WPARAM wide, LPARAM 
         return 0;
     default: break;
     }
-    if (message >= firstOwnMessage && handlers.posted != nullptr) {
+    if (message >= firstOwnMessage && message < endOfOwnMessages && handlers.posted != nullptr) {
         handlers.posted(message);
         return 0;
     }
     return DefWindowProcW(handle, message, wide, extra);
+}
+
+/// What a handler of the program threw; it must not pass through the system's code, so the message loop throws it on.
+std::exception_ptr handlerFailure;
+
+LRESULT CALLBACK windowProcedure(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
+    try {
+        return handleMessage(handle, message, wide, extra);
+    } catch (...) {
+        handlerFailure = std::current_exception();
+        PostQuitMessage(0);
+        return 0;
+    }
 }
 
 const wchar_t* controlClass(ControlKind kind) {
@@ -189,6 +220,9 @@ int runMessageLoop() {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
+    if (handlerFailure) {
+        std::rethrow_exception(std::exchange(handlerFailure, nullptr));
+    }
     return static_cast<int>(message.wParam);
 }
 
@@ -224,6 +258,12 @@ Placement windowPlacement() {
     WINDOWPLACEMENT placement{};
     placement.length = sizeof placement;
     GetWindowPlacement(window, &placement);
+    // The normal position counts from the work area's corner, which a taskbar may have moved.
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+    OffsetRect(&placement.rcNormalPosition, monitor.rcWork.left - monitor.rcMonitor.left,
+               monitor.rcWork.top - monitor.rcMonitor.top);
     Placement result;
     result.normalPosition = fromNative(placement.rcNormalPosition);
     if (placement.showCmd == SW_SHOWMINIMIZED) {

@@ -26,4 +26,19 @@ TEST(DetachedThreads, theWaitEndsThoughOneIsStillIn) {
     EXPECT_TRUE(gf_waitForDetachedThreads(10s));
 }
 
+TEST(DetachedThreads, oneOfThemWaitsForTheOthers) {
+    std::promise<void> release;
+    std::promise<bool> early;
+    std::promise<bool> late;
+    gf_startDetached("other", [&] { release.get_future().wait(); });
+    gf_startDetached("waiting", [&] {
+        early.set_value(gf_waitForDetachedThreads(20ms, 1));
+        late.set_value(gf_waitForDetachedThreads(10s, 1));
+    });
+    EXPECT_FALSE(early.get_future().get());
+    release.set_value();
+    EXPECT_TRUE(late.get_future().get());
+    EXPECT_TRUE(gf_waitForDetachedThreads(10s));
+}
+
 } // namespace

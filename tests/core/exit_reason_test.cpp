@@ -40,17 +40,36 @@ TEST_F(ExitReasonTest, aClosingUserIsTheReasonWhenThereIsNone) {
 }
 
 TEST_F(ExitReasonTest, anErrorOfTheUsersReplacesTheReasonWithoutStoppingTheRun) {
-    gf_setExitReason(ExitReason::systemError);
+    gf_stopRun(ExitReason::readerError, 15);
+    gf_resetExitReason();
+    gf_setSystemError();
     EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
     EXPECT_FALSE(gf_isStopping());
-    gf_stopRun(ExitReason::newSettings, 3);
-    EXPECT_EQ(gf_exitReason(), ExitReason::newSettings);
+}
+
+TEST_F(ExitReasonTest, newSettingsAloneReplaceASystemError) {
+    for (const bool stopped : {false, true}) {
+        gf_resetExitReason();
+        if (stopped) {
+            gf_stopRun(ExitReason::systemError, 0);
+        } else {
+            gf_setSystemError();
+        }
+        gf_stopRun(ExitReason::readerError, 15);
+        EXPECT_EQ(gf_exitReason(), ExitReason::systemError) << "the error on the screen stays";
+        gf_userCloses();
+        EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+        gf_stopRun(ExitReason::newSettings, 3);
+        EXPECT_EQ(gf_exitReason(), ExitReason::newSettings);
+        EXPECT_EQ(gf_restartDelaySeconds(), 3);
+    }
 }
 
 TEST_F(ExitReasonTest, aReasonNotYetSetIsSettledAsUserClosed) {
     gf_settleExitReason();
     EXPECT_EQ(gf_exitReason(), ExitReason::userClosed);
-    gf_setExitReason(ExitReason::newVersion);
+    gf_resetExitReason();
+    gf_stopRun(ExitReason::newVersion, 0);
     gf_settleExitReason();
     EXPECT_EQ(gf_exitReason(), ExitReason::newVersion);
 }

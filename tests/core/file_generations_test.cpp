@@ -70,6 +70,16 @@ TEST(FileGenerations, aFailedCopyIsAnErrorAndChangesNothing) {
     EXPECT_THAT(log.errors(), ElementsAre(StartsWith("==> copy a.txt -> a0.txt failed: ")));
     EXPECT_EQ(readFile("a.txt"), "text");
     EXPECT_EQ(readFile("a0.txt/inside"), "x");
+    EXPECT_FALSE(fs::exists("a0.txt.new"));
+}
+
+TEST(FileGenerations, aLeftOverOfABrokenCopyDoesNoHarm) {
+    const LogCapture log;
+    writeFile("a.txt", "text");
+    writeFile("a0.txt.new", "a copy that broke off");
+    EXPECT_TRUE(gf_save1GenerationOf("a.txt"));
+    EXPECT_EQ(readFile("a0.txt"), "text");
+    EXPECT_FALSE(fs::exists("a0.txt.new"));
 }
 
 TEST(FileGenerations, threeGenerationsMoveUp) {

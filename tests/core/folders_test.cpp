@@ -37,9 +37,6 @@ std::string failedOperation(Call call) {
     return "no exception";
 }
 
-/// A name that no file system takes: an error other than "not found".
-const fs::path impossible = std::string(5000, 'x');
-
 } // namespace
 
 TEST(ClearingFolders, removesEveryFileThatLiesDirectlyInTheFolder) {
@@ -88,23 +85,6 @@ TEST(ClearingFolders, anExceptionIsAnErrorLineWithTheRoutinesName) {
     EXPECT_THAT(log.errors(), ElementsAre(StartsWith("==> gf_removeFilesFromDirectory exception: "),
                                           StartsWith("==> gf_removeXMLFilesFromDirectory exception: ")));
     EXPECT_TRUE(fs::exists("file"));
-}
-
-TEST(ClearingFolders, aFileThatCannotBeRemovedIsAnErrorLineAndTheWalkGoesOn) {
-    // Files that not even the administrator can remove: the system's own account of the open ones.
-    const fs::path unremovable = "/proc/self/fdinfo";
-    if (!fs::exists(unremovable)) {
-        GTEST_SKIP() << "no files here that cannot be removed";
-    }
-    const LogCapture log;
-
-    gf_removeFilesFromDirectory(unremovable);
-
-    const std::vector<std::string> errors = log.errors();
-    EXPECT_GE(errors.size(), 3u);
-    for (const std::string& line : errors) {
-        EXPECT_THAT(line, ::testing::MatchesRegex("==> Failed to remove /proc/self/fdinfo/[0-9]+ \\(.+\\)"));
-    }
 }
 
 TEST(WriteTest, aFolderThatTakesAFileIsWritableAndStaysEmpty) {
@@ -168,21 +148,19 @@ TEST(CheckedFileCalls, createFoldersWithTheirParentsAndLeaveExistingOnesAlone) {
     EXPECT_TRUE(fs::exists("output/info/report.txt"));
 }
 
-TEST(CheckedFileCalls, throwTheSystemsErrorWithTheOperationsName) {
+TEST(CheckedFileCalls, aFolderThatIsNotEmptyCannotBeRemoved) {
     const TemporaryFolder folder;
     writeFile("full/file", "");
-    writeFile("file", "");
-    const auto names = [](const char* operation) { return HasSubstr(std::string("filesystem error: ") + operation); };
-    EXPECT_THAT(failedOperation([] { fileStatus(impossible); }), names("status"));
-    EXPECT_THAT(failedOperation([] { fileExists(impossible); }), names("exists"));
-    EXPECT_THAT(failedOperation([] { removeFile("full"); }), AllOf(names("remove"), HasSubstr("full")));
-    EXPECT_THAT(failedOperation([] { createFolders(impossible); }), names("create_directories"));
+    EXPECT_THAT(failedOperation([] { removeFile("full"); }),
+                AllOf(StartsWith("filesystem error: remove"), HasSubstr("full")));
     EXPECT_TRUE(fs::exists("full/file"));
 }
 
 TEST(CheckedFileCalls, aFileInTheWayOfAFolderIsAFailure) {
     const TemporaryFolder folder;
     writeFile("file", "");
-    EXPECT_THAT(failedOperation([] { createFolders("file"); }), HasSubstr("create_directories"));
-    EXPECT_THAT(failedOperation([] { createFolders("file/below"); }), HasSubstr("create_directories"));
+    for (const char* path : {"file", "file/below"}) {
+        EXPECT_THAT(failedOperation([&] { createFolders(path); }),
+                    AllOf(StartsWith("filesystem error: create_directories"), HasSubstr("file")));
+    }
 }

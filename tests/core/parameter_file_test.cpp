@@ -545,7 +545,7 @@ TEST_F(ParameterFileTest, anyTextSurvivesTheFile) {
     std::uniform_int_distribution<int> byte(0, 255);
     std::uniform_int_distribution<int> ascii(0, 127);
     std::uniform_int_distribution<std::size_t> length(0, 30);
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 40; ++i) {
         std::string text(length(random), ' ');
         for (char& c : text) {
             c = static_cast<char>(i % 2 == 0 ? byte(random) : ascii(random));
@@ -583,7 +583,7 @@ TEST_F(ParameterFileTest, nothingIsRemovedWithoutAFile) {
 
 TEST_F(ParameterFileThreads, savesFromTwoThreadsKeepBothValues) {
     gf_readParameters();
-    constexpr int rounds = 30;
+    constexpr int rounds = 15;
     std::thread window([] {
         for (int i = 1; i <= rounds; ++i) {
             MAIN_WINDOW_X.value = i;
@@ -599,10 +599,10 @@ TEST_F(ParameterFileThreads, savesFromTwoThreadsKeepBothValues) {
         saveParameter(DESTINATION);
     }
     window.join();
-    EXPECT_EQ(storedValue("MAIN_WINDOW_X"), "30");
-    EXPECT_EQ(storedValue("MAX_HOLDING_MINUTES"), "30");
-    EXPECT_EQ(storedValue("BLOCK_CALLSIGN"), "KLM30");
-    EXPECT_EQ(storedValue("DESTINATION"), "EH30");
+    EXPECT_EQ(storedValue("MAIN_WINDOW_X"), "15");
+    EXPECT_EQ(storedValue("MAX_HOLDING_MINUTES"), "15");
+    EXPECT_EQ(storedValue("BLOCK_CALLSIGN"), "KLM15");
+    EXPECT_EQ(storedValue("DESTINATION"), "EH15");
     EXPECT_EQ(stored().size(), defaultEntries().size());
 }
 

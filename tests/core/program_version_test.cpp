@@ -7,6 +7,8 @@
 #include <string>
 #include <tuple>
 
+#include <fmt/format.h>
+
 namespace {
 
 std::string failureOf(const std::string& text) {
@@ -67,7 +69,7 @@ TEST(ProgramVersion, everyVersionSurvivesItsText) {
     std::uniform_int_distribution<int> part(0, 2147483647);
     for (int i = 0; i < 1000; ++i) {
         const ProgramVersion version{part(random), part(random), part(random)};
-        EXPECT_EQ(parseVersion("v" + versionText(version) + "-beta"), version);
+        EXPECT_EQ(parseVersion(fmt::format("v{}-beta", versionText(version))), version);
     }
 }
 

@@ -16,7 +16,6 @@
 #include "feed/feed_reset.h"
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
-#include "feed/socket_error_text.h"
 #include "feed/traffic_reader.h"
 #include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
@@ -24,6 +23,7 @@
 
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
@@ -235,11 +235,9 @@ TEST_F(UdpReaderThreads, aFailedReceiveClosesAndThrows) {
         neverOpened.receive(local);
         FAIL() << "no exception";
     } catch (const std::runtime_error& error) {
-#ifdef _WIN32
-        EXPECT_EQ(error.what(), "receive error: " + socketErrorText(10038));
-#else
-        EXPECT_EQ(error.what(), "receive error: " + socketErrorText(10009));
-#endif
+        // No socket at all: machines differ in what they call that.
+        EXPECT_THAT(error.what(), AnyOf("receive error: 10009 Bad file number",
+                                        "receive error: 10038 Socket operation on non-socket"));
     }
     EXPECT_EQ(neverOpened.stopped, 1);
     platform::cleanUpSocketLibrary();

@@ -10,6 +10,7 @@
 #include "core/run/run_reset.h"
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
+#include "core/week_slot.h"
 #include "platform/files.h"
 #include "platform/window_system.h"
 #include "tests/support/eventually.h"
@@ -24,6 +25,10 @@ void resetProgram() {
     gRestartWanted = false;
     gExitCode = 0;
     gSecondCounter = 0;
+    gHardwareThreads = 0;
+    gSimulatorVersion = 0;
+    gRealTrafficHere = false;
+    gWeekSlot = 0;
     slotClock = 0;
 }
 

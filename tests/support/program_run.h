@@ -27,7 +27,7 @@ public:
 
     /// The quit code, once the program is gone; nothing while it runs.
     std::optional<int> quitCode();
-    /// Waits at most ten seconds for its end.
+    /// Waits at most twenty seconds for its end.
     bool ends();
     bool endsWithin(std::chrono::milliseconds time);
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "core/exit_reason.h"
 #include "core/run/feed_lamps.h"
@@ -182,6 +183,25 @@ TEST_F(RunLoop, theFeedLampsAreCheckedAtSecond59) {
     EXPECT_EQ(gWindowState.weatherLamp, FeedLamp::noData);
 }
 
+TEST_F(RunLoop, aMultipleOf5NeverReachesTheCheckOf59) {
+    gSecondCounter = 294;
+    gWindowState.realTrafficLit = true;
+    gWindowState.trafficLamp = FeedLamp::flowing;
+    gWindowState.weatherLamp = FeedLamp::flowing;
+    seconds(1);
+    ASSERT_EQ(gSecondCounter, 295);
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
+}
+
+TEST_F(RunLoop, aTimeStampThatNoClockCanHoldGivesNoWeekday) {
+    gRealTrafficHistoric = true;
+    for (const double stamp : {1e300, -1e300, -1.0, 1.8e12}) {
+        gTrafficReader.lastFeedTime = stamp;
+        ASSERT_TRUE(second());
+        EXPECT_EQ(unpackedWeekSlot(gWeekSlot).weekday, -1) << stamp;
+    }
+}
+
 TEST_F(RunLoop, aYellowLampIsLookedAtEvery15Seconds) {
     gWindowState.realTrafficLit = true;
     gWindowState.trafficLamp = FeedLamp::noData;
@@ -255,11 +275,69 @@ TEST_F(FeedLamps, aFeedThatFlowsAgainTurnsGreen) {
     EXPECT_TRUE(gWindowState.trafficAlive);
 }
 
-/// Ends the loop after so many ticks and keeps when each of them came.
-class Grid : public RunLoop {
-protected:
-    Grid() { simRunning = true; }
-};
+using Grid = RunLoop;
+
+/// When each of `count` ticks came, counted from the first; before its end the step does what the test wants at that tick.
+template <typename AtTick> std::vector<milliseconds> ticks(int count, AtTick atTick) {
+    std::vector<milliseconds> times;
+    const auto start = platform::steadyNow();
+    gf_runTicks([&] {
+        times.push_back(duration_cast<milliseconds>(platform::steadyNow() - start));
+        atTick(static_cast<int>(times.size()));
+        return static_cast<int>(times.size()) < count;
+    });
+    return times;
+}
+
+TEST_F(Grid, aTickThatTakesPartOfItsTimeKeepsTheGrid) {
+    const auto times = ticks(4, [&](int) { clock.advance(7ms); });
+    EXPECT_EQ(times, (std::vector<milliseconds>{0ms, 10ms, 20ms, 30ms}));
+}
+
+TEST_F(Grid, theGridLocksToTheSimulatorsPulse) {
+    const auto times = ticks(5, [&](int tick) {
+        if (tick == 2) {
+            clock.advance(4ms);
+            secondPulse = true;
+        } else if (tick == 3) {
+            clock.advance(16ms);
+            secondPulse = true;
+        } else {
+            secondPulse = false;
+        }
+    });
+    // The third tick came late at 36 ms with a pulse: the grid begins anew there.
+    EXPECT_EQ(times, (std::vector<milliseconds>{0ms, 10ms, 20ms, 36ms, 46ms}));
+}
+
+TEST_F(Grid, ticksThatWereMissedByLessThanATenthOfASecondAreCaughtUp) {
+    const auto times = ticks(5, [&](int tick) {
+        if (tick == 1) {
+            clock.advance(35ms);
+        }
+    });
+    EXPECT_EQ(times, (std::vector<milliseconds>{0ms, 35ms, 35ms, 35ms, 40ms}));
+}
+
+TEST_F(Grid, aLongStepIsNotFollowedByABurst) {
+    const auto times = ticks(4, [&](int tick) {
+        if (tick == 1) {
+            clock.advance(500ms);
+        }
+    });
+    EXPECT_EQ(times, (std::vector<milliseconds>{0ms, 510ms, 520ms, 530ms}));
+}
+
+TEST_F(Grid, lessThanAMillisecondIsNotSlept) {
+    const auto start = platform::steadyNow();
+    std::vector<microseconds> times;
+    gf_runTicks([&] {
+        times.push_back(duration_cast<microseconds>(platform::steadyNow() - start));
+        clock.advance(9500us);
+        return times.size() < 3;
+    });
+    EXPECT_EQ(times, (std::vector<microseconds>{0us, 9500us, 20000us}));
+}
 
 TEST_F(Grid, theLoopTicksEvery10Milliseconds) {
     const auto start = platform::steadyNow();
@@ -271,7 +349,7 @@ TEST_F(Grid, theLoopTicksEvery10Milliseconds) {
     });
     gf_runLoop();
     stopper.join();
-    // The first tick comes at once, every later one 10 ms after the one before; the last sleep may be outstanding.
+    // The first tick comes at once, every later one 10 ms after the one before.
     const auto elapsed = platform::steadyNow() - start;
     EXPECT_EQ(elapsed / 10ms, slotClock - 1);
 }

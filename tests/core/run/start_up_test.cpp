@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <exception>
+#include <stdexcept>
 #include <thread>
+
+#include <fmt/format.h>
 
 #include "core/exit_reason.h"
 #include "core/parameter_file.h"
@@ -12,6 +15,8 @@
 #include "core/week_slot.h"
 #include "platform/files.h"
 #include "platform/window_system.h"
+#include "core/user_error.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"
 #include "window/window_state.h"
 
@@ -119,6 +124,64 @@ TEST(StartUpThreads, anUnreadableParameterFileStartsFreshAndIsKept) {
     ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << "the simulator's path is gone with the file";
     EXPECT_EQ(readFile(gf_parameterFolder() / "parameters0.xml"), "<root><parameters");
     EXPECT_TRUE(run.logs("not found, creating new with default values:"));
+}
+
+class RunFailure : public testing::Test {
+protected:
+    RunFailure() { resetProgram(); }
+    ~RunFailure() override { resetProgram(); }
+
+    LogCapture log;
+};
+
+TEST_F(RunFailure, anErrorOfTheUsersIsShownAndLeavesTheStopFlagAlone) {
+    gf_endRunOn(std::make_exception_ptr(kvd::UserErrorException(1, "type the path")));
+    EXPECT_EQ(shownError(), "type the path");
+    EXPECT_TRUE(log.contains("Error type the path"));
+    EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+    EXPECT_FALSE(gf_isStopping());
+}
+
+TEST_F(RunFailure, anErrorOfTheUsersReplacesAReasonThatIsStored) {
+    gf_stopRun(ExitReason::simConnectError, 9);
+    gf_endRunOn(std::make_exception_ptr(kvd::UserErrorException(1, "type the path")));
+    EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+}
+
+TEST_F(RunFailure, aFormatErrorIsNamedAndStopsTheRunWithoutADelay) {
+    gf_endRunOn(std::make_exception_ptr(fmt::format_error("argument not found")));
+    EXPECT_EQ(shownError(), "std::format error: argument not found");
+    EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+    EXPECT_EQ(gf_restartDelaySeconds(), 0);
+    EXPECT_TRUE(gStopRun);
+}
+
+TEST_F(RunFailure, anyOtherStandardExceptionIsShownWithItsText) {
+    gf_endRunOn(std::make_exception_ptr(std::out_of_range("too far")));
+    EXPECT_EQ(shownError(), "too far");
+    EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+    EXPECT_TRUE(gStopRun);
+}
+
+TEST_F(RunFailure, aTextInTheSystemsCodePageIsShownAsUtf8) {
+    gf_endRunOn(std::make_exception_ptr(std::runtime_error("Acc\xe8s refus\xe9")));
+    EXPECT_EQ(shownError(), "Acc\xc3\xa8s refus\xc3\xa9");
+}
+
+TEST_F(RunFailure, whatIsNoExceptionIsUnknown) {
+    gf_endRunOn(std::make_exception_ptr(42));
+    EXPECT_EQ(shownError(), "Unknown exception");
+    EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+}
+
+TEST(ClosingDownThreads, aStepThatThrowsIsLoggedAndTheWindowStillGetsItsLastMessage) {
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gf_stopRun(static_cast<ExitReason>(42), 0);
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("lf_closingDown exception invalid unordered_map<K, T> key"));
+    EXPECT_EQ(run.quitCode(), 0);
 }
 
 } // namespace

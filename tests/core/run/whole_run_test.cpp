@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -13,7 +14,9 @@
 #include "core/run/start_run.h"
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
+#include "core/run/run_loop.h"
 #include "feed/qnh_reader.h"
+#include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
 #include "platform/sockets.h"
@@ -161,6 +164,16 @@ TEST_F(WholeRunThreads, aRestartWithoutADelayShowsAndWaitsNothing) {
     EXPECT_FALSE(run.logs("Restarting after"));
 }
 
+TEST_F(WholeRunThreads, theExitCodeIsTheQuitCode) {
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    gExitCode = 7;
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_EQ(run.quitCode(), 7);
+    EXPECT_TRUE(run.logs("\nSat Nov 21 12:0")) << "the closing time line";
+}
+
 TEST_F(WholeRunThreads, aReaderWhosePortIsTakenRestartsTheRunAfter15Seconds) {
     platform::DatagramSocket taken;
     ASSERT_EQ(taken.create(), 0);
@@ -185,9 +198,33 @@ TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
         feed.weather(998);
         return gQnh == 998 && gTrafficReader.lastFeedTime > 0;
     }));
+    ASSERT_TRUE(eventually([] { return gSecondCounter == 0 && slotClock > 0; }));
+    gTrafficReader.collectCallSigns = true;
+    gf_requestStaticRefresh();
+    gRealTrafficHistoric = true;
+    gBeforeFirstConnect = false;
+    simFailed = true;
+    ASSERT_TRUE(run.willLog("Flight not running"));
     gf_stopRun(ExitReason::simConnectError, 1);
     ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
     ASSERT_TRUE(eventually([] { return !gStopRun; }));
+    EXPECT_TRUE(run.logs("QNH Reader disconnected")) << "the reset waits for the readers";
+    EXPECT_TRUE(run.logs("Traffic Reader disconnected"));
+    EXPECT_FALSE(gTrafficReader.collectCallSigns);
+    EXPECT_TRUE(gTrafficReader.seenCallSignsNow().empty());
+    EXPECT_FALSE(gf_staticRefreshRuns());
+    EXPECT_FALSE(gRealTrafficHistoric);
+    EXPECT_FALSE(simFailed);
+    EXPECT_FALSE(secondPulse);
+    EXPECT_FALSE(gFlightPaused);
+    EXPECT_EQ(gf_restartDelaySeconds(), 0);
+    EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::notRunning);
+    EXPECT_EQ(gWindowState.weatherLamp, FeedLamp::notRunning);
+    {
+        const std::lock_guard lock(gTrafficMutex);
+        EXPECT_TRUE(gLiveSampleQueue.empty());
+        EXPECT_FALSE(gAcceptSamples);
+    }
     EXPECT_EQ(gQnh, 1013);
     EXPECT_EQ(gTrafficReader.qnh, 1013);
     EXPECT_EQ(gWindowState.qnh, 1013);
@@ -278,6 +315,19 @@ TEST(CloseButtonThreads, duringTheWaitForTrafficIsHonouredOnlyAfterThatWait) {
     EXPECT_GE(platform::steadyNow() - clicked, 10s);
     clock.release();
     ASSERT_TRUE(run.ends()) << run.log();
+}
+
+TEST(CloseButtonThreads, anErrorOnTheScreenOutlastsAFailingReader) {
+    ProgramRun run;
+    std::filesystem::remove(run.folder() / "docs");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    gf_stopRun(ExitReason::readerError, 15);
+    EXPECT_FALSE(run.endsWithin(1200ms)) << run.log();
+    EXPECT_NE(shownError(), "");
+    EXPECT_FALSE(run.logs("Prepare for a restart"));
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s));
 }
 
 TEST(CloseButtonThreads, aTypedPathEndsTheWaitOfAnErrorAndStartsANewRun) {

@@ -45,6 +45,20 @@ TEST_F(MainWindow, comesUpAtTheStoredPosition) {
     EXPECT_EQ(window_system::windowRectangle(), (Rectangle{100, 50, 980, 566}));
 }
 
+TEST_F(MainWindow, hasACaptionASystemMenuAndAMinimiseBox) {
+    ASSERT_TRUE(initInstance("Tarnwing_P3D"));
+    EXPECT_EQ(memory::windowStyle(), 0xCA0000U);
+    EXPECT_EQ(memory::windowTitle(), "Tarnwing_P3D");
+}
+
+TEST_F(MainWindow, aWindowMovedOutOfReachIsStoredWhereItCanBeReached) {
+    ASSERT_TRUE(initInstance("test"));
+    memory::placeWindow({-40000, 90, -39120, 606}, ShowState::normal, {});
+    storeWindowPosition();
+    EXPECT_EQ(MAIN_WINDOW_X.value, 48 - 880);
+    EXPECT_NE(readFile(gf_parameterFile()).find("name=\"MAIN_WINDOW_X\" value=\"-832\""), std::string::npos);
+}
+
 TEST_F(MainWindow, aStoredPositionOutsideAllMonitorsComesUpOnTheNearestOne) {
     memory::setMonitors({{0, 0, 1280, 1024}, {1280, 0, 2560, 1024}});
     store(9000, 200);

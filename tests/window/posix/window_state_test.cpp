@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/posix/memory_window.h"
+#include "core/program_info.h"
 #include "tests/support/log_capture.h"
 #include "window/status_display.h"
 #include "window/window_layout.h"
@@ -111,9 +112,36 @@ TEST_F(Messages, nothingIsPaintedWhenBothTextsAreEmpty) {
 TEST_F(Messages, theTitleStripHoldsVersionNameAndCopyright) {
     EXPECT_TRUE(paints("Version 11.10.8", 3, 7, green));
     EXPECT_TRUE(paints("Tarnwing_P3D", 390, 7, green));
+    EXPECT_TRUE(paints(copyrightText, 632, 7, green));
+}
+
+TEST_F(Messages, theStripsAreFilledFromTopToBottom) {
     memory::paintNow();
-    const auto texts = memory::paintedTexts();
-    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const auto& t) { return t.x == 632 && !t.text.empty(); }));
+    const auto fills = memory::paintedFills();
+    ASSERT_GE(fills.size(), 5U);
+    const window_system::Colour colours[] = {black, black, lightBlue, black, green};
+    const int edges[] = {0, 28, 112, 392, 448, 476};
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(fills[i].area, (window_system::Rectangle{0, edges[i], 880, edges[i + 1]})) << i;
+        EXPECT_EQ(fills[i].colour, colours[i]) << i;
+    }
+}
+
+TEST_F(Messages, whiteLinesPartTheStrips) {
+    memory::paintNow();
+    std::vector<int> heights;
+    for (const memory::PaintedLine& line : memory::paintedLines()) {
+        if (line.colour == white && line.fromY == line.toY && line.fromX == 0 && line.toX == 880) {
+            heights.push_back(line.fromY);
+        }
+    }
+    EXPECT_EQ(heights, (std::vector<int>{28, 113, 392, 449}));
+}
+
+TEST_F(Messages, aMessageRepaintsItsLineAlone) {
+    memory::paintNow();
+    repaintMessageLine();
+    EXPECT_EQ(memory::invalidated(), (std::vector<window_system::Rectangle>{{0, 448, 880, 476}}));
 }
 
 TEST_F(Messages, aTextThatIsNoUtf8IsNotPaintedAndSaysSo) {

@@ -92,14 +92,20 @@ TEST_F(SimulatorDetection, anEmptyPathInTheRegistryIsNoVersion) {
     EXPECT_EQ(failure(), "No P3D install path detected. Type the full Install Path above, then press Enter");
 }
 
-TEST_F(SimulatorDetection, aKeyWithoutThePathFailsWithTheRegistrysWords) {
+TEST_F(SimulatorDetection, aKeyWithoutThePathIsNoVersionAndTheLogSaysWhy) {
     platform::setRegistryString(RegistryHive::machine, v5, "Other", "x");
-    try {
-        gf_findSimulator();
-        FAIL() << "no exception";
-    } catch (const winreg::RegException& exception) {
-        EXPECT_EQ(std::string(exception.what()).find("Cannot get the size of the string value: RegGetValueW failed."), 0U);
-    }
+    EXPECT_EQ(failure(), "No P3D install path detected. Type the full Install Path above, then press Enter");
+    ASSERT_EQ(log.errors().size(), 1U);
+    EXPECT_EQ(log.errors()[0].find("==> Cannot get the size of the string value: RegGetValueW failed."), 0U);
+}
+
+TEST_F(SimulatorDetection, theFieldIsEmptiedWhenNothingIsFound) {
+    using namespace window_system;
+    createControl(ControlKind::edit, ALL_INSTALL_PATH.controlId, "", {});
+    setControlText(ALL_INSTALL_PATH.controlId, "of a former run");
+    EXPECT_NE(failure(), "no failure");
+    EXPECT_EQ(memory::control(ALL_INSTALL_PATH.controlId)->text, "");
+    EXPECT_TRUE(memory::control(ALL_INSTALL_PATH.controlId)->enabled);
 }
 
 TEST_F(SimulatorDetection, noVersionIsFineWithALiveryFolderOfTheUsers) {
