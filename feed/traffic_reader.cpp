@@ -37,6 +37,10 @@ constexpr double notKnown = -1.0;
     throw std::runtime_error(fmt::format("{}:{}", name, text));
 }
 
+std::string positionText(const LatLon& position) {
+    return fmt::format("{:.6f},{:.6f}", position.lat, position.lon);
+}
+
 bool isNameOfNoAircraft(std::string_view callsign) {
     return callsign == "ERARMTR1" || callsign == "AIRPORT1" || callsign == "00000000";
 }
@@ -53,6 +57,11 @@ bool hasAt(std::string_view text) {
 
 bool isAirborneEnough(double altitudeFt, const std::optional<ParkingAirport>& airport) {
     return altitudeFt - (airport ? airport->elevationFt : 0) > airborneOnlyHeightFt;
+}
+
+/// Ground traffic exists for this program only round the chosen airport.
+bool isNear(const std::optional<ParkingAirport>& airport, const LatLon& position) {
+    return airport && !isFartherThan(airport->position, position, groundTrafficRadiusNm);
 }
 
 LineOutcome enqueue(FeedRecord&& record) {
@@ -100,10 +109,7 @@ LineOutcome TrafficReader::judgeAndDecode(const TrafficSurroundings& around) {
     const double feedTime = number("timestamp", traffic_field::timestamp);
     lastFeedTime = feedTime;
 
-    const LatLon position{number("lat", traffic_field::lat), number("lon", traffic_field::lon)};
-    if (!isPlausible(position)) {
-        throw std::runtime_error(fmt::format("invalid lalo: {:.6f},{:.6f}", position.lat, position.lon));
-    }
+    const LatLon position = plausiblePosition();
     if (isFartherThan(around.userLatLon, position, gRadiusNm)) {
         return LineOutcome::outOfRange;
     }
@@ -124,11 +130,8 @@ LineOutcome TrafficReader::judgeAndDecode(const TrafficSurroundings& around) {
     sample.lon = position.lon;
     sample.heading = trueHeading();
     sample.hasHeading = sample.heading.has_value();
-    const std::optional<std::uint32_t> hexid = hexidFrom(field(traffic_field::hexid));
-    if (!hexid) {
-        throw std::runtime_error(fmt::format("hexid incorrect{}", field(traffic_field::hexid)));
-    }
-    if (*hexid < lowestHexid) {
+    const std::uint32_t identity = hexid();
+    if (identity < lowestHexid) {
         return LineOutcome::hexidTooLow;
     }
     sample.gs = number("gs", traffic_field::gs);
@@ -147,8 +150,7 @@ LineOutcome TrafficReader::judgeAndDecode(const TrafficSurroundings& around) {
     if (callsign.empty() && registration.empty()) {
         return LineOutcome::nameless;
     }
-    if (!sample.airborne &&
-        (!around.parkingAirport || isFartherThan(around.parkingAirport->position, position, groundTrafficRadiusNm))) {
+    if (!sample.airborne && !isNear(around.parkingAirport, position)) {
         return LineOutcome::groundNotWanted;
     }
     sample.track = track(sample.heading);
@@ -161,16 +163,30 @@ LineOutcome TrafficReader::judgeAndDecode(const TrafficSurroundings& around) {
     sample.tas = tas(sample.alt);
     sample.slot = slotClock + delaySlots;
 
-    FeedRecord record;
-    record.type = type;
-    record.origin = origin;
-    record.destination = destination;
-    record.callsign = callsign;
-    record.registration = registration;
-    record.sample = sample;
-    record.feedTime = feedTime;
-    record.hexid = *hexid;
-    return enqueue(std::move(record));
+    return enqueue({.type = std::string(type),
+                    .origin = std::string(origin),
+                    .destination = std::string(destination),
+                    .callsign = std::string(callsign),
+                    .registration = std::string(registration),
+                    .sample = sample,
+                    .feedTime = feedTime,
+                    .hexid = identity});
+}
+
+LatLon TrafficReader::plausiblePosition() const {
+    const LatLon position{number("lat", traffic_field::lat), number("lon", traffic_field::lon)};
+    if (!isPlausible(position)) {
+        throw std::runtime_error(fmt::format("invalid lalo: {}", positionText(position)));
+    }
+    return position;
+}
+
+std::uint32_t TrafficReader::hexid() const {
+    const std::optional<std::uint32_t> value = hexidFrom(field(traffic_field::hexid));
+    if (!value) {
+        throw std::runtime_error(fmt::format("hexid incorrect{}", field(traffic_field::hexid)));
+    }
+    return *value;
 }
 
 void TrafficReader::collectCallSign() {

@@ -91,6 +91,8 @@ private:
     std::string_view field(std::size_t index) const { return fields[index]; }
     double number(const char* name, std::size_t index) const;
     std::string_view text(const char* name, std::size_t index) const;
+    LatLon plausiblePosition() const;
+    std::uint32_t hexid() const;
     double altitude(double gsKnots, const TrafficSurroundings& around) const;
     double track(const std::optional<double>& headingRad) const;
     std::optional<double> trueHeading() const;

@@ -21,6 +21,7 @@
 #include "platform/clock.h"
 #include "platform/text_encoding.h"
 #include "platform/window_system.h"
+#include "sim/flight_plan.h"
 #include "window/window_state.h"
 
 using namespace std::chrono_literals;
@@ -82,6 +83,7 @@ void stopEverything() {
     if (gf_exitReason() == ExitReason::systemError) {
         letUserReadTheError();
     }
+    gf_removeFlightPlanFolder();
     emptyWhatLastsOneRun();
 }
 

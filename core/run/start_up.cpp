@@ -24,6 +24,7 @@
 #include "platform/files.h"
 #include "platform/text_encoding.h"
 #include "platform/window_system.h"
+#include "sim/flight_plan.h"
 #include "window/window_state.h"
 
 namespace fs = std::filesystem;
@@ -115,6 +116,7 @@ void runOnce() {
     if (gf_isStopping()) {
         return;
     }
+    gf_createFlightPlanFolder();
     window_system::setTopMost(ALWAYS_ON_TOP.value);
     if (lf_startRun()) {
         gf_runLoop();

@@ -236,8 +236,8 @@ TEST_F(UdpReaderThreads, aFailedReceiveClosesAndThrows) {
         FAIL() << "no exception";
     } catch (const std::runtime_error& error) {
         // No socket at all: machines differ in what they call that.
-        EXPECT_THAT(error.what(), AnyOf("receive error: 10009 Bad file number",
-                                        "receive error: 10038 Socket operation on non-socket"));
+        EXPECT_THAT(std::string(error.what()), AnyOf("receive error: 10009 Bad file number",
+                                                     "receive error: 10038 Socket operation on non-socket"));
     }
     EXPECT_EQ(neverOpened.stopped, 1);
     platform::cleanUpSocketLibrary();

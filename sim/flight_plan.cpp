@@ -1,0 +1,108 @@
+// sim/flight_plan.cpp
+#include "sim/flight_plan.h"
+
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "core/folders.h"
+#include "core/log.h"
+#include "core/program_info.h"
+#include "platform/files.h"
+#include "platform/text_encoding.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path folder; // empty until gf_createFlightPlanFolder has run
+
+const char* rulesOf(AircraftCategory category) {
+    switch (category) {
+    case AircraftCategory::Buzjets:
+    case AircraftCategory::Large:
+    case AircraftCategory::Heavy: return "IFR";
+    default: return "VFR";
+    }
+}
+
+void logFailure(const char* routine, const std::error_code& error) {
+    log(fmt::format("{}: {}", routine, platform::readableText(error.message())));
+}
+
+std::error_code removeFolder() {
+    std::error_code error;
+    fs::remove(folder, error);
+    return error;
+}
+
+} // namespace
+
+bool gf_createFlightPlanFolder() {
+    const fs::path roaming = platform::roamingAppDataFolder();
+    if (roaming.empty()) {
+        throw std::runtime_error("Could not find the AppData path");
+    }
+    folder = roaming / programName / "orig_dest";
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) {
+        logFailure("gf_createFlightPlanFolder", error);
+    }
+    return fileExists(folder);
+}
+
+fs::path lf_flightPlanPath(std::uint32_t hexid) {
+    return folder / fmt::format("{}.pln", hexid);
+}
+
+bool lf_writeFlightPlan(const fs::path& path, const AircraftRecord& aircraft) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file) {
+        return false;
+    }
+    file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+         << "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\n"
+         << "<FlightPlan.FlightPlan>\n"
+         << "<FPType>" << rulesOf(aircraft.category) << "</FPType>\n"
+         << "<DepartureID>" << aircraft.origin << "</DepartureID>\n"
+         << "<DestinationID>" << aircraft.destination << "</DestinationID>\n"
+         << "</FlightPlan.FlightPlan>\n"
+         << "</SimBase.Document>\n"
+         << '\n';
+    return true;
+}
+
+fs::path gf_flightPlanFor(const AircraftRecord& aircraft) {
+    if (aircraft.origin.empty() || aircraft.destination.empty()) {
+        return {};
+    }
+    fs::path path = lf_flightPlanPath(aircraft.hexid);
+    return lf_writeFlightPlan(path, aircraft) ? path : fs::path();
+}
+
+void gf_removeFlightPlan(std::uint32_t hexid) {
+    std::error_code error;
+    fs::remove(lf_flightPlanPath(hexid), error);
+    if (error) {
+        logFailure("gf_removeFlightPlan", error);
+    }
+}
+
+void gf_removeFlightPlanFolder() {
+    if (folder.empty()) {
+        return;
+    }
+    std::error_code error = removeFolder();
+    if (error == std::errc::directory_not_empty) {
+        gf_removeFilesFromDirectory(folder);
+        error = removeFolder();
+    }
+    if (error) {
+        logFailure("gf_removeFlightPlanFolder", error);
+    }
+    folder.clear();
+}
