@@ -5,8 +5,11 @@
 #include <charconv>
 #include <chrono>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <fmt/format.h>
 #include <functional>
+#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
@@ -119,6 +122,10 @@ Lines variedLines(const Lines& source, std::size_t count, TrafficReader& reader,
     std::mt19937 random(1);
     std::uniform_real_distribution<double> shift(-0.03, 0.03);
     const Lines originals = linesWithOutcome(source, reader, wanted);
+    if (originals.empty()) {
+        fmt::print(stderr, "No line among {} with the outcome that is to be measured\n", source.size());
+        std::exit(1);
+    }
     Lines lines;
     while (lines.size() < count) {
         std::string line = movedLine(originals[random() % originals.size()], shift(random), shift(random));

@@ -8,6 +8,7 @@
 
 #include "core/log.h"
 #include "platform/files.h"
+#include "platform/text_encoding.h"
 
 namespace fs = std::filesystem;
 
@@ -49,7 +50,8 @@ bool copyIfThere(const fs::path& from, const fs::path& to) {
     std::error_code error;
     const bool there = fs::exists(from, error);
     if (error) {
-        logError(fmt::format("exists({}): {}", platform::utf8FromPath(from), error.message()));
+        logError(fmt::format("exists({}): {}", platform::utf8FromPath(from),
+                             platform::readableText(error.message())));
         return false;
     }
     if (!there) {
@@ -58,7 +60,7 @@ bool copyIfThere(const fs::path& from, const fs::path& to) {
     error = copyOver(from, to);
     if (error) {
         logError(fmt::format("copy {} -> {} failed: {}", platform::utf8FromPath(from), platform::utf8FromPath(to),
-                             error.message()));
+                             platform::readableText(error.message())));
         return false;
     }
     return true;

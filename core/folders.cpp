@@ -11,6 +11,7 @@
 #include "core/parameter_file.h"
 #include "platform/files.h"
 #include "platform/shell_open.h"
+#include "platform/text_encoding.h"
 #include "platform/window_system.h"
 
 namespace fs = std::filesystem;
@@ -48,17 +49,18 @@ void lf_removeFiles(const char* routine, const fs::path& folder, bool (*isWanted
             return;
         }
         for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-            if (!entry.is_regular_file() || !isWanted(entry.path())) {
+            // An entry that cannot be looked at is no file of ours, and the others go all the same.
+            std::error_code error;
+            if (!entry.is_regular_file(error) || !isWanted(entry.path())) {
                 continue;
             }
-            std::error_code error;
             if (fs::remove(entry.path(), error); error) {
-                logError(
-                    fmt::format("Failed to remove {} ({})", platform::utf8FromPath(entry.path()), error.message()));
+                logError(fmt::format("Failed to remove {} ({})", platform::utf8FromPath(entry.path()),
+                                     platform::readableText(error.message())));
             }
         }
     } catch (const std::exception& error) {
-        logError(fmt::format("{} exception: {}", routine, error.what()));
+        logError(fmt::format("{} exception: {}", routine, platform::readableText(error.what())));
     }
 }
 
@@ -101,7 +103,8 @@ void gf_openParameterFolder() {
 }
 
 void gf_openManual() {
-    lf_open(fs::absolute("docs") / "Manual.pdf", "Could not open local folder with Manual");
+    std::error_code ignored;
+    lf_open(fs::absolute("docs", ignored) / "Manual.pdf", "Could not open local folder with Manual");
 }
 
 fs::file_status fileStatus(const fs::path& path) {

@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-/// Deletes every file that lies directly in the folder; a folder that does not exist is left alone. A file that cannot be
-/// deleted is one error line and the others go; no exceptions.
+/// Deletes every file that lies directly in the folder; a folder that does not exist is left alone. A file that cannot
+/// be deleted is one error line and the others go; no exceptions.
 void gf_removeFilesFromDirectory(const std::filesystem::path& path);
 
 /// The same for the files with the extension ".xml", in whatever case.
@@ -20,8 +20,9 @@ bool isWritableFolder(const std::filesystem::path& path);
 void gf_openParameterFolder();
 void gf_openManual();
 
-// The file-system calls for code that goes by exceptions: a failure throws std::filesystem::filesystem_error with the name
-// of the operation ("status", "exists", "remove", "create_directories"). "Not found" is an answer to the first three.
+// The file-system calls for code that goes by exceptions: a failure throws std::filesystem::filesystem_error with the
+// name of the operation ("status", "exists", "remove", "create_directories"). "Not found" is an answer to the first
+// three.
 
 std::filesystem::file_status fileStatus(const std::filesystem::path& path);
 bool fileExists(const std::filesystem::path& path);

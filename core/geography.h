@@ -32,6 +32,6 @@ double greatCircleNm(const LatLon& a, const LatLon& b);
 /// Initial bearing from a to b in radians, 0 up to 2 pi.
 double bearing(const LatLon& a, const LatLon& b);
 
-/// The point `feet` away from a along the great circle that leaves it at `headingRad`; its longitude is in -180 to 180 if
-/// that of a is.
+/// The point `feet` away from a along the great circle that leaves it at `headingRad`; its longitude is in -180 to 180
+/// if that of a is.
 LatLon project(const LatLon& a, double headingRad, double feet);

@@ -22,4 +22,5 @@ private:
 
 /// Parses "3:7" (an inclusive range) or "1,4,9" (a list) of slots 0 to 47.
 /// A faulty range gives the empty set, a faulty member of a list is left out; each fault is one error line in the log.
+/// What has only blanks between two commas is no member of the list, and no fault.
 HourSet gf_hours2bitset(std::string_view text);

@@ -34,7 +34,18 @@ constexpr std::array<const char*, 7> weekdayNames{"Sun", "Mon", "Tue", "Wed", "T
 constexpr std::array<const char*, 12> monthNames{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-std::ofstream stream; // under gLogMutex
+// Large enough that the lines between two flushes seldom cost a system call; the library's own is 512 bytes on Windows.
+std::array<char, 65536> streamBuffer; // under gLogMutex
+std::ofstream stream;                 // under gLogMutex
+
+/// A disk that was full once must not silence the log for good.
+bool isReady() {
+    if (!stream.is_open()) {
+        return false;
+    }
+    stream.clear();
+    return true;
+}
 
 template <std::size_t count>
 const char* nameOf(const std::array<const char*, count>& names, int index) {
@@ -60,6 +71,7 @@ void gf_openLog() {
         const std::lock_guard lock(gLogMutex);
         stream.close();
         stream.clear();
+        stream.rdbuf()->pubsetbuf(streamBuffer.data(), streamBuffer.size());
         // Binary, so that a line ends in one line feed on every machine.
         stream.open(logFile, std::ios::out | std::ios::trunc | std::ios::binary);
         if (!stream.is_open()) {
@@ -78,21 +90,21 @@ void gf_closeLog() {
 
 void gf_flushLog() {
     const std::lock_guard lock(gLogMutex);
-    if (stream.is_open()) {
+    if (isReady()) {
         stream.flush();
     }
 }
 
 void log(std::string_view text) {
     const std::lock_guard lock(gLogMutex);
-    if (stream.is_open()) {
+    if (isReady()) {
         stream << text << '\n';
     }
 }
 
 void logError(std::string_view text) {
     const std::lock_guard lock(gLogMutex);
-    if (stream.is_open()) {
+    if (isReady()) {
         stream << "==> " << text << '\n' << std::flush;
     }
 }

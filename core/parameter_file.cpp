@@ -2,8 +2,10 @@
 #include "core/parameter_file.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -16,7 +18,9 @@
 #include "core/parameter_migration.h"
 #include "core/program_info.h"
 #include "core/program_version.h"
+#include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/text_encoding.h"
 
 namespace fs = std::filesystem;
 
@@ -82,7 +86,16 @@ void forEachRegistered(Visit visit) {
 
 // --- The document ---
 
-pugi::xml_parse_result load(pugi::xml_document& document) {
+/// Whether a load failed though the file may be sound: then nothing may replace it.
+bool isOutOfReach(pugi::xml_parse_status status) {
+    if (status == pugi::status_file_not_found) {
+        std::error_code error;
+        return fs::exists(gf_parameterFile(), error) || error;
+    }
+    return status == pugi::status_io_error || status == pugi::status_out_of_memory;
+}
+
+pugi::xml_parse_result loadOnce(pugi::xml_document& document) {
     // A folder can be opened like a file on some machines, and then claims a size beyond all memory.
     if (std::error_code ignored; !fs::is_regular_file(gf_parameterFile(), ignored)) {
         pugi::xml_parse_result none;
@@ -90,6 +103,19 @@ pugi::xml_parse_result load(pugi::xml_document& document) {
         return none;
     }
     return document.load_file(gf_parameterFile().c_str(), loadOptions);
+}
+
+/// A virus scanner or a backup may hold the file for a moment; that is waited out.
+pugi::xml_parse_result load(pugi::xml_document& document) {
+    constexpr int tries = 10;
+    constexpr std::chrono::milliseconds pause{50};
+    for (int i = 1;; ++i) {
+        const pugi::xml_parse_result result = loadOnce(document);
+        if (result || i == tries || !isOutOfReach(result.status)) {
+            return result;
+        }
+        platform::sleepFor(pause);
+    }
 }
 
 /// The element "parameters"; in files of old versions it has no "root" around it.
@@ -154,24 +180,18 @@ bool writeDocument(pugi::xml_document& document, const fs::path& file) {
     return stream.good();
 }
 
-/// The file is written beside the old one and put in its place when it is whole.
-void save(pugi::xml_document& document) {
+/// The file is written beside the old one and put in its place when it is whole. False, with an error line, when it is
+/// not.
+bool save(pugi::xml_document& document) {
     fs::path beside = gf_parameterFile();
     beside += ".new";
     if (writeDocument(document, beside) && !platform::replaceFile(beside, gf_parameterFile())) {
-        return;
+        return true;
     }
     std::error_code ignored;
     fs::remove(beside, ignored);
     logSaveFailed();
-}
-
-/// Whether a load failed though the file may be sound: then it must not be replaced by what one save knows of it.
-bool isOutOfReach(pugi::xml_parse_status status) {
-    if (status == pugi::status_file_not_found) {
-        return fs::exists(gf_parameterFile());
-    }
-    return status == pugi::status_io_error || status == pugi::status_out_of_memory;
+    return false;
 }
 
 // --- Reading ---
@@ -189,7 +209,12 @@ void readParameter(AnyParameter& parameter, pugi::xml_node parameters, const Par
 bool readFile() {
     const ParameterLock lock(gParameterMutex);
     pugi::xml_document document;
-    if (!load(document) || !parametersOf(document)) {
+    const pugi::xml_parse_result loaded = load(document);
+    if (!loaded && isOutOfReach(loaded.status)) {
+        // Defaults in its place would be saved over the user's settings.
+        throw std::runtime_error(fmt::format("{}: {}", parameterFileName, loaded.description()));
+    }
+    if (!loaded || !parametersOf(document)) {
         return false;
     }
     log(fmt::format("from '{}'", platform::utf8FromPath(gf_parameterFile())));
@@ -233,13 +258,17 @@ void storeValue(const AnyParameter& parameter) {
             logSaveFailed();
             return;
         }
-        gf_save1GenerationOf(gf_parameterFile());
+        if (!gf_save1GenerationOf(gf_parameterFile())) {
+            logSaveFailed();
+            return;
+        }
         document.reset();
     }
     const bool isOldForm = loaded && !document.child("root");
     const pugi::xml_node parameters = makeParameters(document);
-    setValue(parameters, parameter.key, currentText(parameter, lock));
-    logUnlessStopping(fmt::format("{}={}", parameter.key, currentText(parameter, lock)));
+    const std::string value = currentText(parameter, lock);
+    setValue(parameters, parameter.key, value);
+    logUnlessStopping(fmt::format("{}={}", parameter.key, value));
     if (isOldForm) {
         log("\nPlacing a root level around a new parameters.xml to make it 100% xml compliance\n");
         forEachRegistered([&](const auto& other) {
@@ -278,11 +307,16 @@ void gf_readWindowPosition() {
     }
     pugi::xml_document document;
     if (const pugi::xml_parse_result loaded = load(document); !loaded) {
+        if (isOutOfReach(loaded.status)) {
+            logError(fmt::format("{}: {}", parameterFileName, loaded.description()));
+            return;
+        }
         logError(fmt::format("{} failed to load ({}). Saved as 0.xml and removed.", parameterFileName,
                              loaded.description()));
         // A copy that failed leaves the only one where it is.
         if (std::error_code error; gf_save1GenerationOf(file) && !fs::remove(file, error)) {
-            logError(fmt::format("remove({}): {}", platform::utf8FromPath(file), error.message()));
+            logError(fmt::format("remove({}): {}", platform::utf8FromPath(file),
+                                 platform::readableText(error.message())));
         }
         return;
     }
@@ -314,7 +348,10 @@ void gf_writeDefaultParameters() {
     resetParameters();
     applyParameters();
     const ParameterLock lock(gParameterMutex);
-    gf_save1GenerationOf(gf_parameterFile());
+    if (!gf_save1GenerationOf(gf_parameterFile())) {
+        logSaveFailed();
+        return;
+    }
     pugi::xml_document document;
     const pugi::xml_node parameters = makeParameters(document);
     forEachRegistered([&](const auto& parameter) {
@@ -344,9 +381,5 @@ bool removeParameter(std::string_view key) {
         return false;
     }
     pugi::xml_node parameters = parametersOf(document);
-    if (!parameters.remove_child(find(parameters, key))) {
-        return false;
-    }
-    save(document);
-    return true;
+    return parameters.remove_child(find(parameters, key)) && save(document);
 }

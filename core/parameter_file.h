@@ -29,5 +29,5 @@ void saveParameter(const BoolParameter& parameter);
 void saveParameter(const IntParameter& parameter);
 void saveParameter(const StringParameter& parameter);
 
-/// Deletes one parameter from the file; true when it was there.
+/// Deletes one parameter from the file; true when it was there and the file is saved.
 bool removeParameter(std::string_view key);

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -91,7 +92,15 @@ void gf_migrateParameters() {
         storeThisVersion();
         return;
     }
-    const ProgramVersion former = parseVersion(stored);
+    ProgramVersion former;
+    try {
+        former = parseVersion(stored);
+    } catch (const std::runtime_error& error) {
+        // Thrown on, this would keep the user out at every start until the file is mended by hand.
+        logError(fmt::format("{} '{}': {}", PROGRAM_VERSION.key, stored, error.what()));
+        storeThisVersion();
+        return;
+    }
     if (former != thisVersion) {
         storeThisVersion();
     }

@@ -84,6 +84,9 @@ private:
 class WindowControl {
 public:
     WindowControl(int id, int y) : controlId(id), top(y) {}
+    virtual ~WindowControl() = default;
+    WindowControl(const WindowControl&) = delete;
+    WindowControl& operator=(const WindowControl&) = delete;
 
     const int controlId;
     const int top; ///< y in the client area; the x belongs to the code that creates the control

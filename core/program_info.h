@@ -1,8 +1,6 @@
 // core/program_info.h
-// What the program calls itself: its name, its version, and the lines that follow from them.
+// What the program calls itself, and the line that says whose it is.
 #pragma once
-
-#include <string>
 
 inline constexpr const char* programName = "Tarnwing_P3D";
 

@@ -24,10 +24,12 @@ Charset charsetOf(std::string_view bytes);
 /// The same for the bytes of a file; none_found when it cannot be read.
 Charset charsetOfFile(const std::filesystem::path& path);
 
-/// The lines of a text. A line has neither its line end (LF or CRLF) nor the mark; the last one needs no line end. Valid
-/// UTF-8 whatever the bytes are: what stands for no character becomes U+FFFD. Unicode of an odd size has no lines.
+/// The lines of a text. A line has neither its line end (LF, and every CR right before it) nor the mark; the last one
+/// needs no line end, but loses its CRs too. Valid UTF-8 whatever the bytes are: what stands for no character becomes
+/// U+FFFD. Unicode of an odd size has no lines.
 std::vector<std::string> linesOf(Charset charset, std::string_view bytes);
 
-/// Reads a whole file into `lines`, in place of what they held. The answer is empty on success; "open_failed", without a
-/// word in the log; or the text of the error line in the log when the charset is none or reading fails. No exceptions.
+/// Reads a whole file into `lines`, in place of what they held. The answer is empty on success; "open_failed", without
+/// a word in the log; or the text of the error line in the log when the charset is none or reading fails. No
+/// exceptions.
 std::string readLines(Charset charset, const std::filesystem::path& path, std::vector<std::string>& lines);

@@ -7,9 +7,10 @@
 
 void resetFeed() {
     gTrafficReader.reset();
-    gQnhReader.reset();
     gQnh = standardQnh;
     gWindowState.qnh = standardQnh;
     gWindowState.trafficAlive = true;
     gWindowState.weatherAlive = true;
+    // Last: a value that the reader takes meanwhile is then not known to it, and comes again with the next datagram.
+    gQnhReader.reset();
 }

@@ -5,6 +5,6 @@
 #include <string>
 #include <string_view>
 
-/// The text as one line of valid UTF-8: control characters, and all bytes outside ASCII when the text is no UTF-8, become
-/// question marks. Any other text comes back unchanged.
+/// The text as one line of valid UTF-8: control characters, and all bytes outside ASCII when the text is no UTF-8,
+/// become question marks. Any other text comes back unchanged.
 std::string asLogText(std::string_view text);

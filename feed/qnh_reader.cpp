@@ -99,7 +99,8 @@ void QnhReader::takeQnh(int hectopascal) {
 
 void QnhReader::reset() {
     resetReader();
-    // Or else the first datagram after the reset would pass for a repetition and leave the copies at the standard value.
+    // Or else the first datagram after the reset would pass for a repetition and leave the copies at the standard
+    // value.
     lastQnh = standardQnh;
 }
 

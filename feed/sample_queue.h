@@ -30,6 +30,6 @@ private:
 /// Guards gLiveSampleQueue and gAcceptSamples; held only to put a record in or take one out.
 extern std::mutex gTrafficMutex;
 extern SampleQueue gLiveSampleQueue; // under gTrafficMutex
-/// Whether the engine wants records; those that come while it does not are lost. Under gTrafficMutex, written by the run
-/// thread.
+/// Whether the engine wants records; those that come while it does not are lost. Under gTrafficMutex, written by the
+/// run thread.
 extern bool gAcceptSamples;

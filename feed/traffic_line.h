@@ -61,8 +61,8 @@ bool isWantedKind(std::string_view type, std::string_view category);
 /// Throws std::runtime_error "trueheading: {:.2f}" above 360.
 std::optional<double> headingRadFrom(double degrees);
 
-/// The altitude, or 0 when altitude (ft) and ground speed (kt) speak for an aircraft on the ground. The altitude is noisy
-/// close to the ground.
+/// The altitude, or 0 when altitude (ft) and ground speed (kt) speak for an aircraft on the ground. The altitude is
+/// noisy close to the ground.
 double altitudeOrGround(double altitudeFt, double gsKnots, double referenceElevationFt);
 
 /// A usual true airspeed (kt) at an altitude (ft).

@@ -24,7 +24,8 @@ namespace {
 constexpr std::size_t longestRegistration = 12;
 /// Lower numbers are those of static aircraft.
 constexpr std::uint32_t lowestHexid = 10001;
-/// Every aircraft runs this far behind the real one: the engine needs the samples ahead to turn, flare and rotate in time.
+/// Every aircraft runs this far behind the real one: the engine needs the samples ahead to turn, flare and rotate in
+/// time.
 constexpr std::int32_t delaySlots = 30 * slotsPerSecond;
 constexpr double groundTrafficRadiusNm = 5;
 /// Stands for a reference elevation while there is none: nothing is so low.
@@ -190,8 +191,8 @@ std::uint32_t TrafficReader::hexid() const {
 }
 
 void TrafficReader::collectCallSign() {
-    const std::string_view callsign = text("callsign", traffic_field::callsign);
-    if (callsign.empty() || hasAt(callsign)) {
+    const std::string_view callsign = textFrom(field(traffic_field::callsign));
+    if (callsign.empty() || hasAt(callsign) || !isUtf8(callsign)) {
         return;
     }
     const std::lock_guard lock(callSignMutex);

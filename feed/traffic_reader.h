@@ -76,7 +76,8 @@ public:
     std::atomic<bool> collectCallSigns{false};
     /// Hectopascal. Written by the QNH Reader thread.
     std::atomic<int> qnh{standardQnh};
-    /// The time stamp of the last line, accepted or not, seconds since 1970; 0 until the first. Read by any thread.
+    /// The time stamp of the last line whose time stamp could be read, accepted or not, seconds since 1970; 0 until the
+    /// first. Read by any thread.
     std::atomic<double> lastFeedTime{0};
 
     /// Counts, stop flag, call signs, QNH and time stamp as at the start. Run thread.

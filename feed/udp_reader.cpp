@@ -9,6 +9,7 @@
 #include "core/exit_reason.h"
 #include "core/log.h"
 #include "feed/socket_error_text.h"
+#include "platform/text_encoding.h"
 
 namespace {
 
@@ -56,12 +57,10 @@ void setLamps(std::initializer_list<std::atomic<FeedLamp>*> lamps, FeedLamp stat
 } // namespace
 
 void UdpReader::open(std::uint16_t port, bool local) {
-    throwIfFailed(platform::startSocketLibrary(), "WSA startup error: {}");
     throwIfFailed(socket.create(), "failed to create the socket, error: {}");
     throwIfFailed(socket.bind(local ? platform::BindTo::thisMachine : platform::BindTo::allAddresses, port),
                   "bind to stream socket failed, error: {}");
     boundPort = socket.boundPort();
-    boundPort.notify_all();
 }
 
 void UdpReader::receive(bool local) {
@@ -118,7 +117,6 @@ void UdpReader::deliver(std::string_view bytes) {
 
 void UdpReader::close() {
     boundPort = 0;
-    boundPort.notify_all();
     socket.shutDownAndClose();
 }
 
@@ -131,18 +129,23 @@ void UdpReader::resetReader() {
 
 void runReader(UdpReader& reader, std::string_view name, std::initializer_list<std::atomic<FeedLamp>*> lamps,
                std::uint16_t port, bool local) {
+    bool libraryStarted = false;
     try {
+        throwIfFailed(platform::startSocketLibrary(), "WSA startup error: {}");
+        libraryStarted = true;
         reader.open(port, local);
         setLamps(lamps, FeedLamp::flowing);
         log(fmt::format("{} connected", name));
         reader.receive(local);
     } catch (const std::exception& error) {
-        stopRunBecauseOf(name, error.what());
+        stopRunBecauseOf(name, platform::readableText(error.what()));
     } catch (...) {
         stopRunBecauseOf(name, "Unknown exception");
     }
     reader.close();
-    cleanUpSocketLibraryOnce();
+    if (libraryStarted) {
+        cleanUpSocketLibraryOnce();
+    }
     setLamps(lamps, FeedLamp::notRunning);
     log(fmt::format("{} disconnected", name));
 }

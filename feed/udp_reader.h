@@ -26,12 +26,12 @@ public:
     /// The receive loop has ended.
     virtual void onStopped() = 0;
 
-    /// Starts the socket library and binds to the port, of this machine alone when `local`; with port 0 the system
-    /// chooses. Throws std::runtime_error with the socket error text.
+    /// Binds to the port, of this machine alone when `local`; with port 0 the system chooses. The socket library is
+    /// started. Throws std::runtime_error with the socket error text.
     void open(std::uint16_t port, bool local);
 
-    /// Receives until stopRequested, at most a second longer; then closes the socket and calls onStopped. Datagrams that
-    /// come twice in a row are delivered once, but for a `local` sender, whose datagrams all count.
+    /// Receives until stopRequested, at most a second longer; then closes the socket and calls onStopped. A datagram
+    /// that comes twice in a row is delivered once, but for a `local` sender, whose datagrams all count.
     /// Throws std::runtime_error "receive error: {}", after closing and onStopped, when the socket fails.
     void receive(bool local);
 
@@ -45,7 +45,7 @@ public:
     std::atomic<std::uint32_t> datagramCount{0};
     /// datagramCount at the last look of the feed-lamp check. Run thread.
     std::uint32_t lastCount = 0;
-    /// The port that the socket is bound to, 0 while there is none; waiters are notified. Read by any thread.
+    /// The port that the socket is bound to, 0 while there is none. Read by any thread.
     std::atomic<std::uint16_t> boundPort{0};
 
 protected:
@@ -65,7 +65,7 @@ private:
     platform::DatagramSocket socket;
 };
 
-/// The body of a reader thread: opens, lights its lamps, receives, and at the end puts the lamps out. Lets nothing out:
-/// whatever goes wrong is shown and stops the run.
+/// The body of a reader thread: starts the socket library, opens, lights its lamps, receives, and at the end puts the
+/// lamps out. An exception on the way is shown and stops the run.
 void runReader(UdpReader& reader, std::string_view name, std::initializer_list<std::atomic<FeedLamp>*> lamps,
                std::uint16_t port, bool local);

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <stdexcept>
 #include <string>
 
 #include "core/parameter_file.h"
@@ -73,14 +72,8 @@ void checkSettings() {
     for (const StringParameter* parameter : plainStrings()) {
         require(platform::isValidUtf8(parameter->value()));
     }
-}
-
-/// A stored version that is none stops the run, after the values were read.
-bool readParameters() {
-    try {
-        return gf_readParameters();
-    } catch (const std::runtime_error&) {
-        return false;
+    for (const EditParameter* parameter : editStrings()) {
+        require(platform::isValidUtf8(parameter->value()));
     }
 }
 
@@ -96,13 +89,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     gf_readWindowPosition();
     require(isWithinLimits(MAIN_WINDOW_X) && isWithinLimits(MAIN_WINDOW_Y));
-    readParameters();
+    gf_readParameters();
     checkSettings();
 
     P3D_VERSION.value = 6;
     saveParameter(P3D_VERSION);
     P3D_VERSION.value = 5;
-    require(!readParameters());
+    require(!gf_readParameters());
     checkSettings();
     require(P3D_VERSION.value == 6);
     return 0;

@@ -1,5 +1,6 @@
 // fuzz/fuzz_traffic_datagram.cpp
 // Any bytes as a traffic datagram: no fault, and no record with a number or a text that nothing behind it could bear.
+// The first byte of an input says what the reader knows of its surroundings, the rest is the datagram.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <string_view>
 
 #include "core/injection_radius.h"
+#include "core/parameters.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/text_encoding.h"
@@ -28,6 +30,19 @@ TrafficReader& reader() {
     }();
     (void)ready;
     return one;
+}
+
+/// The bits of the first byte.
+constexpr unsigned withReferenceElevation = 1;
+constexpr unsigned airborneOnly = 2;
+
+void arrange(unsigned choice) {
+    if ((choice & withReferenceElevation) != 0) {
+        reader().setReferenceElevation(-11);
+    } else {
+        reader().clearReferenceElevation();
+    }
+    AIRBORNE_ONLY.value = (choice & airborneOnly) != 0;
 }
 
 void require(bool holds) {
@@ -53,7 +68,11 @@ void check(const FeedRecord& record) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const LineOutcome outcome = reader().processLine({reinterpret_cast<const char*>(data), size});
+    if (size == 0) {
+        return 0;
+    }
+    arrange(data[0]);
+    const LineOutcome outcome = reader().processLine({reinterpret_cast<const char*>(data) + 1, size - 1});
     require((outcome == LineOutcome::accepted) == (gLiveSampleQueue.size() == 1));
     if (const std::optional<FeedRecord> record = gLiveSampleQueue.pop()) {
         check(*record);

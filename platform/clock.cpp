@@ -23,23 +23,22 @@ std::mutex heldLock;
 std::condition_variable clockMoved;
 bool held = false; // under heldLock
 
+/// Under heldLock.
 void moveClocks(nanoseconds by) {
-    const std::lock_guard lock(heldLock);
     manualWallNs += by.count();
     manualSteadyNs += by.count();
     clockMoved.notify_all();
 }
 
 void sleepByHand(nanoseconds duration) {
-    {
-        std::unique_lock lock(heldLock);
-        if (held) {
-            const std::int64_t end = manualSteadyNs + duration.count();
-            clockMoved.wait(lock, [end] { return !held || manualSteadyNs >= end; });
-            return;
-        }
+    std::unique_lock lock(heldLock);
+    if (held) {
+        const std::int64_t end = manualSteadyNs + duration.count();
+        clockMoved.wait(lock, [end] { return !held || manualSteadyNs >= end; });
+        return;
     }
     moveClocks(duration);
+    lock.unlock();
     std::this_thread::yield();
 }
 
@@ -82,6 +81,7 @@ ManualClock::~ManualClock() {
 }
 
 void ManualClock::advance(nanoseconds by) {
+    const std::lock_guard lock(heldLock);
     moveClocks(by);
 }
 

@@ -11,7 +11,9 @@ namespace platform {
 
 namespace {
 
-std::filesystem::path chosenRoamingFolder; // set by tests, before they start threads
+// Set by tests, before they start threads.
+std::filesystem::path chosenRoamingFolder;
+std::filesystem::path chosenDocumentsFolder;
 
 } // namespace
 
@@ -21,6 +23,18 @@ std::filesystem::path roamingAppDataFolder() {
 
 void setRoamingAppDataFolder(const std::filesystem::path& folder) {
     chosenRoamingFolder = folder;
+}
+
+std::filesystem::path publicDocumentsFolder() {
+    return chosenDocumentsFolder.empty() ? systemPublicDocumentsFolder() : chosenDocumentsFolder / "public";
+}
+
+std::filesystem::path documentsFolder() {
+    return chosenDocumentsFolder.empty() ? systemDocumentsFolder() : chosenDocumentsFolder / "own";
+}
+
+void setDocumentsFolders(const std::filesystem::path& folder) {
+    chosenDocumentsFolder = folder;
 }
 
 std::filesystem::path pathFromUtf8(std::string_view text) {

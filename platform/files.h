@@ -25,6 +25,14 @@ std::filesystem::path roamingAppDataFolder();
 /// Puts another folder in its place, for tests; an empty path takes it back.
 void setRoamingAppDataFolder(const std::filesystem::path& folder);
 
+/// The documents folders that all users share and that the user owns; natively Public/Documents and Documents in the home
+/// folder.
+std::filesystem::path publicDocumentsFolder();
+std::filesystem::path documentsFolder();
+
+/// Puts the folders "public" and "own" of another folder in their place, for tests; an empty path takes it back.
+void setDocumentsFolders(const std::filesystem::path& folder);
+
 /// The machine's program-files folders, which an ordinary user cannot write to.
 std::vector<std::filesystem::path> programFilesFolders();
 

@@ -43,11 +43,13 @@ public:
     int bind(BindTo where, std::uint16_t port);
     int setReceiveTimeout(std::chrono::milliseconds timeout);
 
-    /// Waits for one datagram, at most as long as the time-out says: then the error is timedOut. One that does not fit in `size` bytes is lost and gives messageTooLong.
+    /// Waits for one datagram, at most as long as the time-out says: then the error is timedOut. One that does not fit
+    /// in `size` bytes is lost and gives messageTooLong.
     SocketResult receive(char* buffer, std::size_t size);
 
-    /// Sends one datagram to a port of this machine.
-    SocketResult sendToThisMachine(std::uint16_t port, std::string_view bytes);
+    /// Sends one datagram to a port of this machine. Each address 127.0.0.x is this machine; `lastByte` is the x, and
+    /// BindTo::thisMachine hears only that of 1.
+    SocketResult sendToThisMachine(std::uint16_t port, std::string_view bytes, std::uint8_t lastByte = 1);
 
     bool valid() const { return handle_ != invalid; }
     /// The port that it is bound to, 0 when none: with port 0 the system chooses.

@@ -7,5 +7,7 @@
 namespace platform {
 
 std::filesystem::path systemRoamingFolder();
+std::filesystem::path systemPublicDocumentsFolder();
+std::filesystem::path systemDocumentsFolder();
 
 } // namespace platform

@@ -147,7 +147,17 @@ bool isValidUtf8(std::string_view bytes) {
 }
 
 std::string readableText(std::string_view bytes) {
-    return isValidUtf8(bytes) ? std::string(bytes) : utf8FromCodePage(bytes);
+    std::string text;
+    for (std::size_t at = 0; at < bytes.size();) {
+        const std::size_t begin = at;
+        if (nextCodePoint(bytes, at)) {
+            text += bytes.substr(begin, at - begin);
+        } else {
+            at = begin + 1;
+            text += utf8FromCodePage(bytes.substr(begin, 1));
+        }
+    }
+    return text;
 }
 
 } // namespace platform

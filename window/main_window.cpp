@@ -2,6 +2,7 @@
 #include "window/main_window.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "core/parameter_file.h"
 #include "core/parameters.h"
@@ -31,9 +32,12 @@ int fittedStart(int start, int length, int areaStart, int areaEnd) {
     return std::clamp(start, areaStart - length + leastVisible, areaEnd - leastVisible);
 }
 
-void storePosition(int x, int y) {
+void takePosition(int x, int y) {
     MAIN_WINDOW_X.value = std::clamp(x, MAIN_WINDOW_X.minimum, MAIN_WINDOW_X.maximum);
     MAIN_WINDOW_Y.value = std::clamp(y, MAIN_WINDOW_Y.minimum, MAIN_WINDOW_Y.maximum);
+}
+
+void savePosition() {
     saveParameter(MAIN_WINDOW_X);
     saveParameter(MAIN_WINDOW_Y);
 }
@@ -58,16 +62,22 @@ Rectangle fittedToArea(const Rectangle& window, const Rectangle& area) {
 void fitWindowToMonitor() {
     const Rectangle stored = atStoredPosition();
     const Rectangle fitted = fittedToArea(stored, window_system::nearestWorkArea(stored));
-    if (fitted != stored) {
-        storePosition(fitted.left, fitted.top);
-        window_system::moveWindow(fitted.left, fitted.top);
+    if (fitted == stored) {
+        return;
     }
+    takePosition(fitted.left, fitted.top);
+    // Before the first reading of the parameters there may be no file: it is to be made whole, not with a position alone.
+    if (std::error_code ignored; std::filesystem::exists(gf_parameterFile(), ignored)) {
+        savePosition();
+    }
+    window_system::moveWindow(fitted.left, fitted.top);
 }
 
 void storeWindowPosition() {
     const window_system::Placement placement = window_system::windowPlacement();
     const bool standsNormally = placement.showState == window_system::ShowState::normal;
     const Rectangle at = standsNormally ? window_system::windowRectangle() : placement.normalPosition;
-    storePosition(at.left, at.top);
+    takePosition(at.left, at.top);
+    savePosition();
     fitWindowToMonitor();
 }

@@ -2,6 +2,7 @@
 #include "core/run/closing_down.h"
 
 #include <chrono>
+#include <filesystem>
 #include <mutex>
 #include <stdexcept>
 
@@ -69,6 +70,10 @@ void letUserReadTheError() {
 }
 
 void emptyWhatLastsOneRun() {
+    // A run that ended before its parameters were read leaves no file behind that holds these two alone.
+    if (std::error_code ignored; !std::filesystem::exists(gf_parameterFile(), ignored)) {
+        return;
+    }
     for (StringParameter* parameter : {static_cast<StringParameter*>(&DESTINATION),
                                        static_cast<StringParameter*>(&BLOCK_CALLSIGN)}) {
         parameter->setValue({});

@@ -11,6 +11,10 @@
 namespace {
 
 void checkFeed(UdpReader& reader, std::atomic<FeedLamp>& lamp, std::atomic<bool>& alive) {
+    // A reader that has ended is not one without data.
+    if (lamp == FeedLamp::notRunning) {
+        return;
+    }
     const std::uint32_t count = reader.datagramCount;
     if (count == reader.lastCount) {
         lamp = FeedLamp::noData;

@@ -3,6 +3,7 @@
 
 #include "core/run/process_entry.h"
 #include "platform/program_entry.h"
+#include "platform/text_encoding.h"
 #include "platform/window_system.h"
 
 int programMain(const std::vector<std::string>& arguments) {
@@ -11,7 +12,7 @@ int programMain(const std::vector<std::string>& arguments) {
         return gf_processEntry(arguments);
     } catch (const std::exception& exception) {
         // Without a log there is no other place to say it.
-        window_system::showMessageBox(exception.what());
+        window_system::showMessageBox(platform::readableText(exception.what()));
         return failed;
     }
 }

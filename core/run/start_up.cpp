@@ -55,8 +55,7 @@ constexpr std::array outOfDateFiles{
 };
 
 void requireProgramFolder() {
-    std::error_code ignored;
-    if (!fs::is_directory("docs", ignored)) {
+    if (!fs::is_directory(fileStatus("docs"))) {
         throw kvd::UserErrorException(wrongFolderError,
                                       fmt::format("{} must be run from the {} folder!", programName, programName));
     }
@@ -78,8 +77,7 @@ void endProductionStart() {
 }
 
 void detectRealTraffic() {
-    std::error_code ignored;
-    gRealTrafficHere = fs::exists(platform::roamingAppDataFolder() / "InsideSystems" / "RealTraffic.jar", ignored);
+    gRealTrafficHere = fileExists(platform::roamingAppDataFolder() / "InsideSystems" / "RealTraffic.jar");
     log(fmt::format("RealTraffic {}detected at this PC", gRealTrafficHere ? "" : "not "));
     gf_flushLog();
 }

@@ -42,14 +42,26 @@ std::error_code syncToDisk(const std::filesystem::path& path) {
     return {};
 }
 
+std::filesystem::path homeFolder() {
+    const char* home = std::getenv("HOME");
+    return home != nullptr ? home : ".";
+}
+
 } // namespace
 
 std::filesystem::path systemRoamingFolder() {
     if (const char* config = std::getenv("XDG_CONFIG_HOME"); config != nullptr && *config != '\0') {
         return config;
     }
-    const char* home = std::getenv("HOME");
-    return std::filesystem::path(home != nullptr ? home : ".") / ".config";
+    return homeFolder() / ".config";
+}
+
+std::filesystem::path systemPublicDocumentsFolder() {
+    return homeFolder() / "Public" / "Documents";
+}
+
+std::filesystem::path systemDocumentsFolder() {
+    return homeFolder() / "Documents";
 }
 
 std::vector<std::filesystem::path> programFilesFolders() {

@@ -9,9 +9,14 @@
 #include <unistd.h>
 #include <utility>
 
+#include "platform/posix/socket_codes.h"
+
 namespace platform {
 
 namespace {
+
+/// The first of the addresses 127.0.0.x.
+constexpr std::uint32_t thisMachinesAddresses = 0x7F000000;
 
 constexpr std::pair<int, int> windowsCodes[] = {
     {EINTR, 10004},
@@ -63,15 +68,6 @@ constexpr std::pair<int, int> windowsCodes[] = {
     {ENOMEM, 10055},
 };
 
-int windowsCode(int code) {
-    for (const auto& [native, windows] : windowsCodes) {
-        if (native == code) {
-            return windows;
-        }
-    }
-    return code;
-}
-
 int answer(int result) {
     return result == 0 ? 0 : windowsCode(errno);
 }
@@ -85,6 +81,15 @@ sockaddr_in address(std::uint32_t host, std::uint16_t port) {
 }
 
 } // namespace
+
+int windowsCode(int code) {
+    for (const auto& [native, windows] : windowsCodes) {
+        if (native == code) {
+            return windows;
+        }
+    }
+    return code;
+}
 
 int startSocketLibrary() {
     return 0;
@@ -126,8 +131,8 @@ SocketResult DatagramSocket::receive(char* buffer, std::size_t size) {
     return {static_cast<std::size_t>(length), 0};
 }
 
-SocketResult DatagramSocket::sendToThisMachine(std::uint16_t port, std::string_view bytes) {
-    const sockaddr_in to = address(INADDR_LOOPBACK, port);
+SocketResult DatagramSocket::sendToThisMachine(std::uint16_t port, std::string_view bytes, std::uint8_t lastByte) {
+    const sockaddr_in to = address(thisMachinesAddresses + lastByte, port);
     const ssize_t sent = sendto(static_cast<int>(handle_), bytes.data(), bytes.size(), MSG_NOSIGNAL,
                                 reinterpret_cast<const sockaddr*>(&to), sizeof to);
     if (sent < 0) {

@@ -48,7 +48,8 @@ std::filesystem::path knownFolder(const KNOWNFOLDERID& id) {
 
 std::error_code syncToDisk(const std::filesystem::path& path) {
     const FileHandle file(
-        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.valid() || !FlushFileBuffers(file.get())) {
         return lastError();
     }
@@ -59,6 +60,14 @@ std::error_code syncToDisk(const std::filesystem::path& path) {
 
 std::filesystem::path systemRoamingFolder() {
     return knownFolder(FOLDERID_RoamingAppData);
+}
+
+std::filesystem::path systemPublicDocumentsFolder() {
+    return knownFolder(FOLDERID_PublicDocuments);
+}
+
+std::filesystem::path systemDocumentsFolder() {
+    return knownFolder(FOLDERID_Documents);
 }
 
 std::vector<std::filesystem::path> programFilesFolders() {
@@ -75,8 +84,16 @@ std::error_code replaceFile(const std::filesystem::path& from, const std::filesy
     if (const std::error_code error = syncToDisk(from)) {
         return error;
     }
-    if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-        return lastError();
+    // A virus scanner or an indexer may hold a file that was just written, but only for a moment.
+    constexpr int tries = 20;
+    constexpr DWORD pauseMs = 10;
+    for (int i = 1; !MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH); ++i) {
+        const std::error_code error = lastError();
+        const bool mayPass = error.value() == ERROR_ACCESS_DENIED || error.value() == ERROR_SHARING_VIOLATION;
+        if (!mayPass || i == tries) {
+            return error;
+        }
+        Sleep(pauseMs);
     }
     return {};
 }

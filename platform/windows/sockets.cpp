@@ -10,6 +10,9 @@ namespace platform {
 
 namespace {
 
+/// The first of the addresses 127.0.0.x.
+constexpr std::uint32_t thisMachinesAddresses = 0x7F000000;
+
 SOCKET native(std::intptr_t handle) {
     return static_cast<SOCKET>(handle);
 }
@@ -69,8 +72,8 @@ SocketResult DatagramSocket::receive(char* buffer, std::size_t size) {
     return transferred(recv(native(handle_), buffer, static_cast<int>(size), 0));
 }
 
-SocketResult DatagramSocket::sendToThisMachine(std::uint16_t port, std::string_view bytes) {
-    const sockaddr_in to = address(INADDR_LOOPBACK, port);
+SocketResult DatagramSocket::sendToThisMachine(std::uint16_t port, std::string_view bytes, std::uint8_t lastByte) {
+    const sockaddr_in to = address(thisMachinesAddresses + lastByte, port);
     return transferred(sendto(native(handle_), bytes.data(), static_cast<int>(bytes.size()), 0,
                               reinterpret_cast<const sockaddr*>(&to), sizeof to));
 }

@@ -119,6 +119,20 @@ TEST(LogLines, anOrdinaryLineWaitsForTheFlush) {
     gf_closeLog();
 }
 
+TEST(LogLines, manyOrdinaryLinesWaitForTheFlush) {
+    const TemporaryFolder folder;
+    gf_openLog();
+    gf_flushLog();
+    const std::string before = readFile("Log.txt");
+    for (int i = 0; i < 100; ++i) {
+        log(std::string(99, 'x')); // more than any library buffers of its own
+    }
+    EXPECT_EQ(readFile("Log.txt"), before);
+    gf_flushLog();
+    EXPECT_EQ(readFile("Log.txt").size(), before.size() + 100 * 100);
+    gf_closeLog();
+}
+
 TEST(LogLines, anErrorLineIsMarkedAndFlushesWhatStoodBefore) {
     const TemporaryFolder folder;
     gf_openLog();

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,6 +17,7 @@
 
 #include "core/exit_reason.h"
 #include "core/injection_radius.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
@@ -83,6 +85,16 @@ protected:
         fs::path beside = gf_parameterFile();
         beside += ".new";
         writeFile(beside / "inside", "x");
+    }
+
+    /// Makes the only copy of a file that is to be replaced fail.
+    static void blockGeneration0() { writeFile(gf_parameterFolder() / "parameters0.xml" / "inside", "x"); }
+
+    /// Something that is there and cannot be read, as a file that another program holds: a folder of that name.
+    static void putFileOutOfReach() { writeFile(gf_parameterFile() / "inside", "x"); }
+
+    static std::ptrdiff_t entriesInFolder() {
+        return std::distance(fs::directory_iterator(gf_parameterFolder()), fs::directory_iterator());
     }
 
     const LogCapture log_;
@@ -172,13 +184,28 @@ TEST_F(ParameterFileTest, aFreshFileIsAnnouncedInTheLog) {
 }
 
 TEST_F(ParameterFileTest, aFreshFileAsksForBothScansThoughTheyWereOff) {
-    SCAN_LIVERIES.value = false;
-    SCAN_AIRPORTS.value = false;
+    const std::string bothOff = element("SCAN_LIVERIES", "false") + element("SCAN_AIRPORTS", "false");
+    for (const std::string& former : {"<root><parameters>" + bothOff, "<root><other>" + bothOff + "</other></root>"}) {
+        writeFile(gf_parameterFile(), former);
+        SCAN_LIVERIES.value = false;
+        SCAN_AIRPORTS.value = false;
+        EXPECT_TRUE(gf_readParameters());
+        EXPECT_TRUE(SCAN_LIVERIES.value);
+        EXPECT_TRUE(SCAN_AIRPORTS.value);
+        EXPECT_EQ(storedValue("SCAN_LIVERIES"), "true");
+        EXPECT_EQ(storedValue("SCAN_AIRPORTS"), "true");
+        const std::vector<std::string> lines = log_.lines();
+        EXPECT_THAT(std::vector<std::string>(lines.end() - 2, lines.end()),
+                    ElementsAre("SCAN_LIVERIES=true", "SCAN_AIRPORTS=true"));
+    }
+}
+
+TEST_F(ParameterFileTest, bothScansAreStoredEvenWhereTheFreshFileCouldNotBeWritten) {
+    writeFile(gf_parameterFile(), "<root><other/></root>");
+    blockGeneration0();
     EXPECT_TRUE(gf_readParameters());
-    EXPECT_TRUE(SCAN_LIVERIES.value);
-    EXPECT_TRUE(SCAN_AIRPORTS.value);
-    EXPECT_EQ(storedValue("SCAN_LIVERIES"), "true");
-    EXPECT_EQ(storedValue("SCAN_AIRPORTS"), "true");
+    EXPECT_THAT(stored(), ElementsAre(Entry{"SCAN_LIVERIES", "true"}, Entry{"SCAN_AIRPORTS", "true"}));
+    EXPECT_THAT(readFile(gf_parameterFile()), HasSubstr("<other />"));
 }
 
 TEST_F(ParameterFileTest, aFreshFileBringsTheSettingsInMemoryBackToTheirDefaults) {
@@ -255,6 +282,10 @@ TEST_F(ParameterFileTest, everyTextOfANumberEndsWithinItsLimits) {
                                            {"99999999999999999999", 60},
                                            {"1e999", 1},
                                            {"nan", 1},
+                                           {"inf", 1},
+                                           {"0x10", 16},
+                                           {"0x7FFFFFFFFF", 60},
+                                           {"-0x10", 1},
                                            {"-99999999999999999999", 1}};
     for (const auto& [text, value] : texts) {
         writeParameters(element("MAX_HOLDING_MINUTES", text));
@@ -363,6 +394,14 @@ TEST_F(ParameterFileTest, aFileWithoutARootThatWasNotReadYetKeepsItsValues) {
     EXPECT_EQ(stored().size(), defaultEntries().size());
 }
 
+TEST_F(ParameterFileTest, theWindowsPositionIsReadFromAFileWithoutARoot) {
+    writeFile(gf_parameterFile(),
+              "<parameters>" + element("MAIN_WINDOW_X", "111") + element("MAIN_WINDOW_Y", "222") + "</parameters>");
+    gf_readWindowPosition();
+    EXPECT_EQ(MAIN_WINDOW_X.value, 111);
+    EXPECT_EQ(MAIN_WINDOW_Y.value, 222);
+}
+
 // --- The window's position ---
 
 TEST_F(ParameterFileTest, theWindowsPositionIsReadAlone) {
@@ -416,10 +455,62 @@ TEST_F(ParameterFileTest, aCorruptFileIsKeptAsGeneration0AndDefaultsTakeItsPlace
 
 TEST_F(ParameterFileTest, aCorruptFileThatCannotBeKeptIsNotRemoved) {
     writeFile(gf_parameterFile(), "corrupt");
-    writeFile(gf_parameterFolder() / "parameters0.xml" / "inside", "x");
+    blockGeneration0();
     gf_readWindowPosition();
     EXPECT_EQ(readFile(gf_parameterFile()), "corrupt");
     EXPECT_THAT(log_.errors(), ElementsAre(HasSubstr("failed to load"), HasSubstr("parameters0.xml failed: ")));
+}
+
+TEST_F(ParameterFileTest, aCorruptFileThatCannotBeKeptIsNeverReplaced) {
+    writeFile(gf_parameterFile(), "corrupt");
+    blockGeneration0();
+    EXPECT_TRUE(gf_readParameters());
+    EXPECT_EQ(readFile(gf_parameterFile()), "corrupt");
+    const std::size_t errorsOfTheReading = log_.errors().size();
+    saveParameter(RANGE);
+    EXPECT_EQ(readFile(gf_parameterFile()), "corrupt");
+    const std::vector<std::string> errors = log_.errors();
+    EXPECT_THAT(
+        std::vector<std::string>(errors.begin() + static_cast<std::ptrdiff_t>(errorsOfTheReading), errors.end()),
+        ElementsAre(HasSubstr("parameters0.xml failed: "), "==> saving: " + fileName() + " failed"));
+}
+
+// --- A file that is there and cannot be read ---
+
+TEST_F(ParameterFileTest, aFileOutOfReachCostsTheWindowsPositionOneErrorLineAndStays) {
+    putFileOutOfReach();
+    const platform::ManualClock clock(platform::wallNow());
+    gf_readWindowPosition();
+    EXPECT_EQ(MAIN_WINDOW_X.value, 400);
+    EXPECT_THAT(log_.lines(), ElementsAre("==> parameters.xml: File was not found"));
+    EXPECT_TRUE(fs::exists(gf_parameterFile() / "inside"));
+    EXPECT_EQ(entriesInFolder(), 1);
+}
+
+TEST_F(ParameterFileTest, aFileOutOfReachStopsTheReadingAndNothingIsWritten) {
+    putFileOutOfReach();
+    RANGE.value = 12;
+    const platform::ManualClock clock(platform::wallNow());
+    try {
+        gf_readParameters();
+        FAIL() << "no exception";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "parameters.xml: File was not found");
+    }
+    EXPECT_EQ(RANGE.value, 12);
+    EXPECT_TRUE(fs::exists(gf_parameterFile() / "inside"));
+    EXPECT_EQ(entriesInFolder(), 1);
+}
+
+TEST_F(ParameterFileTest, aFileOutOfReachIsTriedForAWhileButAMissingOneIsNot) {
+    const platform::ManualClock clock(platform::wallNow());
+    const platform::SteadyTime begin = platform::steadyNow();
+    EXPECT_FALSE(removeParameter("RANGE"));
+    EXPECT_EQ(platform::steadyNow(), begin);
+    putFileOutOfReach();
+    EXPECT_FALSE(removeParameter("RANGE"));
+    EXPECT_GT(platform::steadyNow(), begin);
+    EXPECT_LE(platform::steadyNow(), begin + std::chrono::seconds(1));
 }
 
 // --- Saving ---
@@ -518,7 +609,8 @@ TEST_F(ParameterFileTest, aSaveWithoutTheFolderIsAnError) {
 }
 
 TEST_F(ParameterFileTest, aFileThatIsOutOfReachIsNotReplacedByOneValue) {
-    writeFile(gf_parameterFile() / "inside", "x"); // a folder can be opened by nobody as a file
+    putFileOutOfReach();
+    const platform::ManualClock clock(platform::wallNow());
     saveParameter(RANGE);
     EXPECT_TRUE(fs::is_directory(gf_parameterFile()));
     EXPECT_THAT(log_.errors(), ElementsAre("==> saving: " + fileName() + " failed"));
@@ -527,7 +619,7 @@ TEST_F(ParameterFileTest, aFileThatIsOutOfReachIsNotReplacedByOneValue) {
 TEST_F(ParameterFileTest, noHalfWrittenFileStaysBehind) {
     gf_readParameters();
     saveParameter(RANGE);
-    EXPECT_EQ(std::distance(fs::directory_iterator(gf_parameterFolder()), fs::directory_iterator()), 1);
+    EXPECT_EQ(entriesInFolder(), 1);
 }
 
 TEST_F(ParameterFileTest, aLeftOverOfABrokenSaveDoesNoHarm) {
@@ -573,6 +665,14 @@ TEST_F(ParameterFileTest, oneParameterIsRemoved) {
     EXPECT_TRUE(removeParameter("LOG"));
     EXPECT_THAT(stored(), ElementsAre(Entry{"PROGRAM_VERSION", "11.10.8"}, Entry{"RANGE", "12"}));
     EXPECT_FALSE(removeParameter("LOG"));
+}
+
+TEST_F(ParameterFileTest, aRemovalThatCannotBeSavedIsNone) {
+    writeParameters(element("LOG", "1"));
+    blockSaving();
+    EXPECT_FALSE(removeParameter("LOG"));
+    EXPECT_EQ(storedValue("LOG"), "1");
+    EXPECT_THAT(log_.errors(), ElementsAre("==> saving: " + fileName() + " failed"));
 }
 
 TEST_F(ParameterFileTest, nothingIsRemovedWithoutAFile) {

@@ -3,10 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <stdexcept>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include <fmt/format.h>
 
 #include "core/parameter_file.h"
 #include "core/parameters.h"
@@ -50,14 +54,22 @@ protected:
         resetParameters();
     }
 
-    /// The file of another version, with a setting of the user's and every key that is no longer used.
-    static void writeParametersOf(const std::string& version) {
-        std::string text = "<root><parameters><parameter name=\"PROGRAM_VERSION\" value=\"" + version +
+    /// The parameters of another version, with a setting of the user's and every key that is no longer used.
+    static std::string parametersOf(const std::string& version) {
+        std::string text = "<parameters><parameter name=\"PROGRAM_VERSION\" value=\"" + version +
                            "\"/><parameter name=\"RANGE\" value=\"65\"/>";
         for (const char* key : removedKeys) {
             text += std::string("<parameter name=\"") + key + "\" value=\"1\"/>";
         }
-        writeFile(gf_parameterFile(), text + "</parameters></root>");
+        return text + "</parameters>";
+    }
+
+    static void writeParametersOf(const std::string& version) {
+        writeFile(gf_parameterFile(), "<root>" + parametersOf(version) + "</root>");
+    }
+
+    static void writeRootlessParametersOf(const std::string& version) {
+        writeFile(gf_parameterFile(), parametersOf(version));
     }
 
     static bool fileHas(const std::string& key, const std::string& value) {
@@ -97,29 +109,26 @@ TEST_F(ParameterMigrationTest, aFileWithoutAVersionGetsThisVersionAndNothingElse
     EXPECT_TRUE(fs::exists("EHAM.xml"));
 }
 
-TEST_F(ParameterMigrationTest, aVersionThatIsNoneStopsTheRun) {
-    writeParametersOf("newest");
-    EXPECT_THROW(
-        {
-            try {
-                gf_readParameters();
-            } catch (const std::runtime_error& error) {
-                EXPECT_STREQ(error.what(), "invalid version format");
-                throw;
-            }
-        },
-        std::runtime_error);
-    writeParametersOf("11.99999999999.1");
-    EXPECT_THROW(
-        {
-            try {
-                gf_readParameters();
-            } catch (const std::runtime_error& error) {
-                EXPECT_STREQ(error.what(), "parse error in version string");
-                throw;
-            }
-        },
-        std::runtime_error);
+TEST_F(ParameterMigrationTest, aVersionThatIsNoneIsOneErrorLineAndGivesWayToThisVersion) {
+    const std::pair<const char*, const char*> faults[] = {
+        {"newest", "invalid version format"},
+        {"11.10", "invalid version format"},
+        {"11.99999999999.1", "parse error in version string"},
+    };
+    for (const auto& [version, reason] : faults) {
+        writeParametersOf(version);
+        writeFile("EHAM.xml", "x");
+        EXPECT_FALSE(gf_readParameters());
+        EXPECT_TRUE(log_.contains(fmt::format("==> PROGRAM_VERSION '{}': {}", version, reason)));
+        EXPECT_EQ(log_.lines().back(), "PROGRAM_VERSION=11.10.8");
+        EXPECT_EQ(PROGRAM_VERSION.value(), "11.10.8");
+        EXPECT_TRUE(fileHas("PROGRAM_VERSION", "11.10.8")) << version;
+        EXPECT_EQ(RANGE.value, 65) << version;
+        EXPECT_TRUE(fileHas("RANGE", "65")) << version;
+        EXPECT_TRUE(fileNames("LOG")) << version;
+        EXPECT_TRUE(fs::exists("EHAM.xml")) << version;
+    }
+    EXPECT_EQ(log_.errors().size(), std::size(faults));
 }
 
 TEST_F(ParameterMigrationTest, aFileOfANewerVersionOnlyGetsThisVersion) {
@@ -167,6 +176,30 @@ TEST_F(ParameterMigrationTest, anUpgradeFrom11_0_2KeepsTheSettingsAndDropsTheOld
     }
     expected.push_back(platform::utf8FromPath(fs::current_path()));
     EXPECT_THAT(migrationLines(), testing::ElementsAreArray(expected));
+}
+
+TEST_F(ParameterMigrationTest, anUpgradeOfAFileWithoutARootFrom11_0_1BringsTheDefaultsBack) {
+    writeRootlessParametersOf("11.0.1");
+    EXPECT_FALSE(gf_readParameters());
+    EXPECT_EQ(RANGE.value, 40);
+    EXPECT_TRUE(fileHas("RANGE", "40"));
+    EXPECT_TRUE(fileHas("PROGRAM_VERSION", "11.10.8"));
+    EXPECT_FALSE(fileNames("LOG"));
+    EXPECT_THAT(readFile(gf_parameterFile()), HasSubstr("<root>"));
+    EXPECT_THAT(readFile(gf_parameterFolder() / "parameters0.xml"), HasSubstr("name=\"RANGE\" value=\"65\""));
+}
+
+TEST_F(ParameterMigrationTest, anUpgradeOfAFileWithoutARootFrom11_0_2KeepsTheSettings) {
+    writeRootlessParametersOf("11.0.2");
+    EXPECT_FALSE(gf_readParameters());
+    EXPECT_EQ(RANGE.value, 65);
+    EXPECT_TRUE(fileHas("RANGE", "65"));
+    EXPECT_TRUE(fileHas("PROGRAM_VERSION", "11.10.8"));
+    for (const char* key : removedKeys) {
+        EXPECT_FALSE(fileNames(key)) << key;
+    }
+    EXPECT_THAT(readFile(gf_parameterFile()), HasSubstr("<root>"));
+    EXPECT_TRUE(log_.contains("Placing a root level around a new parameters.xml to make it 100% xml compliance"));
 }
 
 TEST_F(ParameterMigrationTest, anOldKeyThatIsNotThereIsNotMentioned) {

@@ -1,6 +1,7 @@
 // tests/feed/traffic_line_test.cpp
 #include "feed/traffic_line.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

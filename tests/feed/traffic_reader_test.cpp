@@ -2,6 +2,7 @@
 #include "feed/traffic_reader.h"
 
 #include <cmath>
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
@@ -72,6 +73,15 @@ protected:
         builder.with(traffic_field::lon, "4.77");
     }
 
+    void expectDroppedWithoutHeap(const TrafficLineBuilder& dropped, LineOutcome expected) {
+        const std::string line = dropped.line();
+        const std::size_t before = allocationsOfThisThread();
+        const LineOutcome result = reader.processLine(line);
+        const std::size_t after = allocationsOfThisThread();
+        EXPECT_EQ(result, expected) << line;
+        EXPECT_EQ(after, before) << line;
+    }
+
     LogCapture log;
     TrafficReader reader;
     TrafficLineBuilder builder;
@@ -137,7 +147,14 @@ TEST_F(TrafficReaderTest, afterABadLineTheNextOneIsRead) {
 TEST_F(TrafficReaderTest, theTimeStampStaysEvenIfTheLineIsDroppedLater) {
     EXPECT_EQ(outcomeWith(traffic_field::lat, "10"), LineOutcome::outOfRange);
     EXPECT_EQ(reader.lastFeedTime, 1666985865.8);
+    builder.with(traffic_field::timestamp, "1666985870.2");
     EXPECT_EQ(outcomeWith(traffic_field::lat, "x"), LineOutcome::doesNotParse);
+    EXPECT_EQ(reader.lastFeedTime, 1666985870.2);
+}
+
+TEST_F(TrafficReaderTest, aTimeStampThatCannotBeReadLeavesTheFormerOne) {
+    EXPECT_EQ(outcome(), LineOutcome::accepted);
+    EXPECT_EQ(outcomeWith(traffic_field::timestamp, "x"), LineOutcome::doesNotParse);
     EXPECT_EQ(reader.lastFeedTime, 1666985865.8);
 }
 
@@ -222,6 +239,14 @@ TEST_F(TrafficReaderTest, anAircraftBeyondTheRadiusIsDropped) {
     gRadiusNm = 2;
     EXPECT_EQ(outcome(), LineOutcome::outOfRange);
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(TrafficReaderTest, anAircraftExactlyOnTheRadiusIsWithinIt) {
+    const double distanceNm = greatCircleNm(amsterdam, {52.25382, 4.92249});
+    gRadiusNm = distanceNm;
+    EXPECT_EQ(outcome(), LineOutcome::accepted);
+    gRadiusNm = std::nextafter(distanceNm, 0);
+    EXPECT_EQ(outcome(), LineOutcome::outOfRange);
 }
 
 TEST_F(TrafficReaderTest, theRadiusLiesRoundTheUser) {
@@ -402,6 +427,26 @@ TEST_F(TrafficReaderTest, groundTrafficIsWantedOnlyNearTheParkingAirport) {
     EXPECT_EQ(outcome(), LineOutcome::groundNotWanted);
 }
 
+/// The last latitude north of Amsterdam, on its meridian, that is at most so far away.
+double lastLatWithin(double nm) {
+    double inside = amsterdam.lat;
+    double outside = amsterdam.lat + 1;
+    while (std::nextafter(inside, outside) != outside) {
+        const double middle = inside + (outside - inside) / 2;
+        (greatCircleNm(amsterdam, {middle, amsterdam.lon}) <= nm ? inside : outside) = middle;
+    }
+    return inside;
+}
+
+TEST_F(TrafficReaderTest, groundTrafficIsWantedUpToFiveMilesExactly) {
+    onGroundAtAmsterdam();
+    builder.with(traffic_field::lon, fmt::format("{}", amsterdam.lon));
+    const double lat = lastLatWithin(5);
+    EXPECT_EQ(outcomeWith(traffic_field::lat, fmt::format("{}", lat)), LineOutcome::accepted);
+    EXPECT_EQ(outcomeWith(traffic_field::lat, fmt::format("{}", std::nextafter(lat, 90))),
+              LineOutcome::groundNotWanted);
+}
+
 TEST_F(TrafficReaderTest, airborneTrafficIsWantedFarFromTheParkingAirport) {
     reader.setParkingAirport(ParkingAirport{{50, 8}, 364});
     EXPECT_EQ(outcome(), LineOutcome::accepted);
@@ -414,6 +459,12 @@ TEST_F(TrafficReaderTest, anEmptyTrackIsTheHeadingWhenThereIsOne) {
     EXPECT_EQ(sampleWith(traffic_field::track, "").track, 0);
     EXPECT_EQ(sampleWith(traffic_field::track, "0").track, 0);
     EXPECT_EQ(sampleWith(traffic_field::track, "0.01").track, 0.01);
+}
+
+TEST_F(TrafficReaderTest, aTrackThatIsNotKnownIs360WithATrueHeadingOfZero) {
+    builder.with(traffic_field::trueHeading, "0.0");
+    EXPECT_EQ(sampleWith(traffic_field::track, "0").track, 360);
+    EXPECT_EQ(sampleWith(traffic_field::track, "").track, 360);
 }
 
 TEST_F(TrafficReaderTest, theRollIsTurnedToTheSimulatorsSense) {
@@ -518,7 +569,6 @@ TEST_F(TrafficReaderTest, noGarbageEverReachesASample) {
 }
 
 TEST_F(TrafficReaderTest, aDroppedLineTakesNothingFromTheHeap) {
-    AIRBORNE_ONLY.value = true;
     const std::vector<std::pair<TrafficLineBuilder, LineOutcome>> droppedLines{
         {TrafficLineBuilder().with(traffic_field::lat, "10"), LineOutcome::outOfRange},
         {TrafficLineBuilder().with(traffic_field::lon, "5.9"), LineOutcome::outOfRange},
@@ -526,20 +576,19 @@ TEST_F(TrafficReaderTest, aDroppedLineTakesNothingFromTheHeap) {
         {TrafficLineBuilder().with(traffic_field::registration, "1234567890123"), LineOutcome::registrationTooLong},
         {TrafficLineBuilder().with(traffic_field::category, "C1"), LineOutcome::unwantedKind},
         {TrafficLineBuilder().with(traffic_field::hexid, "5"), LineOutcome::hexidTooLow},
-        {TrafficLineBuilder().with(traffic_field::altitude, "200"), LineOutcome::notAirborneEnough},
         {TrafficLineBuilder().with(traffic_field::callsign, "AIRPORT1"), LineOutcome::unwantedCallSign},
         {TrafficLineBuilder().with(traffic_field::callsign, "").with(traffic_field::registration, ""),
          LineOutcome::nameless},
+        {TrafficLineBuilder().with(traffic_field::altitude, "0"), LineOutcome::groundNotWanted},
     };
     reader.processLine(builder.line());
     for (const auto& [dropped, expected] : droppedLines) {
-        const std::string line = dropped.line();
-        const std::size_t before = allocationsOfThisThread();
-        const LineOutcome result = reader.processLine(line);
-        const std::size_t after = allocationsOfThisThread();
-        EXPECT_EQ(result, expected);
-        EXPECT_EQ(after, before) << line;
+        expectDroppedWithoutHeap(dropped, expected);
     }
+    AIRBORNE_ONLY.value = true;
+    expectDroppedWithoutHeap(TrafficLineBuilder().with(traffic_field::altitude, "200"), LineOutcome::notAirborneEnough);
+    gAcceptSamples = false;
+    expectDroppedWithoutHeap(builder, LineOutcome::refused);
 }
 
 TEST_F(TrafficReaderTest, anAcceptedLineTakesOnlyItsOwnTextsFromTheHeap) {

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <vector>
 
 #include "platform/timer_resolution.h"
+#include "tests/support/eventually.h"
 
 using namespace std::chrono_literals;
 using platform::ManualClock;
@@ -16,6 +18,30 @@ using platform::wallNow;
 namespace {
 
 const platform::WallTime someDay{std::chrono::seconds(1'666'955'045)};
+
+/// A thread that sleeps once.
+class Sleeper {
+public:
+    explicit Sleeper(std::chrono::steady_clock::duration length)
+        : thread_([this, length] {
+              const auto begin = steadyNow();
+              platform::sleepFor(length);
+              slept_ = steadyNow() - begin;
+              awake_ = true;
+          }) {}
+    ~Sleeper() { thread_.join(); }
+    Sleeper(const Sleeper&) = delete;
+    Sleeper& operator=(const Sleeper&) = delete;
+
+    bool isAwake() const { return awake_; }
+    /// By the clock; once it is awake.
+    std::chrono::steady_clock::duration slept() const { return slept_; }
+
+private:
+    std::chrono::steady_clock::duration slept_{};
+    std::atomic<bool> awake_{false};
+    std::thread thread_; // last: it uses the others
+};
 
 } // namespace
 
@@ -36,11 +62,11 @@ TEST(Clock, theSteadyClockNeverGoesBack) {
     }
 }
 
-TEST(Clock, aSleepLastsAtLeastItsLength) {
+TEST(Clock, aSleepLastsItsLengthToTheGrainOfTheTimer) {
     const platform::TimerResolution resolution(1);
     const auto before = steadyNow();
     platform::sleepFor(5ms);
-    EXPECT_GE(steadyNow() - before, 5ms);
+    EXPECT_GE(steadyNow() - before, 4ms);
 }
 
 TEST(ManualClock, standsAtItsTimeUntilItIsMoved) {
@@ -103,6 +129,40 @@ TEST(ManualClockThreads, everySleepOfEveryThreadMovesTheTime) {
     }
     EXPECT_EQ(wallNow(), someDay + 4s);
     EXPECT_EQ(steadyNow(), steady + 4s);
+}
+
+TEST(ManualClockThreads, aHeldSleepLastsUntilTheClockWasMovedPastItsEnd) {
+    ManualClock clock(someDay);
+    clock.hold();
+    const Sleeper brief(1s);
+    const Sleeper longer(1000h);
+    EXPECT_TRUE(eventually([&] {
+        clock.advance(100ms);
+        return brief.isAwake();
+    }));
+    EXPECT_GE(brief.slept(), 1s);
+    EXPECT_FALSE(longer.isAwake());
+    EXPECT_TRUE(eventually([&] {
+        clock.advance(400h);
+        return longer.isAwake();
+    }));
+    EXPECT_GE(longer.slept(), 1000h);
+    clock.release();
+}
+
+TEST(ManualClockThreads, aReleaseEndsEverySleepAndTheNextOnesMoveTheClockAgain) {
+    ManualClock clock(someDay);
+    clock.hold();
+    {
+        const Sleeper one(1h);
+        const Sleeper other(2h);
+        clock.release();
+        EXPECT_TRUE(eventually([&] { return one.isAwake() && other.isAwake(); }));
+        clock.advance(2h); // where the release failed, so that the threads end
+    }
+    const auto before = wallNow();
+    platform::sleepFor(5s);
+    EXPECT_EQ(wallNow(), before + 5s);
 }
 
 TEST(TimerResolution, ofAMillisecondIsGiven) {

@@ -15,6 +15,8 @@ using platform::SocketResult;
 namespace {
 
 constexpr int addressInUse = 10048;
+/// Of an address of this machine that is not the usual 127.0.0.1.
+constexpr std::uint8_t otherAddress = 2;
 /// Long enough for any machine, and only waited for when a datagram is lost.
 constexpr auto patience = 20s;
 
@@ -68,7 +70,7 @@ TEST_F(Sockets, aDatagramArrivesAsItWasSent) {
     EXPECT_EQ(received(result), std::string("RTTFC,\0,\xFF", 9));
 }
 
-TEST_F(Sockets, aSocketBoundToAllAddressesHearsThisMachine) {
+TEST_F(Sockets, aSocketBoundToAllAddressesHearsThemAll) {
     DatagramSocket receiver;
     ASSERT_EQ(receiver.create(), 0);
     ASSERT_EQ(receiver.bind(BindTo::allAddresses, 0), 0);
@@ -76,7 +78,21 @@ TEST_F(Sockets, aSocketBoundToAllAddressesHearsThisMachine) {
     DatagramSocket sender;
     ASSERT_EQ(sender.create(), 0);
 
-    sender.sendToThisMachine(receiver.boundPort(), "hello");
+    EXPECT_EQ(sender.sendToThisMachine(receiver.boundPort(), "hello").error, 0);
+    EXPECT_EQ(sender.sendToThisMachine(receiver.boundPort(), "elsewhere", otherAddress).error, 0);
+
+    EXPECT_EQ(received(receive(receiver)), "hello");
+    EXPECT_EQ(received(receive(receiver)), "elsewhere");
+}
+
+TEST_F(Sockets, aSocketBoundToThisMachineHearsItsUsualAddressAlone) {
+    DatagramSocket receiver;
+    listen(receiver);
+    DatagramSocket sender;
+    ASSERT_EQ(sender.create(), 0);
+
+    EXPECT_EQ(sender.sendToThisMachine(receiver.boundPort(), "elsewhere", otherAddress).error, 0);
+    EXPECT_EQ(sender.sendToThisMachine(receiver.boundPort(), "hello").error, 0);
 
     EXPECT_EQ(received(receive(receiver)), "hello");
 }

@@ -6,6 +6,8 @@
 #include <random>
 #include <stdexcept>
 
+#include "tests/support/code_page.h"
+
 using namespace std::string_literals;
 
 namespace {
@@ -120,18 +122,62 @@ TEST(RepairedUtf8, isValidWhateverTheInput) {
     }
 }
 
-TEST(CodePage, westernBytesBecomeUtf8) {
+TEST(CodePage, plainTextStaysAsItIs) {
     EXPECT_EQ(platform::utf8FromCodePage(""), "");
     EXPECT_EQ(platform::utf8FromCodePage("plain\r\n"), "plain\r\n");
+}
+
+TEST(CodePage, westernBytesBecomeUtf8) {
+    if (!isCodePageWestern()) {
+        GTEST_SKIP() << "this system has another code page";
+    }
     EXPECT_EQ(platform::utf8FromCodePage("Z\xFCrich \x80 \x93quoted\x94 \xFF"),
               "Z\u00FCrich \u20AC \u201Cquoted\u201D \u00FF");
 }
 
+TEST(CodePage, anyBytesBecomeValidUtf8) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 2'000; ++round) {
+        std::string bytes(random() % 12, '\0');
+        for (char& byte : bytes) {
+            byte = static_cast<char>(random());
+        }
+        EXPECT_TRUE(platform::isValidUtf8(platform::utf8FromCodePage(bytes))) << testing::PrintToString(bytes);
+        EXPECT_TRUE(platform::isValidUtf8(platform::readableText(bytes))) << testing::PrintToString(bytes);
+    }
+}
+
 TEST(CodePage, everyByteHasAMeaning) {
+    if (!isCodePageWestern()) {
+        GTEST_SKIP() << "this system has another code page";
+    }
     for (int byte = 0; byte < 256; ++byte) {
         const std::string text = platform::utf8FromCodePage(std::string(1, static_cast<char>(byte)));
         EXPECT_TRUE(platform::isValidUtf8(text)) << byte;
         EXPECT_EQ(platform::utf16FromUtf8(text).size(), 1u) << byte;
         EXPECT_EQ(text.find("\uFFFD"), std::string::npos) << byte;
     }
+}
+
+TEST(ReadableText, validUtf8StaysAsItIs) {
+    for (const auto& [utf8, utf16] : samePairs) {
+        EXPECT_EQ(platform::readableText(utf8), utf8);
+    }
+}
+
+TEST(ReadableText, bytesOfTheCodePageBecomeUtf8) {
+    if (!isCodePageWestern()) {
+        GTEST_SKIP() << "this system has another code page";
+    }
+    EXPECT_EQ(platform::readableText("Acc\xE8s refus\xE9"), "Acc\u00E8s refus\u00E9");
+    EXPECT_EQ(platform::readableText("\x80"), "\u20AC");
+    EXPECT_EQ(platform::readableText("cut off \xC3"), "cut off \u00C3");
+}
+
+TEST(ReadableText, aUtf8PathInsideAMessageOfTheCodePageKeepsItsLetters) {
+    if (!isCodePageWestern()) {
+        GTEST_SKIP() << "this system has another code page";
+    }
+    EXPECT_EQ(platform::readableText("refus\xE9: [C:\\Z\u00FCrich \u20AC\\\u6771] \xE0 lire"),
+              "refus\u00E9: [C:\\Z\u00FCrich \u20AC\\\u6771] \u00E0 lire");
 }

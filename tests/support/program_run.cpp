@@ -58,9 +58,9 @@ void ProgramRun::start(const std::vector<std::string>& arguments) {
         windowThread_.join();
     }
     windowThread_ = std::thread([all, promise = std::move(code)]() mutable {
-        const int result = gf_processEntry(all);
+        promise.set_value(gf_processEntry(all));
+        // A window system without a window manager may take seconds for this; the program's own end is told before.
         window_system::destroyWindow();
-        promise.set_value(result);
     });
 }
 

@@ -1,6 +1,7 @@
 // tests/support/recorded_lines.cpp
 #include "tests/support/recorded_lines.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <memory>

@@ -1,20 +1,26 @@
-// parameters.xml when the machine fails: a process that dies during a save, a disk that is full.
+// parameters.xml when the machine fails: a process that dies during a save, a disk that is full, a file out of reach.
 #include "core/parameter_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <mutex>
 #include <random>
-#include <sys/resource.h>
+#include <stdexcept>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/posix/full_disk.h"
+#include "tests/support/posix/other_user.h"
 #include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
@@ -85,27 +91,6 @@ TEST(ParameterFilePowerCut, aProcessKilledDuringASaveLosesNothingThatWasSaved) {
     toDefaults();
 }
 
-/// No file of this process grows beyond this size while it lives, as on a full disk.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &former_);
-        formerAction_ = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, former_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &former_);
-        std::signal(SIGXFSZ, formerAction_);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit former_{};
-    void (*formerAction_)(int) = SIG_DFL;
-};
-
 TEST(ParameterFilePowerCut, aFullDiskLeavesTheOldFileWhole) {
     const LogCapture log;
     fs::create_directories(gf_parameterFolder());
@@ -125,6 +110,65 @@ TEST(ParameterFilePowerCut, aFullDiskLeavesTheOldFileWhole) {
 
     saveParameter(RANGE);
     EXPECT_NE(readFile(gf_parameterFile()), before);
+    toDefaults();
+}
+
+TEST(ParameterFileReach, aFileThatTheUserMayNotReadStopsTheReadingAndStays) {
+    const LogCapture log;
+    fs::create_directories(gf_parameterFolder());
+    toDefaults();
+    gf_writeDefaultParameters();
+    const std::string before = readFile(gf_parameterFile());
+    fs::permissions(gf_parameterFolder(), fs::perms::all); // a new file could be written
+    fs::permissions(gf_parameterFile(), fs::perms::none);
+    const platform::ManualClock clock(platform::wallNow());
+    {
+        const OtherUser user;
+        if (!user.became()) {
+            GTEST_SKIP() << "this process cannot become another user";
+        }
+        gf_readWindowPosition();
+        EXPECT_THROW(gf_readParameters(), std::runtime_error);
+        saveParameter(RANGE);
+    }
+    EXPECT_EQ(readFile(gf_parameterFile()), before);
+    EXPECT_EQ(std::distance(fs::directory_iterator(gf_parameterFolder()), fs::directory_iterator()), 1);
+    EXPECT_THAT(log.errors(),
+                testing::ElementsAre("==> parameters.xml: File was not found",
+                                     "==> saving: " + platform::utf8FromPath(gf_parameterFile()) + " failed"));
+}
+
+bool someThreadHoldsTheParameters() {
+    const std::unique_lock lock(gParameterMutex, std::try_to_lock);
+    return !lock.owns_lock();
+}
+
+TEST(ParameterFileReachThreads, aSaveWaitsForAFileThatIsHeldForAMoment) {
+    const LogCapture log;
+    fs::create_directories(gf_parameterFolder());
+    toDefaults();
+    gf_writeDefaultParameters();
+    fs::rename(gf_parameterFile(), "sound.xml");
+    fs::create_directory_symlink(fs::current_path(), gf_parameterFile()); // a folder is no readable file
+    platform::ManualClock clock(platform::wallNow());
+    clock.hold();
+    std::atomic<bool> saved{false};
+    std::thread saver([&saved] {
+        RANGE.value = 12;
+        saveParameter(RANGE);
+        saved = true;
+    });
+    EXPECT_TRUE(eventually(someThreadHoldsTheParameters));
+    fs::rename("sound.xml", gf_parameterFile());
+    EXPECT_TRUE(eventually([&] {
+        clock.advance(std::chrono::milliseconds(1));
+        return saved.load();
+    }));
+    clock.release();
+    saver.join();
+    EXPECT_NE(readFile(gf_parameterFile()).find("name=\"RANGE\" value=\"12\""), std::string::npos);
+    EXPECT_TRUE(isComplete(gf_parameterFile()));
+    EXPECT_THAT(log.errors(), testing::IsEmpty());
     toDefaults();
 }
 

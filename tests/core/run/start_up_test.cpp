@@ -16,6 +16,7 @@
 #include "platform/files.h"
 #include "platform/window_system.h"
 #include "core/user_error.h"
+#include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"
 #include "window/window_state.h"
@@ -115,6 +116,16 @@ TEST(StartUpThreads, destinationAndBlockedCallSignDoNotSurviveARun) {
     const std::string file = readFile(gf_parameterFile());
     EXPECT_EQ(file.find("LSZH"), std::string::npos);
     EXPECT_EQ(file.find("SWR1"), std::string::npos);
+}
+
+TEST(StartUpThreads, theFolderOfFlightPlansLastsAsLongAsTheRun) {
+    ProgramRun run;
+    const fs::path plans = run.folder() / "roaming" / "Tarnwing_P3D" / "orig_dest";
+    run.start();
+    ASSERT_TRUE(eventually([&] { return fs::is_directory(plans); })) << run.log();
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_FALSE(fs::exists(plans));
 }
 
 TEST(StartUpThreads, anUnreadableParameterFileStartsFreshAndIsKept) {

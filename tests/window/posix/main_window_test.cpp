@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <random>
+#include <string>
 
 #include "core/parameter_file.h"
 #include "core/parameters.h"
@@ -83,6 +85,25 @@ TEST_F(MainWindow, aPositionThatHadToChangeIsSaved) {
     MAIN_WINDOW_X.value = 0;
     gf_readWindowPosition();
     EXPECT_EQ(MAIN_WINDOW_X.value, 1280 - 48);
+}
+
+TEST_F(MainWindow, aPositionThatHadToChangeMakesNoFileBeforeTheFirstReading) {
+    memory::setMonitors({{0, 0, 640, 480}});
+    ASSERT_TRUE(initInstance("test"));
+    EXPECT_EQ(window_system::windowRectangle().left, 0);
+    EXPECT_FALSE(std::filesystem::exists(gf_parameterFile()));
+    EXPECT_TRUE(gf_readParameters());
+    EXPECT_NE(readFile(gf_parameterFile()).find("\"BLOCK_CALLSIGN\""), std::string::npos);
+}
+
+TEST_F(MainWindow, aCorruptFileIsMadeFreshOnASmallMonitorToo) {
+    memory::setMonitors({{0, 0, 640, 480}});
+    writeFile(gf_parameterFile(), "<root><parameters>");
+    ASSERT_TRUE(initInstance("test"));
+    EXPECT_EQ(window_system::windowRectangle().left, 0);
+    EXPECT_TRUE(gf_readParameters());
+    EXPECT_NE(readFile(gf_parameterFile()).find("\"BLOCK_CALLSIGN\""), std::string::npos);
+    EXPECT_EQ(readFile(gf_parameterFolder() / "parameters0.xml"), "<root><parameters>");
 }
 
 TEST_F(MainWindow, aRefusedWindowIsAFailure) {
