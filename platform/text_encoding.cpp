@@ -148,16 +148,18 @@ bool isValidUtf8(std::string_view bytes) {
 
 std::string readableText(std::string_view bytes) {
     std::string text;
+    std::string foreign; // converted in one go: a code page may use several bytes for a character
     for (std::size_t at = 0; at < bytes.size();) {
         const std::size_t begin = at;
         if (nextCodePoint(bytes, at)) {
-            text += bytes.substr(begin, at - begin);
+            text.append(utf8FromCodePage(foreign)).append(bytes.substr(begin, at - begin));
+            foreign.clear();
         } else {
+            foreign += bytes[begin];
             at = begin + 1;
-            text += utf8FromCodePage(bytes.substr(begin, 1));
         }
     }
-    return text;
+    return text + utf8FromCodePage(foreign);
 }
 
 } // namespace platform
