@@ -239,6 +239,10 @@ void destroyWindow() {
     change([](State& s) {
         s.windowExists = false;
         s.controls.clear();
+        // What was meant for this window does not reach the next one.
+        s.closeClicked = false;
+        s.posted.clear();
+        s.paintWanted = false;
     });
 }
 

@@ -42,7 +42,9 @@ ProgramRun::ProgramRun() {
 
 ProgramRun::~ProgramRun() {
     if (windowThread_.joinable()) {
-        window_system::clickClose();
+        if (!quitCode()) {
+            window_system::clickClose();
+        }
         windowThread_.join();
     }
     resetProgram();
