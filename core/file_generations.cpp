@@ -50,8 +50,7 @@ bool copyIfThere(const fs::path& from, const fs::path& to) {
     std::error_code error;
     const bool there = fs::exists(from, error);
     if (error) {
-        logError(fmt::format("exists({}): {}", platform::utf8FromPath(from),
-                             platform::readableText(error.message())));
+        logError(fmt::format("exists({}): {}", platform::utf8FromPath(from), platform::readableText(error.message())));
         return false;
     }
     if (!there) {

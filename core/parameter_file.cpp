@@ -315,8 +315,8 @@ void gf_readWindowPosition() {
                              loaded.description()));
         // A copy that failed leaves the only one where it is.
         if (std::error_code error; gf_save1GenerationOf(file) && !fs::remove(file, error)) {
-            logError(fmt::format("remove({}): {}", platform::utf8FromPath(file),
-                                 platform::readableText(error.message())));
+            logError(
+                fmt::format("remove({}): {}", platform::utf8FromPath(file), platform::readableText(error.message())));
         }
         return;
     }

@@ -20,14 +20,14 @@ inline constexpr std::int32_t noThrottleIndex = 5;
 inline constexpr std::int32_t initialFlapsIndex = 4;
 
 struct AircraftRecord {
-    std::string airline;      ///< three-letter operator code, or "PVT"
-    std::string model;        ///< ICAO type code
-    std::string origin;       ///< departure code, may be empty
-    std::string destination;  ///< may be empty
-    std::string callsign;     ///< as delivered; a trailing "_" marks a ghost
-    std::string flightCode1;  ///< copy of the call sign at creation and at each accepted change of it
-    std::string flightCode2;  ///< a second code of static aircraft
-    std::string registration; ///< tail number, may be empty
+    std::string airline;                ///< three-letter operator code, or "PVT"
+    std::string model;                  ///< ICAO type code
+    std::string origin;                 ///< departure code, may be empty
+    std::string destination;            ///< may be empty
+    std::string callsign;               ///< as delivered; a trailing "_" marks a ghost
+    std::string flightCode1;            ///< copy of the call sign at creation and at each accepted change of it
+    std::string flightCode2;            ///< a second code of static aircraft
+    std::string registration;           ///< tail number, may be empty
     std::uint8_t staticTwinChecked = 0; ///< set once the once-only twin look-up has run
 
     double halfWingSpan = 0;    ///< nautical miles
@@ -49,20 +49,21 @@ struct AircraftRecord {
     std::int32_t rotateSlots = 0;
     std::int32_t climbPitchSlots = 0;
 
-    std::uint8_t isCargo = 0;          ///< a freighter, which may stay longer on a stand
-    std::uint8_t reverseOnLanding = 0; ///< its throttle levers go to minus 100 per cent at touchdown instead of plus 100
-    std::uint32_t objectId = 0;        ///< in the simulator; 0 while none
+    std::uint8_t isCargo = 0; ///< a freighter, which may stay longer on a stand
+    std::uint8_t reverseOnLanding =
+        0;                      ///< its throttle levers go to minus 100 per cent at touchdown instead of plus 100
+    std::uint32_t objectId = 0; ///< in the simulator; 0 while none
 
     LatLon standPos;
-    double standHeading = 0;                          ///< radians
+    double standHeading = 0;                           ///< radians
     std::pair<std::int32_t, std::int32_t> parkedSince; ///< weekday 1 to 7 and half hour 0 to 47
-    std::int32_t standId = 0;                         ///< 0 while none
+    std::int32_t standId = 0;                          ///< 0 while none
 
     LifeState lifeState = LifeState::buffer;
     std::int32_t throttleIndex = noThrottleIndex; ///< last index sent
     std::int32_t flapsIndex = initialFlapsIndex;  ///< last index sent
     std::uint8_t standCargo = 0;                  ///< cargo attribute of the stand when it was assigned
-    std::uint8_t removeWhenAdded = 0;  ///< removal was asked while the create request is with the simulator
+    std::uint8_t removeWhenAdded = 0;             ///< removal was asked while the create request is with the simulator
     std::uint8_t dropRecord = 0;       ///< erase the record at the end of this tick; nothing is in the simulator
     std::uint8_t dropRecordQueued = 0; ///< the same, when a queued create request was withdrawn
 };

@@ -51,25 +51,25 @@ struct LiveAircraft : AircraftRecord {
     double lastFeedTime = 0; ///< feed time stamp of the last accepted sample, seconds
     double lastConflictLat = 0;
     double lastConflictLon = 0;
-    std::int64_t parkedAt = 0;       ///< ticks of 100 ns at arrival on the stand
-    std::int32_t extensions = 0;     ///< samples by which the stream may still be extended; -1 when they were used up
-    std::int32_t holdStartSlot = 0;  ///< slotClock when holding began
+    std::int64_t parkedAt = 0;      ///< ticks of 100 ns at arrival on the stand
+    std::int32_t extensions = 0;    ///< samples by which the stream may still be extended; -1 when they were used up
+    std::int32_t holdStartSlot = 0; ///< slotClock when holding began
     FlightPhase phase = FlightPhase::birth;         ///< changed by changePhase alone
     FlightPhase previousPhase = FlightPhase::birth; ///< before the last real change
-    std::uint8_t seenAtStand = 0;    ///< a sample confirmed the aircraft at its stand
-    std::uint8_t onGround = 0;       ///< driven as a ground object
-    std::uint8_t hasFlightPlan = 0;  ///< a flight-plan file was attached
-    std::uint8_t hiddenForUser = 0;  ///< samples are skipped because it would collide with the user
-    std::uint8_t holding = 0;        ///< still on a taxiway or runway, its stream held
+    std::uint8_t seenAtStand = 0;                   ///< a sample confirmed the aircraft at its stand
+    std::uint8_t onGround = 0;                      ///< driven as a ground object
+    std::uint8_t hasFlightPlan = 0;                 ///< a flight-plan file was attached
+    std::uint8_t hiddenForUser = 0;                 ///< samples are skipped because it would collide with the user
+    std::uint8_t holding = 0;                       ///< still on a taxiway or runway, its stream held
 
     // Per-slot increments, computed for each leg.
-    double dLat = 0;     ///< degrees
-    double dLon = 0;     ///< degrees
-    double dPitch = 0;   ///< radians
-    double dBank = 0;    ///< radians
-    double dHeading = 0; ///< radians
-    double dAlt = 0;     ///< feet
-    double vsFpm = 0;    ///< feet per minute
+    double dLat = 0;      ///< degrees
+    double dLon = 0;      ///< degrees
+    double dPitch = 0;    ///< radians
+    double dBank = 0;     ///< radians
+    double dHeading = 0;  ///< radians
+    double dAlt = 0;      ///< feet
+    double vsFpm = 0;     ///< feet per minute
     double tasSigned = 0; ///< knots; negative while pushing back
 
     GroundCurve curve;
@@ -79,35 +79,35 @@ struct LiveAircraft : AircraftRecord {
     Sample pushSecondLeg;    ///< held second leg of a push-back
     double lastParkCheckLat = 0;
     double lastParkCheckLon = 0;
-    std::int32_t maxEarlier = initialTimeShiftSlots; ///< by which a sample time may be moved earlier
-    std::int32_t maxLater = initialTimeShiftSlots;   ///< by which a sample time may be moved later
-    std::int32_t groundSlots = 1;      ///< down-counter of the take-off and landing scripts
-    std::int32_t pushStep = 0;         ///< 2, then 1, then 0 while pushing back
-    std::uint32_t standCheckCount = 0; ///< samples counted as moving away from the stand
-    double targetHeading = 0;          ///< radians, that the ground step turns towards
+    std::int32_t maxEarlier = initialTimeShiftSlots;   ///< by which a sample time may be moved earlier
+    std::int32_t maxLater = initialTimeShiftSlots;     ///< by which a sample time may be moved later
+    std::int32_t groundSlots = 1;                      ///< down-counter of the take-off and landing scripts
+    std::int32_t pushStep = 0;                         ///< 2, then 1, then 0 while pushing back
+    std::uint32_t standCheckCount = 0;                 ///< samples counted as moving away from the stand
+    double targetHeading = 0;                          ///< radians, that the ground step turns towards
     double altAboveGround = initialAltAboveGroundFeet; ///< feet
-    double altAboveRunway = 0;         ///< feet
-    double touchdownHeading = 0;       ///< radians
-    double pushedBackDistance = 0;     ///< nautical miles
-    double firstStandDistance = 0;     ///< nautical miles
-    double lastStandDistance = 0;      ///< nautical miles
-    double turnError = 0;              ///< degrees
-    std::optional<double> respawnHeading; ///< radians, kept after a livery respawn
-    std::uint8_t pushLeft = 0;         ///< direction of a curved push-back
+    double altAboveRunway = 0;                         ///< feet
+    double touchdownHeading = 0;                       ///< radians
+    double pushedBackDistance = 0;                     ///< nautical miles
+    double firstStandDistance = 0;                     ///< nautical miles
+    double lastStandDistance = 0;                      ///< nautical miles
+    double turnError = 0;                              ///< degrees
+    std::optional<double> respawnHeading;              ///< radians, kept after a livery respawn
+    std::uint8_t pushLeft = 0;                         ///< direction of a curved push-back
     std::uint8_t pushSideKnown = 0;
-    std::optional<double> runwayAlt;   ///< feet
-    std::int32_t flareStage = 0;       ///< 0 to 4
-    std::uint8_t landing = 0;          ///< the landing script runs
-    std::uint8_t landedHere = 0;       ///< so a later stand move may be a tow
+    std::optional<double> runwayAlt; ///< feet
+    std::int32_t flareStage = 0;     ///< 0 to 4
+    std::uint8_t landing = 0;        ///< the landing script runs
+    std::uint8_t landedHere = 0;     ///< so a later stand move may be a tow
     std::uint8_t towed = 0;
-    std::uint8_t cleanedUp = 0;        ///< gear and flaps went up after a go-around or a high pass
-    std::uint8_t takingOff = 0;        ///< the take-off script runs
-    std::uint8_t lightsHighSet = 0;    ///< the lights for above 10000 feet were sent
-    std::uint8_t lightsLowSet = 0;     ///< the lights for below 10000 feet were sent
-    std::uint8_t nosewheelDown = 0;    ///< the pitch still goes towards groundPitch after touchdown
-    std::uint8_t rollingOut = 0;       ///< the landing roll runs
-    std::uint8_t leavingStand = 0;     ///< a moved sample arrived while parked
-    std::uint8_t turning = 0;          ///< the heading error exceeds 3 degrees on the ground
+    std::uint8_t cleanedUp = 0;     ///< gear and flaps went up after a go-around or a high pass
+    std::uint8_t takingOff = 0;     ///< the take-off script runs
+    std::uint8_t lightsHighSet = 0; ///< the lights for above 10000 feet were sent
+    std::uint8_t lightsLowSet = 0;  ///< the lights for below 10000 feet were sent
+    std::uint8_t nosewheelDown = 0; ///< the pitch still goes towards groundPitch after touchdown
+    std::uint8_t rollingOut = 0;    ///< the landing roll runs
+    std::uint8_t leavingStand = 0;  ///< a moved sample arrived while parked
+    std::uint8_t turning = 0;       ///< the heading error exceeds 3 degrees on the ground
 };
 
 /// Writes the new phase and keeps the old one in previousPhase; nothing when it would not change.

@@ -112,17 +112,17 @@ struct SIMCONNECT_RECV_EXCEPTION : SIMCONNECT_RECV {
 };
 
 struct SIMCONNECT_RECV_OPEN : SIMCONNECT_RECV {
-    char szApplicationName[256];      ///< 12
-    DWORD dwApplicationVersionMajor;  ///< 268
-    DWORD dwApplicationVersionMinor;  ///< 272
-    DWORD dwApplicationBuildMajor;    ///< 276
-    DWORD dwApplicationBuildMinor;    ///< 280
-    DWORD dwSimConnectVersionMajor;   ///< 284
-    DWORD dwSimConnectVersionMinor;   ///< 288
-    DWORD dwSimConnectBuildMajor;     ///< 292
-    DWORD dwSimConnectBuildMinor;     ///< 296
-    DWORD dwReserved1;                ///< 300
-    DWORD dwReserved2;                ///< 304
+    char szApplicationName[256];     ///< 12
+    DWORD dwApplicationVersionMajor; ///< 268
+    DWORD dwApplicationVersionMinor; ///< 272
+    DWORD dwApplicationBuildMajor;   ///< 276
+    DWORD dwApplicationBuildMinor;   ///< 280
+    DWORD dwSimConnectVersionMajor;  ///< 284
+    DWORD dwSimConnectVersionMinor;  ///< 288
+    DWORD dwSimConnectBuildMajor;    ///< 292
+    DWORD dwSimConnectBuildMinor;    ///< 296
+    DWORD dwReserved1;               ///< 300
+    DWORD dwReserved2;               ///< 304
 };
 
 struct SIMCONNECT_RECV_EVENT : SIMCONNECT_RECV {
@@ -201,7 +201,8 @@ HRESULT SimConnect_GetLastSentPacketID(HANDLE handle, DWORD* packetId);
 
 HRESULT SimConnect_SubscribeToSystemEvent(HANDLE handle, DWORD eventId, const char* name);
 HRESULT SimConnect_MapClientEventToSimEvent(HANDLE handle, DWORD eventId, const char* name);
-HRESULT SimConnect_AddClientEventToNotificationGroup(HANDLE handle, DWORD groupId, DWORD eventId, std::int32_t maskable);
+HRESULT SimConnect_AddClientEventToNotificationGroup(HANDLE handle, DWORD groupId, DWORD eventId,
+                                                     std::int32_t maskable);
 HRESULT SimConnect_SetNotificationGroupPriority(HANDLE handle, DWORD groupId, DWORD priority);
 HRESULT SimConnect_TransmitClientEvent(HANDLE handle, DWORD objectId, DWORD eventId, DWORD data, DWORD groupId,
                                        DWORD flags);

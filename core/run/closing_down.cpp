@@ -74,8 +74,8 @@ void emptyWhatLastsOneRun() {
     if (std::error_code ignored; !std::filesystem::exists(gf_parameterFile(), ignored)) {
         return;
     }
-    for (StringParameter* parameter : {static_cast<StringParameter*>(&DESTINATION),
-                                       static_cast<StringParameter*>(&BLOCK_CALLSIGN)}) {
+    for (StringParameter* parameter :
+         {static_cast<StringParameter*>(&DESTINATION), static_cast<StringParameter*>(&BLOCK_CALLSIGN)}) {
         parameter->setValue({});
         saveParameter(*parameter);
     }
@@ -153,7 +153,8 @@ void decideWhatFollows() {
     }
 }
 
-template <typename Step> void guarded(Step step) {
+template <typename Step>
+void guarded(Step step) {
     try {
         step();
     } catch (const std::exception& exception) {

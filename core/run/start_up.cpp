@@ -86,7 +86,8 @@ void testStockAirports() {
     const fs::path folder = platform::pathFromUtf8(SIM_INSTALL_PATH.value()) / "Scenery";
     std::error_code ignored;
     if (!fs::is_directory(folder, ignored)) {
-        showMessage(fmt::format("Stock airports path does not exist: {}", platform::backslashText(folder)), LogCopy::yes);
+        showMessage(fmt::format("Stock airports path does not exist: {}", platform::backslashText(folder)),
+                    LogCopy::yes);
     }
 }
 

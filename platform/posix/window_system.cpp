@@ -96,7 +96,8 @@ Step nextStep() {
     return {Step::Kind::paint};
 }
 
-template <typename Change> void change(Change apply) {
+template <typename Change>
+void change(Change apply) {
     {
         const std::lock_guard lock(stateLock);
         apply(state);
@@ -104,7 +105,8 @@ template <typename Change> void change(Change apply) {
     somethingHappened.notify_all();
 }
 
-template <typename Change> bool changeControl(int id, Change apply) {
+template <typename Change>
+bool changeControl(int id, Change apply) {
     const std::lock_guard lock(stateLock);
     const auto found = state.controls.find(id);
     if (found == state.controls.end()) {

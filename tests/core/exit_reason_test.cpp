@@ -75,9 +75,9 @@ TEST_F(ExitReasonTest, aReasonNotYetSetIsSettledAsUserClosed) {
 }
 
 TEST_F(ExitReasonTest, everyReasonHasItsText) {
-    const std::array<const char*, 9> texts{"NOT YET SET",     "SIM WAS CLOSED", "NEW FLIGHT",
-                                           "NEW SETTINGS",    "USER CLOSED SIM", "SIMCONNECT ERROR",
-                                           "READER ERROR",    "SYSTEM ERROR",   "NEW VERSION"};
+    const std::array<const char*, 9> texts{"NOT YET SET",  "SIM WAS CLOSED",  "NEW FLIGHT",
+                                           "NEW SETTINGS", "USER CLOSED SIM", "SIMCONNECT ERROR",
+                                           "READER ERROR", "SYSTEM ERROR",    "NEW VERSION"};
     for (int value = 0; value < 9; ++value) {
         EXPECT_EQ(gf_exitReasonText(static_cast<ExitReason>(value)), texts.at(static_cast<std::size_t>(value)));
     }

@@ -57,7 +57,9 @@ TEST(AircraftRecord, theAirlineComesFromACallSignOfThreeLettersAndADigit) {
 }
 
 TEST(AircraftRecord, anyOtherCallSignIsPrivate) {
-    for (const char* callsign : {"1234", "ab1", "", "ABC", "ABCD1", "AB12", "A1C1", "HBIJI", "\xc3\x84" "BC1"}) {
+    for (const char* callsign : {"1234", "ab1", "", "ABC", "ABCD1", "AB12", "A1C1", "HBIJI",
+                                 "\xc3\x84"
+                                 "BC1"}) {
         EXPECT_EQ(airlineFromCallsign(callsign), "PVT") << callsign;
     }
 }

@@ -6,7 +6,8 @@
 #include <thread>
 
 /// Looks until the condition holds, at most ten seconds of real time; whether it came to hold.
-template <typename Condition> bool eventually(Condition condition) {
+template <typename Condition>
+bool eventually(Condition condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end) {

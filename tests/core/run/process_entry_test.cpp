@@ -100,7 +100,8 @@ TEST(StartThreads, theFirstLogLineNamesProgramVersionAndSimulator) {
     run.start({"--production"});
     ASSERT_TRUE(run.ends()) << run.log();
     const std::string text = run.log();
-    EXPECT_THAT(text.substr(0, text.find('\n')), testing::EndsWith("(utc) Tarnwing_P3D version 11.10.8 for Prepar3D v5/v6"));
+    EXPECT_THAT(text.substr(0, text.find('\n')),
+                testing::EndsWith("(utc) Tarnwing_P3D version 11.10.8 for Prepar3D v5/v6"));
 }
 
 TEST(StartThreads, aParameterFolderThatCannotBeMadeEndsTheStart) {

@@ -12,10 +12,10 @@
 #include "core/exit_reason.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
+#include "core/run/run_loop.h"
 #include "core/run/start_run.h"
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
-#include "core/run/run_loop.h"
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
@@ -34,9 +34,10 @@ namespace {
 constexpr platform::WallTime noon = sys_days(2026y / November / 21) + 12h;
 
 std::string trafficLine(double feedTime) {
-    return fmt::format("RTTFC,4921892,47.46,8.55,12000,0,0,91.5,310.0,SWR38,A320,HB-IJI,ZRH,LHR,{:.1f},X2,LX38,adsb_icao,"
-                       "12100,300,310,0.5,0.0,-1.0,-1.0,92.0,0,,A3,1013.0,-1,-1,-1,,0,-5,-1,-1,-1,-1,1,1,",
-                       feedTime);
+    return fmt::format(
+        "RTTFC,4921892,47.46,8.55,12000,0,0,91.5,310.0,SWR38,A320,HB-IJI,ZRH,LHR,{:.1f},X2,LX38,adsb_icao,"
+        "12100,300,310,0.5,0.0,-1.0,-1.0,92.0,0,,A3,1013.0,-1,-1,-1,,0,-5,-1,-1,-1,-1,1,1,",
+        feedTime);
 }
 
 /// Sends datagrams to the program's ports as RealTraffic does.
@@ -174,7 +175,8 @@ TEST_F(WholeRunThreads, theExitCodeIsTheQuitCode) {
     EXPECT_EQ(run.quitCode(), 7);
     const std::string log = run.log();
     const std::string lastLine = log.substr(log.rfind('\n', log.size() - 2) + 1);
-    EXPECT_THAT(lastLine, testing::ContainsRegex("^[A-Z][a-z]+ [A-Z][a-z]+ .. ..:..:.. 20..")) << "the closing time line";
+    EXPECT_THAT(lastLine, testing::ContainsRegex("^[A-Z][a-z]+ [A-Z][a-z]+ .. ..:..:.. 20.."))
+        << "the closing time line";
 }
 
 TEST_F(WholeRunThreads, aReaderWhosePortIsTakenRestartsTheRunAfter15Seconds) {

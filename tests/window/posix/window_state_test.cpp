@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <thread>
 
-#include "platform/posix/memory_window.h"
 #include "core/program_info.h"
+#include "platform/posix/memory_window.h"
 #include "tests/support/log_capture.h"
 #include "window/status_display.h"
 #include "window/window_layout.h"

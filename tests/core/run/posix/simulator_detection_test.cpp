@@ -126,7 +126,8 @@ TEST_F(SimulatorDetection, aPathWithoutAVersionNeedsTheParameter) {
     gf_findSimulator();
     EXPECT_EQ(gSimulatorVersion, 6);
     P3D_VERSION.value = 4;
-    EXPECT_EQ(failure(), "P3D install path does not contain v5 or v6. Use hidden parameter P3D_VERSION, set it to 5 or 6.");
+    EXPECT_EQ(failure(),
+              "P3D install path does not contain v5 or v6. Use hidden parameter P3D_VERSION, set it to 5 or 6.");
 }
 
 TEST_F(SimulatorDetection, thePathIsShownInItsField) {
