@@ -71,7 +71,8 @@ void sleepFor(std::chrono::steady_clock::duration duration) {
 
 ManualClock::ManualClock(WallTime wall) {
     setWall(wall);
-    manualSteadyNs = nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+    manualSteadyNs =
+        std::chrono::duration_cast<nanoseconds>(std::chrono::steady_clock::now().time_since_epoch()).count();
     manual = true;
 }
 
@@ -86,7 +87,7 @@ void ManualClock::advance(nanoseconds by) {
 }
 
 void ManualClock::setWall(WallTime wall) {
-    manualWallNs = nanoseconds(wall.time_since_epoch()).count();
+    manualWallNs = std::chrono::duration_cast<nanoseconds>(wall.time_since_epoch()).count();
 }
 
 void ManualClock::hold() {

@@ -20,7 +20,7 @@ namespace {
 
 struct Strip {
     Rectangle area;
-    Colour fill;
+    Colour fill = 0;
 };
 
 constexpr std::array<Strip, 5> strips{{

@@ -66,7 +66,7 @@ public:
 
 /// What the message loop does next, decided under the lock and carried out without it.
 struct Step {
-    enum class Kind { close, posted, paint, quit } kind;
+    enum class Kind { close, posted, paint, quit } kind = Kind::paint;
     unsigned message = 0;
     int quitCode = 0;
 };
