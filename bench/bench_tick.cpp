@@ -22,6 +22,9 @@ constexpr int ticksPerMinute = 6000;
 /// Keeps one core busy while it lives.
 class BusyCore {
 public:
+    BusyCore() = default;
+    BusyCore(const BusyCore&) = delete;
+    BusyCore& operator=(const BusyCore&) = delete;
     ~BusyCore() {
         stop_ = true;
         thread_.join();
