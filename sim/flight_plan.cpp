@@ -96,8 +96,10 @@ void gf_removeFlightPlanFolder() {
     if (folder.empty()) {
         return;
     }
+    // Not every system's code for a folder with files in it compares equal to directory_not_empty: look into the folder.
     std::error_code error = removeFolder();
-    if (error == std::errc::directory_not_empty) {
+    std::error_code unreadable;
+    if (error && !fs::is_empty(folder, unreadable)) {
         gf_removeFilesFromDirectory(folder);
         error = removeFolder();
     }
