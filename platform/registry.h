@@ -27,5 +27,7 @@ bool registryKeyExists(RegistryHive hive, std::string_view key);
 /// The text of a string value. Throws winreg::RegException when the key or the value cannot be read, and
 /// std::runtime_error when the text is not valid UTF-16.
 std::string readRegistryString(RegistryHive hive, std::string_view key, std::string_view value);
+/// The same, and the number of a DWORD value in decimal.
+std::string readRegistryStringOrNumber(RegistryHive hive, std::string_view key, std::string_view value);
 
 } // namespace platform

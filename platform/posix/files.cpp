@@ -44,7 +44,7 @@ std::error_code syncToDisk(const std::filesystem::path& path) {
 
 std::filesystem::path homeFolder() {
     const char* home = std::getenv("HOME");
-    return home != nullptr ? home : ".";
+    return home != nullptr ? home : "";
 }
 
 } // namespace
@@ -53,15 +53,18 @@ std::filesystem::path systemRoamingFolder() {
     if (const char* config = std::getenv("XDG_CONFIG_HOME"); config != nullptr && *config != '\0') {
         return config;
     }
-    return homeFolder() / ".config";
+    const std::filesystem::path home = homeFolder();
+    return home.empty() ? home : home / ".config";
 }
 
 std::filesystem::path systemPublicDocumentsFolder() {
-    return homeFolder() / "Public" / "Documents";
+    const std::filesystem::path home = homeFolder();
+    return home.empty() ? home : home / "Public" / "Documents";
 }
 
 std::filesystem::path systemDocumentsFolder() {
-    return homeFolder() / "Documents";
+    const std::filesystem::path home = homeFolder();
+    return home.empty() ? home : home / "Documents";
 }
 
 std::vector<std::filesystem::path> programFilesFolders() {

@@ -10,12 +10,15 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <optional>
 #include <poll.h>
+#include <span>
 #include <string>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -26,6 +29,18 @@
 namespace platform {
 
 namespace {
+
+using Deadline = std::chrono::steady_clock::time_point;
+using std::chrono::milliseconds;
+
+Deadline deadlineIn(milliseconds limit) {
+    return std::chrono::steady_clock::now() + limit;
+}
+
+/// Rounded up, so that nobody looks again and again during the last millisecond; never below 0.
+milliseconds timeUntil(Deadline deadline) {
+    return std::max(std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()), milliseconds(0));
+}
 
 std::filesystem::path chosenPipeFolder; // set by tests, before they start threads
 
@@ -81,15 +96,19 @@ private:
     int error_;
 };
 
-/// The time limit for sending holds for connecting too.
-void limitConnecting(int fd, std::chrono::milliseconds limit) {
+/// The time limit for sending holds for connecting too. 0 would be no limit.
+void limitConnecting(int fd, milliseconds limit) {
     timeval value{};
     value.tv_sec = static_cast<time_t>(limit.count() / 1000);
     value.tv_usec = static_cast<suseconds_t>(limit.count() % 1000 * 1000);
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &value, sizeof value);
 }
 
-int connectTo(const addrinfo& address, std::chrono::milliseconds limit, Descriptor& connected) {
+int connectTo(const addrinfo& address, Deadline deadline, Descriptor& connected) {
+    const milliseconds limit = timeUntil(deadline);
+    if (limit.count() == 0) {
+        return ETIMEDOUT;
+    }
     Descriptor fd(socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC, address.ai_protocol));
     if (!fd.valid()) {
         return errno;
@@ -124,32 +143,10 @@ sockaddr_un pipeAddress(std::string_view name) {
     return address;
 }
 
-/// Until the stream ends, the receiver has enough, or the connection closes.
-void receiveAll(int fd, int closing, const StreamConnection::Receiver& receiver) {
-    std::array<char, 65536> buffer{};
+/// Waits until one of them has what it waits for; 0, or an error code.
+int waitForAny(std::span<pollfd> waiting, Deadline deadline) {
     for (;;) {
-        std::array<pollfd, 2> waiting{{{fd, POLLIN, 0}, {closing, POLLIN, 0}}};
-        if (poll(waiting.data(), waiting.size(), -1) < 0) {
-            continue; // a signal
-        }
-        if (waiting[1].revents != 0) {
-            return;
-        }
-        const ssize_t bytes = recv(fd, buffer.data(), buffer.size(), MSG_DONTWAIT);
-        if (bytes < 0 && (errno == EAGAIN || errno == EINTR)) {
-            continue;
-        }
-        const std::size_t arrived = bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
-        if (!receiver({buffer.data(), arrived}) || arrived == 0) {
-            return;
-        }
-    }
-}
-
-int waitFor(int fd, short events, std::chrono::milliseconds limit) {
-    pollfd waiting{fd, events, 0};
-    for (;;) {
-        const int ready = poll(&waiting, 1, static_cast<int>(limit.count()));
+        const int ready = poll(waiting.data(), waiting.size(), static_cast<int>(timeUntil(deadline).count()));
         if (ready > 0) {
             return 0;
         }
@@ -162,6 +159,56 @@ int waitFor(int fd, short events, std::chrono::milliseconds limit) {
     }
 }
 
+int waitFor(int fd, short events, milliseconds limit) {
+    pollfd waiting{fd, events, 0};
+    return waitForAny({&waiting, 1}, deadlineIn(limit));
+}
+
+/// Waits for bytes, or the end, and takes them. Nothing when the connection closes; none of them at the end of the stream, or
+/// when it cannot be read any more.
+std::optional<std::string_view> nextBytes(int fd, int closing, std::span<char> buffer) {
+    for (;;) {
+        std::array<pollfd, 2> waiting{{{fd, POLLIN, 0}, {closing, POLLIN, 0}}};
+        if (poll(waiting.data(), waiting.size(), -1) < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return std::string_view{};
+        }
+        if (waiting[1].revents != 0) {
+            return std::nullopt;
+        }
+        const ssize_t bytes = recv(fd, buffer.data(), buffer.size(), MSG_DONTWAIT);
+        if (bytes >= 0) {
+            return std::string_view(buffer.data(), static_cast<std::size_t>(bytes));
+        }
+        if (errno != EAGAIN && errno != EINTR) {
+            return std::string_view{};
+        }
+    }
+}
+
+/// Until the stream ends, the receiver has enough, or the connection closes.
+void receiveAll(int fd, int closing, const StreamConnection::Receiver& receiver) {
+    std::array<char, 65536> buffer{};
+    for (;;) {
+        const std::optional<std::string_view> bytes = nextBytes(fd, closing, buffer);
+        if (!bytes || !receiver(*bytes) || bytes->empty()) {
+            return;
+        }
+    }
+}
+
+/// The event is readable from then on.
+void setEvent(const Descriptor& event) {
+    eventfd_write(event.get(), 1);
+}
+
+int createEvent(Descriptor& event) {
+    event.reset(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    return event.valid() ? 0 : errno;
+}
+
 } // namespace
 
 void setLocalPipeFolder(const std::filesystem::path& folder) {
@@ -172,27 +219,33 @@ void signalEvent(void*) {}
 
 struct StreamConnection::State {
     Descriptor stream;
-    Descriptor closing; // readable from close() on
+    Descriptor closing;          // raised by close()
+    Descriptor sendingCancelled; // raised by cancelSending()
+    Descriptor receiverOut;      // raised by the receiver's thread at its end
     std::thread receiver;
 };
 
-StreamConnection::StreamConnection() : state_(std::make_unique<State>()) {}
+StreamConnection::StreamConnection() : state_(std::make_shared<State>()) {}
 
 StreamConnection::~StreamConnection() {
     close();
 }
 
 int StreamConnection::createEvents() {
-    state_->closing.reset(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    return state_->closing.valid() ? 0 : errno;
+    for (Descriptor* event : {&state_->closing, &state_->sendingCancelled, &state_->receiverOut}) {
+        if (const int error = createEvent(*event)) {
+            return error;
+        }
+    }
+    return 0;
 }
 
-int StreamConnection::connectTcp(AddressFamily family, std::string_view host, std::uint16_t port,
-                                 std::chrono::milliseconds limit) {
+int StreamConnection::connectTcp(AddressFamily family, std::string_view host, std::uint16_t port, milliseconds limit) {
     const Addresses addresses(family, std::string(host), port);
+    const Deadline deadline = deadlineIn(limit);
     int error = addresses.error();
     for (const addrinfo* address = addresses.first(); address != nullptr; address = address->ai_next) {
-        error = connectTo(*address, limit, state_->stream);
+        error = connectTo(*address, deadline, state_->stream);
         if (error == 0) {
             break;
         }
@@ -225,39 +278,57 @@ bool StreamConnection::nagleDisabled() const {
 }
 
 int StreamConnection::startReceiving(Receiver receiver) {
-    state_->receiver =
-        std::thread([fd = state_->stream.get(), closing = state_->closing.get(), receiver = std::move(receiver)] {
+    try {
+        state_->receiver = std::thread([&state = *state_, receiver = std::move(receiver)] {
             nameThisThread("Sim Receiver");
-            receiveAll(fd, closing, receiver);
+            receiveAll(state.stream.get(), state.closing.get(), receiver);
+            setEvent(state.receiverOut);
         });
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    }
     return 0;
 }
 
-int StreamConnection::send(std::string_view bytes, std::chrono::milliseconds limit) {
-    const int fd = state_->stream.get();
+bool StreamConnection::waitForEnd(milliseconds limit) const {
+    return !state_->receiver.joinable() || waitFor(state_->receiverOut.get(), POLLIN, limit) == 0;
+}
+
+int StreamConnection::send(std::string_view bytes, milliseconds limit) {
+    const Deadline deadline = deadlineIn(limit);
+    std::array<pollfd, 2> waiting{{{state_->stream.get(), POLLOUT, 0}, {state_->sendingCancelled.get(), POLLIN, 0}}};
     while (!bytes.empty()) {
-        const ssize_t sent = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
-            continue;
-        }
-        if (errno != EAGAIN && errno != EINTR) {
-            return errno;
-        }
-        if (const int error = waitFor(fd, POLLOUT, limit)) {
+        if (const int error = waitForAny(waiting, deadline)) {
             return error;
         }
+        if (waiting[1].revents != 0) {
+            return ECANCELED;
+        }
+        const ssize_t sent = ::send(waiting[0].fd, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent < 0 && errno != EAGAIN && errno != EINTR) {
+            return errno;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(std::max(sent, ssize_t{0})));
     }
     return 0;
+}
+
+void StreamConnection::cancelSending() {
+    setEvent(state_->sendingCancelled);
+}
+
+int StreamConnection::shutDownSending() {
+    return shutdown(state_->stream.get(), SHUT_WR) == 0 ? 0 : errno;
 }
 
 void StreamConnection::close() {
     if (state_->receiver.joinable()) {
-        eventfd_write(state_->closing.get(), 1);
+        setEvent(state_->closing);
         state_->receiver.join();
     }
-    state_->stream.reset(-1);
-    state_->closing.reset(-1);
+    for (Descriptor* held : {&state_->stream, &state_->closing, &state_->sendingCancelled, &state_->receiverOut}) {
+        held->reset(-1);
+    }
 }
 
 struct StreamListener::State {
@@ -311,7 +382,7 @@ std::uint16_t StreamListener::port() const {
     return ntohs(bound.sin6_port); // at the same place in both families
 }
 
-int StreamListener::accept(StreamConnection& connection, std::chrono::milliseconds limit) {
+int StreamListener::accept(StreamConnection& connection, milliseconds limit) {
     const int fd = state_->listening.get();
     if (const int error = waitFor(fd, POLLIN, limit)) {
         return error;

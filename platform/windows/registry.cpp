@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "platform/windows/wide_text.h"
 
 namespace platform {
@@ -54,6 +56,16 @@ std::string readRegistryString(RegistryHive hive, std::string_view key, std::str
           "Cannot get the string value: RegGetValueW failed.");
     text.resize(text.find(L'\0') == std::wstring::npos ? text.size() : text.find(L'\0'));
     return utf8FromWide(text);
+}
+
+std::string readRegistryStringOrNumber(RegistryHive hive, std::string_view key, std::string_view value) {
+    DWORD number = 0;
+    DWORD bytes = sizeof number;
+    if (RegGetValueW(Key(hive, key).get(), nullptr, wideFromUtf8(value).c_str(), RRF_RT_REG_DWORD, nullptr, &number,
+                     &bytes) == ERROR_SUCCESS) {
+        return std::to_string(number);
+    }
+    return readRegistryString(hive, key, value);
 }
 
 } // namespace platform

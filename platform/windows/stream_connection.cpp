@@ -7,7 +7,10 @@
 #include <windows.h>
 // clang-format on
 
+#include <algorithm>
 #include <array>
+#include <chrono>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -19,7 +22,15 @@ namespace platform {
 
 namespace {
 
+using Deadline = std::chrono::steady_clock::time_point;
+using std::chrono::milliseconds;
+
 constexpr DWORD pipeBufferBytes = 65536;
+
+/// Rounded up, never below 0.
+milliseconds timeUntil(Deadline deadline) {
+    return std::max(std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()), milliseconds(0));
+}
 
 class Event {
 public:
@@ -62,18 +73,31 @@ public:
             reinterpret_cast<HANDLE>(WSASocketW(family, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED));
         return valid() ? 0 : WSAGetLastError();
     }
+    /// The answer of a call that makes a socket, straight from it: its error code is still there then.
     int takeSocket(SOCKET socket) {
+        if (socket == INVALID_SOCKET) {
+            return WSAGetLastError();
+        }
         close();
-        socket_ = startSocketLibrary() == 0;
+        if (const int error = startSocketLibrary()) {
+            closesocket(socket);
+            return error;
+        }
+        socket_ = true;
         handle_ = reinterpret_cast<HANDLE>(socket);
-        return valid() ? 0 : WSAGetLastError();
+        return 0;
     }
+    /// The same for a call that makes a pipe.
     int takePipe(HANDLE pipe) {
+        if (pipe == INVALID_HANDLE_VALUE) {
+            return static_cast<int>(GetLastError());
+        }
         close();
         handle_ = pipe;
-        return valid() ? 0 : static_cast<int>(GetLastError());
+        return 0;
     }
     HANDLE release() { return std::exchange(handle_, INVALID_HANDLE_VALUE); }
+    bool isSocket() const { return socket_; }
     void close() {
         if (valid() && socket_) {
             closesocket(socket());
@@ -169,7 +193,7 @@ int setBlocking(SOCKET socket, bool blocking) {
     return ioctlsocket(socket, FIONBIO, &nonBlocking) == 0 ? 0 : WSAGetLastError();
 }
 
-timeval selectTime(std::chrono::milliseconds limit) {
+timeval selectTime(milliseconds limit) {
     timeval time{};
     time.tv_sec = static_cast<long>(limit.count() / 1000);
     time.tv_usec = static_cast<long>(limit.count() % 1000 * 1000);
@@ -177,7 +201,7 @@ timeval selectTime(std::chrono::milliseconds limit) {
 }
 
 /// Waits until a connect that goes on has an outcome.
-int connectOutcome(SOCKET socket, std::chrono::milliseconds limit) {
+int connectOutcome(SOCKET socket, milliseconds limit) {
     fd_set connected{1, {socket}};
     fd_set refused{1, {socket}};
     timeval time = selectTime(limit);
@@ -190,7 +214,7 @@ int connectOutcome(SOCKET socket, std::chrono::milliseconds limit) {
     return error == 0 && refused.fd_count != 0 ? WSAECONNREFUSED : error;
 }
 
-int connectTo(const ADDRINFOW& address, std::chrono::milliseconds limit, Carrier& carrier) {
+int connectTo(const ADDRINFOW& address, Deadline deadline, Carrier& carrier) {
     if (const int error = carrier.openSocket(address.ai_family)) {
         return error;
     }
@@ -202,7 +226,7 @@ int connectTo(const ADDRINFOW& address, std::chrono::milliseconds limit, Carrier
         WSAGetLastError() != WSAEWOULDBLOCK) {
         return WSAGetLastError();
     }
-    if (const int error = connectOutcome(socket, limit)) {
+    if (const int error = connectOutcome(socket, timeUntil(deadline))) {
         return error;
     }
     return setBlocking(socket, true);
@@ -218,20 +242,22 @@ void signalEvent(void* event) {
 
 void setLocalPipeFolder(const std::filesystem::path&) {}
 
-struct StreamConnection::State {
-    /// The one read that is always under way while the connection receives.
+struct StreamConnection::State : std::enable_shared_from_this<State> {
+    /// The one read that is always under way while the connection receives. It keeps the state: close() does not wait until
+    /// the system's thread has left the functions here, only until it has left the receiver.
     struct Read : OVERLAPPED {
-        State* owner;
+        std::shared_ptr<State> owner;
     };
 
     static void CALLBACK completed(DWORD error, DWORD bytes, OVERLAPPED* operation);
-    bool takes(DWORD error, DWORD bytes);
+    bool takes(std::string_view bytes);
     bool readsOn();
     bool isClosing();
     void endReceiving();
 
     Carrier carrier;
     Event sent;
+    Event sendingCancelled;
     Event receiverOut;
     Receiver receiver;
     std::mutex lock;
@@ -242,19 +268,15 @@ struct StreamConnection::State {
 
 /// Runs on a thread of the system's. One read follows the other, so that there is never more than one call at a time.
 void CALLBACK StreamConnection::State::completed(DWORD error, DWORD bytes, OVERLAPPED* operation) {
-    State& state = *static_cast<Read*>(operation)->owner;
-    if (!state.takes(error, bytes)) {
-        SetEvent(state.receiverOut.get()); // from here on the state may be gone
+    const std::shared_ptr<State> state = std::move(static_cast<Read*>(operation)->owner);
+    if (!state->takes({state->buffer.data(), error == ERROR_SUCCESS ? bytes : 0})) {
+        SetEvent(state->receiverOut.get());
     }
 }
 
 /// Whether there will be another completion.
-bool StreamConnection::State::takes(DWORD error, DWORD bytes) {
-    if (isClosing()) {
-        return false;
-    }
-    const std::size_t arrived = error == ERROR_SUCCESS ? bytes : 0;
-    if (!receiver({buffer.data(), arrived}) || arrived == 0) {
+bool StreamConnection::State::takes(std::string_view bytes) {
+    if (isClosing() || !receiver(bytes) || bytes.empty()) {
         return false;
     }
     if (readsOn()) {
@@ -278,8 +300,12 @@ bool StreamConnection::State::readsOn() {
         return false;
     }
     read = Read{};
-    read.owner = this;
-    return carrier.beginRead(buffer.data(), static_cast<DWORD>(buffer.size()), read) == 0;
+    read.owner = shared_from_this();
+    if (carrier.beginRead(buffer.data(), static_cast<DWORD>(buffer.size()), read) != 0) {
+        read.owner = nullptr;
+        return false;
+    }
+    return true;
 }
 
 void StreamConnection::State::endReceiving() {
@@ -294,29 +320,31 @@ void StreamConnection::State::endReceiving() {
     WaitForSingleObject(receiverOut.get(), INFINITE);
 }
 
-StreamConnection::StreamConnection() : state_(std::make_unique<State>()) {}
+StreamConnection::StreamConnection() : state_(std::make_shared<State>()) {}
 
 StreamConnection::~StreamConnection() {
-    state_->endReceiving();
+    close();
 }
 
 int StreamConnection::createEvents() {
-    if (const int error = state_->sent.create()) {
-        return error;
+    for (Event* event : {&state_->sent, &state_->sendingCancelled, &state_->receiverOut}) {
+        if (const int error = event->create()) {
+            return error;
+        }
     }
-    return state_->receiverOut.create();
+    return 0;
 }
 
-int StreamConnection::connectTcp(AddressFamily family, std::string_view host, std::uint16_t port,
-                                 std::chrono::milliseconds limit) {
+int StreamConnection::connectTcp(AddressFamily family, std::string_view host, std::uint16_t port, milliseconds limit) {
     const SocketLibrary library;
     if (library.error() != 0) {
         return library.error();
     }
     const Addresses addresses(family, host, port);
+    const Deadline deadline = std::chrono::steady_clock::now() + limit;
     int error = addresses.error();
     for (const ADDRINFOW* address = addresses.first(); address != nullptr; address = address->ai_next) {
-        error = connectTo(*address, limit, state_->carrier);
+        error = connectTo(*address, deadline, state_->carrier);
         if (error == 0) {
             break;
         }
@@ -325,8 +353,10 @@ int StreamConnection::connectTcp(AddressFamily family, std::string_view host, st
 }
 
 int StreamConnection::openPipe(std::string_view name) {
-    return state_->carrier.takePipe(CreateFileW(wideFromUtf8(name).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                                OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
+    constexpr DWORD flags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+    const std::wstring path = wideFromUtf8(name);
+    return state_->carrier.takePipe(
+        CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, flags, nullptr));
 }
 
 int StreamConnection::disableNagle() {
@@ -349,13 +379,18 @@ int StreamConnection::startReceiving(Receiver receiver) {
     }
     state_->receiver = std::move(receiver);
     if (!state_->readsOn()) {
-        state_->receiver = nullptr;
-        return ERROR_READ_FAULT;
+        state_->receiver({});
+        SetEvent(state_->receiverOut.get());
     }
     return 0;
 }
 
-int StreamConnection::send(std::string_view bytes, std::chrono::milliseconds limit) {
+bool StreamConnection::waitForEnd(milliseconds limit) const {
+    return !state_->receiver ||
+           WaitForSingleObject(state_->receiverOut.get(), static_cast<DWORD>(limit.count())) == WAIT_OBJECT_0;
+}
+
+int StreamConnection::send(std::string_view bytes, milliseconds limit) {
     const HANDLE carrier = state_->carrier.get();
     const HANDLE sent = state_->sent.get();
     ResetEvent(sent);
@@ -365,19 +400,37 @@ int StreamConnection::send(std::string_view bytes, std::chrono::milliseconds lim
     if (const int error = state_->carrier.beginWrite(bytes, write)) {
         return error;
     }
-    if (WaitForSingleObject(sent, static_cast<DWORD>(limit.count())) != WAIT_OBJECT_0) {
+    const std::array<HANDLE, 2> ends{state_->sendingCancelled.get(), sent};
+    const DWORD end = WaitForMultipleObjects(ends.size(), ends.data(), FALSE, static_cast<DWORD>(limit.count()));
+    if (end != WAIT_OBJECT_0 + 1) {
         CancelIoEx(carrier, &write);
     }
     DWORD written = 0;
     if (!GetOverlappedResult(carrier, &write, &written, TRUE)) {
         return static_cast<int>(GetLastError());
     }
+    if (end == WAIT_OBJECT_0) {
+        return ERROR_OPERATION_ABORTED;
+    }
     return written == bytes.size() ? 0 : ERROR_WRITE_FAULT;
+}
+
+void StreamConnection::cancelSending() {
+    SetEvent(state_->sendingCancelled.get());
+}
+
+int StreamConnection::shutDownSending() {
+    if (!state_->carrier.isSocket()) {
+        return ERROR_NOT_SUPPORTED;
+    }
+    return shutdown(state_->carrier.socket(), SD_SEND) == 0 ? 0 : WSAGetLastError();
 }
 
 void StreamConnection::close() {
     state_->endReceiving();
-    state_ = std::make_unique<State>();
+    state_->carrier.close();
+    state_->receiver = nullptr;
+    state_ = std::make_shared<State>();
 }
 
 struct StreamListener::State {
@@ -404,11 +457,20 @@ int StreamListener::listenTcp(AddressFamily family, std::uint16_t port) {
     return done ? 0 : WSAGetLastError();
 }
 
+namespace {
+
+int createPipe(std::string_view name, Carrier& pipe) {
+    const std::wstring path = wideFromUtf8(name);
+    return pipe.takePipe(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                          PIPE_TYPE_BYTE | PIPE_READMODE_BYTE, PIPE_UNLIMITED_INSTANCES,
+                                          pipeBufferBytes, pipeBufferBytes, 0, nullptr));
+}
+
+} // namespace
+
 int StreamListener::listenPipe(std::string_view name) {
     state_->pipe = name;
-    return state_->listening.takePipe(CreateNamedPipeW(
-        wideFromUtf8(name).c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED, PIPE_TYPE_BYTE | PIPE_READMODE_BYTE,
-        PIPE_UNLIMITED_INSTANCES, pipeBufferBytes, pipeBufferBytes, 0, nullptr));
+    return createPipe(name, state_->listening);
 }
 
 std::uint16_t StreamListener::port() const {
@@ -422,14 +484,14 @@ std::uint16_t StreamListener::port() const {
 
 namespace {
 
-int waitForSocket(SOCKET listening, std::chrono::milliseconds limit) {
+int waitForSocket(SOCKET listening, milliseconds limit) {
     fd_set waiting{1, {listening}};
     timeval time = selectTime(limit);
     const int ready = select(0, &waiting, nullptr, nullptr, &time);
     return ready > 0 ? 0 : ready == 0 ? WSAETIMEDOUT : WSAGetLastError();
 }
 
-int waitForPipe(HANDLE pipe, std::chrono::milliseconds limit) {
+int waitForPipe(HANDLE pipe, milliseconds limit) {
     Event connected;
     if (const int error = connected.create()) {
         return error;
@@ -455,7 +517,7 @@ int waitForPipe(HANDLE pipe, std::chrono::milliseconds limit) {
 
 } // namespace
 
-int StreamListener::accept(StreamConnection& connection, std::chrono::milliseconds limit) {
+int StreamListener::accept(StreamConnection& connection, milliseconds limit) {
     Carrier& listening = state_->listening;
     const bool tcp = state_->pipe.empty();
     if (const int error = tcp ? waitForSocket(listening.socket(), limit) : waitForPipe(listening.get(), limit)) {
@@ -469,9 +531,14 @@ int StreamListener::accept(StreamConnection& connection, std::chrono::millisecon
     if (tcp) {
         return accepted.takeSocket(::accept(listening.socket(), nullptr, nullptr));
     }
-    // The instance that listened has become the connection; another one takes its place.
+    // The instance that listened becomes the connection. Another one takes its place first: without it the peer stays where
+    // it is, for the next call.
+    Carrier next;
+    if (const int error = createPipe(state_->pipe, next)) {
+        return error;
+    }
     accepted.takePipe(listening.release());
-    return listenPipe(std::string(state_->pipe));
+    return listening.takePipe(next.release());
 }
 
 void StreamListener::close() {

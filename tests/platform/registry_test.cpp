@@ -29,6 +29,8 @@ TEST(Registry, anAbsentKeyCannotBeOpened) {
         EXPECT_FALSE(platform::registryKeyExists(hive, absentKey));
         EXPECT_THAT(failure([&] { platform::readRegistryString(hive, absentKey, "value"); }),
                     StartsWith("RegOpenKeyExW failed."));
+        EXPECT_THAT(failure([&] { platform::readRegistryStringOrNumber(hive, absentKey, "value"); }),
+                    StartsWith("RegOpenKeyExW failed."));
     }
 }
 
@@ -37,6 +39,11 @@ TEST(Registry, theSystemsOwnKeyIsReadWhereThereIsOne) {
         GTEST_SKIP() << "the registry in memory starts empty";
     }
     EXPECT_FALSE(platform::readRegistryString(RegistryHive::machine, systemKey, "CurrentVersion").empty());
+    EXPECT_FALSE(platform::readRegistryStringOrNumber(RegistryHive::machine, systemKey, "CurrentVersion").empty());
+    // A number wherever the system has been installed.
+    const std::string date = platform::readRegistryStringOrNumber(RegistryHive::machine, systemKey, "InstallDate");
+    EXPECT_FALSE(date.empty());
+    EXPECT_EQ(date.find_first_not_of("0123456789"), std::string::npos) << date;
     EXPECT_THAT(failure([] { platform::readRegistryString(RegistryHive::machine, systemKey, "No such value"); }),
                 StartsWith("Cannot get the size of the string value: RegGetValueW failed."));
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <future>
 #include <mutex>
 #include <string>
@@ -48,6 +49,25 @@ private:
     std::string text_; // under lock_
     int ends_ = 0;     // under lock_
     std::atomic<bool> stopping_{false};
+};
+
+/// Holds a receiver up, so that the peer takes its bytes slowly.
+class Pacer {
+public:
+    void waitFor(std::chrono::milliseconds pause) {
+        std::unique_lock lock(lock_);
+        stopped_.wait_for(lock, pause, [this] { return stopping_; });
+    }
+    void stop() {
+        const std::lock_guard lock(lock_);
+        stopping_ = true;
+        stopped_.notify_all();
+    }
+
+private:
+    std::mutex lock_;
+    std::condition_variable stopped_;
+    bool stopping_ = false; // under lock_
 };
 
 enum class Road { ipv4, ipv6, pipe };
@@ -143,7 +163,7 @@ TEST_P(StreamConnectionThreads, aReceiverThatHasEnoughIsNotCalledAgain) {
     atClient_.stop();
     ASSERT_EQ(client_.startReceiving(atClient_.receiver()), 0);
     server_.send("first", patience);
-    ASSERT_TRUE(eventually([&] { return atClient_.text() == "first"; }));
+    EXPECT_TRUE(client_.waitForEnd(patience));
     server_.send("second", patience);
     server_.close();
     client_.close();
@@ -169,6 +189,67 @@ TEST_P(StreamConnectionThreads, aPeerThatTakesNothingIsAnErrorInTime) {
     }
     EXPECT_NE(error, 0);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, patience);
+}
+
+TEST_P(StreamConnectionThreads, aPeerThatTricklesIsAnErrorInTime) {
+    constexpr auto limit = 300ms;
+    Pacer pacer; // before the connection whose receiver it holds up
+    connectBoth();
+    ASSERT_EQ(server_.startReceiving([&](std::string_view) {
+        pacer.waitFor(10ms);
+        return true;
+    }),
+              0);
+    // At 64 kilobytes a time it would take ten seconds or more.
+    const std::string bytes(64 << 20, 'x');
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_NE(client_.send(bytes, limit), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, limit);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, patience);
+    pacer.stop();
+    server_.close();
+}
+
+TEST_P(StreamConnectionThreads, aSendIsCancelledFromAnotherThreadAndTheNextOnesAreToo) {
+    connectBoth();
+    const std::string more(16 << 20, 'x');
+    std::future<int> sent = std::async(std::launch::async, [&] { return client_.send(more, 1h); });
+    client_.cancelSending();
+    EXPECT_NE(sent.get(), 0);
+    EXPECT_NE(client_.send("small", patience), 0);
+    ASSERT_EQ(client_.startReceiving(atClient_.receiver()), 0);
+    server_.send("still received", patience);
+    EXPECT_TRUE(eventually([&] { return atClient_.text() == "still received"; }));
+}
+
+TEST_P(StreamConnectionThreads, afterShuttingDownItsSendingAConnectionStillReceives) {
+    connectBoth();
+    Arrivals atServer;
+    ASSERT_EQ(client_.startReceiving(atClient_.receiver()), 0);
+    ASSERT_EQ(server_.startReceiving(atServer.receiver()), 0);
+    EXPECT_EQ(client_.send("last", patience), 0);
+    if (client_.shutDownSending() != 0) {
+        ASSERT_EQ(GetParam(), Road::pipe);
+        GTEST_SKIP() << "this system's pipes end in both directions at once";
+    }
+    EXPECT_TRUE(server_.waitForEnd(patience));
+    EXPECT_EQ(atServer.text(), "last");
+    EXPECT_FALSE(client_.waitForEnd(0ms));
+    server_.send("answer", patience);
+    server_.close();
+    EXPECT_TRUE(client_.waitForEnd(patience));
+    EXPECT_EQ(atClient_.text(), "answer");
+    EXPECT_EQ(atClient_.ends(), 1);
+}
+
+TEST_P(StreamConnectionThreads, aPeerThatHasClosedBeforeTheFirstReadIsTheEnd) {
+    connectBoth();
+    server_.close();
+    EXPECT_EQ(client_.startReceiving(atClient_.receiver()), 0);
+    EXPECT_TRUE(client_.waitForEnd(patience));
+    client_.close();
+    EXPECT_EQ(atClient_.text(), "");
+    EXPECT_EQ(atClient_.ends(), 1);
 }
 
 TEST_P(StreamConnectionThreads, sendingToAPeerThatHasGoneIsAnError) {
@@ -199,9 +280,15 @@ TEST_P(StreamConnectionThreads, aListenerTakesSeveralPeers) {
     connectBoth();
     StreamConnection secondClient;
     StreamConnection secondServer;
-    std::future<int> accepted =
-        std::async(std::launch::async, [&] { return listener_.accept(secondServer, patience); });
-    EXPECT_TRUE(eventually([&] { return connect(secondClient) == 0; }));
-    EXPECT_EQ(accepted.get(), 0);
+    EXPECT_EQ(connect(secondClient), 0);
+    EXPECT_EQ(listener_.accept(secondServer, patience), 0);
+    ASSERT_EQ(secondClient.startReceiving(atClient_.receiver()), 0);
     EXPECT_EQ(secondServer.send("second", patience), 0);
+    EXPECT_TRUE(eventually([&] { return atClient_.text() == "second"; }));
+    secondClient.close();
+}
+
+TEST_P(StreamConnectionThreads, aClosedListenerTakesNobody) {
+    listener_.close();
+    EXPECT_NE(listener_.accept(server_, 10ms), 0);
 }

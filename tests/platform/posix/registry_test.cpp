@@ -37,6 +37,14 @@ TEST_F(MemoryRegistry, anAbsentValueOfAKeyHasNoSize) {
     }
 }
 
+TEST_F(MemoryRegistry, aNumberIsReadAsTextWhereNumbersAreExpectedAsWell) {
+    platform::setRegistryNumber(RegistryHive::user, "Software\\Maker", "Number", 0xFFFFFFFF);
+    platform::setRegistryString(RegistryHive::user, "Software\\Maker", "Text", "500");
+    EXPECT_EQ(platform::readRegistryStringOrNumber(RegistryHive::user, "Software\\Maker", "Number"), "4294967295");
+    EXPECT_EQ(platform::readRegistryStringOrNumber(RegistryHive::user, "Software\\Maker", "Text"), "500");
+    EXPECT_THROW(platform::readRegistryString(RegistryHive::user, "Software\\Maker", "Number"), winreg::RegException);
+}
+
 TEST_F(MemoryRegistry, isEmptyAfterClearing) {
     platform::setRegistryString(RegistryHive::user, "Software\\Maker", "Port", "500");
     platform::clearRegistry();
