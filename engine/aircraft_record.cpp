@@ -56,15 +56,20 @@ void takeCategoryLimits(AircraftRecord& aircraft) {
     aircraft.parkTaxiSpeed = limits.parkTaxiSpeedKnots;
 }
 
-std::string airlineFromCallsign(std::string_view callsign) {
+std::string airlineOfFlightNumber(std::string_view callsign) {
     const bool isFlightNumber = callsign.size() > airlineLength && isDigit(callsign[airlineLength]) &&
                                 std::all_of(callsign.begin(), callsign.begin() + airlineLength, isLetter);
     if (!isFlightNumber) {
-        return "PVT";
+        return {};
     }
     std::string airline(callsign.substr(0, airlineLength));
     std::transform(airline.begin(), airline.end(), airline.begin(), upperCase);
     return airline;
+}
+
+std::string airlineFromCallsign(std::string_view callsign) {
+    std::string airline = airlineOfFlightNumber(callsign);
+    return airline.empty() ? "PVT" : airline;
 }
 
 void takeCgHeight(AircraftRecord& aircraft, double feet) {

@@ -12,9 +12,6 @@
 #include "engine/aircraft_category.h"
 #include "engine/aircraft_states.h"
 
-/// The hexid of a static aircraft is a serial number of at most this.
-inline constexpr std::uint32_t highestStaticHexid = 10000;
-
 /// Indices that stand for "nothing sent yet".
 inline constexpr std::int32_t noThrottleIndex = 5;
 inline constexpr std::int32_t initialFlapsIndex = 4;
@@ -72,8 +69,9 @@ struct AircraftRecord {
 /// per cent, up or down. Throws as limitsOf does.
 void takeCategoryLimits(AircraftRecord& aircraft);
 
-/// The operator code when the feed gives none: the first three letters of a call sign of three letters and a digit, in
-/// upper case; else "PVT".
+/// The operator code that a call sign of three letters and a digit begins with, in upper case; empty for any other.
+std::string airlineOfFlightNumber(std::string_view callsign);
+/// The operator code when the feed gives none: that of the flight number, else "PVT".
 std::string airlineFromCallsign(std::string_view callsign);
 
 /// Takes the simulator's answer for the height of the centre of gravity (feet); one below 1 or above 35 is ignored.

@@ -27,7 +27,12 @@ auto hasHexid(std::uint32_t hexid) {
 }
 
 auto hasObjectId(std::uint32_t objectId) {
-    return [objectId](const AircraftRecord& aircraft) { return aircraft.objectId == objectId; };
+    // 0 is what a record without an object holds.
+    return [objectId](const AircraftRecord& aircraft) { return objectId != 0 && aircraft.objectId == objectId; };
+}
+
+bool isDropped(const AircraftRecord& aircraft) {
+    return aircraft.dropRecord != 0 || aircraft.dropRecordQueued != 0;
 }
 
 template <typename Record>
@@ -77,9 +82,11 @@ AircraftRecord* findAircraftByObjectId(std::uint32_t objectId) {
 }
 
 void compactLiveTable() {
-    std::erase_if(liveTable, [](const LiveAircraft& aircraft) {
-        return aircraft.dropRecord != 0 || aircraft.dropRecordQueued != 0;
-    });
+    std::erase_if(liveTable, isDropped);
+}
+
+void compactStaticTable() {
+    std::erase_if(staticTable, isDropped);
 }
 
 void eraseBySwap(LiveAircraft& aircraft) {

@@ -18,7 +18,7 @@ extern std::vector<std::uint32_t> addingStack;
 /// Call signs of ghosts that were removed; a ghost of one of these names is never spawned again.
 extern std::vector<std::string> blockedGhosts;
 
-// Look-ups scan from the front; the first hit wins. Nothing found is a null pointer.
+// Look-ups scan from the front; the first hit wins. Nothing found is a null pointer, and no record has object id 0.
 
 LiveAircraft* findLiveByHexid(std::uint32_t hexid);
 LiveAircraft* findLiveByCallsign(std::string_view callsign);
@@ -33,6 +33,8 @@ AircraftRecord* findAircraftByObjectId(std::uint32_t objectId);
 
 /// Erases the live aircraft that are marked with dropRecord or dropRecordQueued; the others keep their order.
 void compactLiveTable();
+/// The same for the static ones.
+void compactStaticTable();
 /// Erases one element by moving the last into its place. The element must be of that table.
 void eraseBySwap(LiveAircraft& aircraft);
 void eraseStaticBySwap(AircraftRecord& aircraft);

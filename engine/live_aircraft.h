@@ -3,6 +3,7 @@
 // Engine thread only.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -12,10 +13,9 @@
 #include "engine/sample_stream.h"
 #include "feed/feed_record.h"
 
-/// A pair of metres east and north, or whatever the place of use says.
 struct Offset {
-    double x = 0;
-    double y = 0;
+    double northMetres = 0;
+    double eastMetres = 0;
 };
 
 /// A quadratic curve on the ground: from p0 towards the control point, which p1 and p2 both hold, to p3. Offsets are metres
@@ -28,9 +28,7 @@ struct GroundCurve {
     Offset p2{none, none};
     Offset p3{none, none};
 
-    bool exists() const { return p3.x == p3.x; }
-    /// All of it goes together.
-    void clear() { *this = GroundCurve{}; }
+    bool exists() const { return !std::isnan(p3.northMetres) && !std::isnan(p3.eastMetres); }
 };
 
 inline constexpr std::int32_t initialTimeShiftSlots = 1000;
@@ -54,7 +52,7 @@ struct LiveAircraft : AircraftRecord {
     std::int64_t parkedAt = 0;      ///< ticks of 100 ns at arrival on the stand
     std::int32_t extensions = 0;    ///< samples by which the stream may still be extended; -1 when they were used up
     std::int32_t holdStartSlot = 0; ///< slotClock when holding began
-    FlightPhase phase = FlightPhase::birth;         ///< changed by changePhase alone
+    FlightPhase phase = FlightPhase::birth;         ///< changed by changePhase, but where a rule sets it directly
     FlightPhase previousPhase = FlightPhase::birth; ///< before the last real change
     std::uint8_t seenAtStand = 0;                   ///< a sample confirmed the aircraft at its stand
     std::uint8_t onGround = 0;                      ///< driven as a ground object
@@ -109,6 +107,9 @@ struct LiveAircraft : AircraftRecord {
     std::uint8_t leavingStand = 0;  ///< a moved sample arrived while parked
     std::uint8_t turning = 0;       ///< the heading error exceeds 3 degrees on the ground
 };
+
+/// No curve, and nothing travelled on it.
+void clearCurve(LiveAircraft& aircraft);
 
 /// Writes the new phase and keeps the old one in previousPhase; nothing when it would not change.
 void changePhase(LiveAircraft& aircraft, FlightPhase phase);

@@ -38,6 +38,9 @@ SampleStream& SampleStream::operator=(SampleStream&& other) noexcept {
     std::swap(ring_, other.ring_);
     std::swap(head_, other.head_);
     std::swap(size_, other.size_);
+    if (this != &other) {
+        other.clear();
+    }
     return *this;
 }
 
@@ -74,9 +77,10 @@ void SampleStream::pushBack(const Sample& sample) {
 
 void SampleStream::pushFront(const Sample& sample) {
     makeRoom();
-    head_ = (head_ + ring_.size() - 1) & (ring_.size() - 1);
+    // The place before the first is the last of the ring: the block is made before anything moves.
+    blockAt(ring_.size() - 1) = sample;
+    head_ = place(ring_.size() - 1);
     ++size_;
-    blockAt(0) = sample;
 }
 
 void SampleStream::insert(std::size_t index, const Sample& sample) {

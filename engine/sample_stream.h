@@ -8,12 +8,14 @@
 
 #include "feed/feed_record.h"
 
-/// A ring of samples: element 0 is the one being flown from, element 1 the next target. Its blocks are made when the ring
-/// first reaches them and used again afterwards, so that a stream that stays within its ring allocates nothing.
+/// A ring of samples. While a leg is planned element 0 is the sample flown from and element 1 the next target; the planning
+/// removes element 0, so that in flight element 0 is the target of the present leg. The blocks are made when the ring first
+/// reaches them and used again afterwards: a stream that stays within its ring allocates nothing.
 /// A reference stays good until its element is removed, also when the ring grows.
 class SampleStream {
 public:
     SampleStream() = default;
+    /// The other one is empty afterwards.
     SampleStream(SampleStream&& other) noexcept;
     SampleStream& operator=(SampleStream&& other) noexcept;
     SampleStream(const SampleStream& other);

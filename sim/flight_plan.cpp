@@ -1,6 +1,7 @@
 // sim/flight_plan.cpp
 #include "sim/flight_plan.h"
 
+#include <algorithm>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -31,6 +32,20 @@ const char* rulesOf(AircraftCategory category) {
 
 void logFailure(const char* routine, const std::error_code& error) {
     log(fmt::format("{}: {}", routine, platform::readableText(error.message())));
+}
+
+bool hasFiles() {
+    std::error_code unreadable;
+    const bool isEmpty = fs::is_empty(folder, unreadable);
+    return !unreadable && !isEmpty;
+}
+
+/// What would make the file something else than the simulator reads is no airport.
+bool isAirportCode(const std::string& code) {
+    const auto isPlain = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+    };
+    return !code.empty() && std::all_of(code.begin(), code.end(), isPlain);
 }
 
 std::error_code removeFolder() {
@@ -77,7 +92,7 @@ bool lf_writeFlightPlan(const fs::path& path, const AircraftRecord& aircraft) {
 }
 
 fs::path gf_flightPlanFor(const AircraftRecord& aircraft) {
-    if (aircraft.origin.empty() || aircraft.destination.empty()) {
+    if (folder.empty() || !isAirportCode(aircraft.origin) || !isAirportCode(aircraft.destination)) {
         return {};
     }
     fs::path path = lf_flightPlanPath(aircraft.hexid);
@@ -85,6 +100,9 @@ fs::path gf_flightPlanFor(const AircraftRecord& aircraft) {
 }
 
 void gf_removeFlightPlan(std::uint32_t hexid) {
+    if (folder.empty()) {
+        return;
+    }
     std::error_code error;
     fs::remove(lf_flightPlanPath(hexid), error);
     if (error) {
@@ -98,8 +116,7 @@ void gf_removeFlightPlanFolder() {
     }
     // Not every system's code for a folder with files in it compares equal to directory_not_empty: look into the folder.
     std::error_code error = removeFolder();
-    std::error_code unreadable;
-    if (error && !fs::is_empty(folder, unreadable)) {
+    if (error && hasFiles()) {
         gf_removeFilesFromDirectory(folder);
         error = removeFolder();
     }

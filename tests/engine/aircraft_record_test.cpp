@@ -40,14 +40,17 @@ TEST(AircraftRecord, beginsInTheBufferWithNothingSent) {
 }
 
 TEST(AircraftRecord, aCurveIsClearedWhole) {
-    GroundCurve curve;
-    curve.p1 = curve.p2 = {1, 2};
-    curve.p3 = {3, 4};
-    ASSERT_TRUE(curve.exists());
-    curve.clear();
-    EXPECT_FALSE(curve.exists());
-    EXPECT_TRUE(std::isnan(curve.p1.x));
-    EXPECT_TRUE(std::isnan(curve.p2.y));
+    LiveAircraft aircraft;
+    aircraft.curve.p1 = aircraft.curve.p2 = {1, 2};
+    aircraft.curve.p3 = {3, 4};
+    aircraft.curveT = 0.5;
+    ASSERT_TRUE(aircraft.curve.exists());
+    clearCurve(aircraft);
+    EXPECT_FALSE(aircraft.curve.exists());
+    for (const Offset& offset : {aircraft.curve.p1, aircraft.curve.p2, aircraft.curve.p3}) {
+        EXPECT_TRUE(std::isnan(offset.northMetres) && std::isnan(offset.eastMetres));
+    }
+    EXPECT_EQ(aircraft.curveT, 0);
 }
 
 TEST(AircraftRecord, theAirlineComesFromACallSignOfThreeLettersAndADigit) {
@@ -61,6 +64,7 @@ TEST(AircraftRecord, anyOtherCallSignIsPrivate) {
                                  "\xc3\x84"
                                  "BC1"}) {
         EXPECT_EQ(airlineFromCallsign(callsign), "PVT") << callsign;
+        EXPECT_EQ(airlineOfFlightNumber(callsign), "") << callsign;
     }
 }
 
@@ -92,17 +96,24 @@ TEST(AircraftRecord, aPitchOnTheGroundOutsideItsBoundsIsReplaced) {
 }
 
 TEST(AircraftRecord, theCategoryGivesTheLimitsInRadians) {
-    AircraftRecord aircraft;
-    aircraft.category = AircraftCategory::Heavy;
-    takeCategoryLimits(aircraft);
-    EXPECT_EQ(aircraft.flareSlots, 450);
-    EXPECT_EQ(aircraft.rolloutSlots, 450);
-    EXPECT_EQ(aircraft.rotateSlots, 250);
-    EXPECT_EQ(aircraft.climbPitchSlots, 400);
-    EXPECT_DOUBLE_EQ(aircraft.baseTurnRate, 0.05 * radiansPerDegree);
-    EXPECT_EQ(aircraft.turnRate, aircraft.baseTurnRate);
-    EXPECT_EQ(aircraft.maxClimbPerSlot, 0.5);
-    EXPECT_EQ(aircraft.parkTaxiSpeed, 3);
+    for (std::size_t i = 0; i < aircraftCategoryCount; ++i) {
+        AircraftRecord aircraft;
+        aircraft.category = static_cast<AircraftCategory>(i);
+        const CategoryLimits& limits = limitsOf(aircraft.category);
+        takeCategoryLimits(aircraft);
+        EXPECT_EQ(aircraft.flareSlots, limits.flareSlots) << i;
+        EXPECT_EQ(aircraft.rolloutSlots, limits.rolloutSlots) << i;
+        EXPECT_EQ(aircraft.rotateSlots, limits.rotateSlots) << i;
+        EXPECT_EQ(aircraft.climbPitchSlots, limits.climbPitchSlots) << i;
+        EXPECT_DOUBLE_EQ(aircraft.baseTurnRate, limits.baseTurnRateDeg * radiansPerDegree) << i;
+        EXPECT_EQ(aircraft.turnRate, aircraft.baseTurnRate) << i;
+        EXPECT_EQ(aircraft.maxClimbPerSlot, limits.maxClimbPerSlotFeet) << i;
+        EXPECT_EQ(aircraft.parkTaxiSpeed, limits.parkTaxiSpeedKnots) << i;
+        const double rotate = limits.rotatePitchDeg * radiansPerDegree;
+        const double climb = limits.climbPitchDeg * radiansPerDegree;
+        EXPECT_NEAR(aircraft.rotatePitch, rotate, std::abs(rotate) * 0.0251) << i;
+        EXPECT_NEAR(aircraft.climbPitch, climb, std::abs(climb) * 0.0501) << i;
+    }
 }
 
 TEST(AircraftRecord, theRandomSpreadIsAlwaysExactlyItsPercentage) {

@@ -9,17 +9,44 @@
 
 namespace {
 
-TEST(AircraftStates, phasesAreNamedInTheOrderOfTheirNumbers) {
-    const std::array names{"pushing_back", "pushed_back", "taxi", "take_off", "flying", "parking", "parked", "birth"};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        EXPECT_EQ(printedName(static_cast<FlightPhase>(i)), names.at(i));
+TEST(AircraftStates, phasesHaveFixedNumbersAndNames) {
+    struct Row {
+        FlightPhase phase;
+        int number;
+        const char* name;
+    };
+    const std::array<Row, 8> rows{{
+        {FlightPhase::pushing_back, 0, "pushing_back"},
+        {FlightPhase::pushed_back, 1, "pushed_back"},
+        {FlightPhase::taxi, 2, "taxi"},
+        {FlightPhase::take_off, 3, "take_off"},
+        {FlightPhase::flying, 4, "flying"},
+        {FlightPhase::parking, 5, "parking"},
+        {FlightPhase::parked, 6, "parked"},
+        {FlightPhase::birth, 7, "birth"},
+    }};
+    for (const Row& row : rows) {
+        EXPECT_EQ(static_cast<int>(row.phase), row.number);
+        EXPECT_EQ(printedName(row.phase), row.name);
     }
 }
 
-TEST(AircraftStates, lifeStatesAreNamedInTheOrderOfTheirNumbers) {
-    const std::array names{"buffer", "adding2sim", "active", "liveryrespawn", "removingfromsim"};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        EXPECT_EQ(printedName(static_cast<LifeState>(i)), names.at(i));
+TEST(AircraftStates, lifeStatesHaveFixedNumbersAndNames) {
+    struct Row {
+        LifeState state;
+        int number;
+        const char* name;
+    };
+    const std::array<Row, 5> rows{{
+        {LifeState::buffer, 0, "buffer"},
+        {LifeState::adding2sim, 1, "adding2sim"},
+        {LifeState::active, 2, "active"},
+        {LifeState::liveryrespawn, 3, "liveryrespawn"},
+        {LifeState::removingfromsim, 4, "removingfromsim"},
+    }};
+    for (const Row& row : rows) {
+        EXPECT_EQ(static_cast<int>(row.state), row.number);
+        EXPECT_EQ(printedName(row.state), row.name);
     }
 }
 
@@ -32,7 +59,14 @@ TEST(AircraftStates, printingPhase8IsOutOfRangeRatherThanAnEmptyName) {
             EXPECT_STREQ(exception.what(), "invalid unordered_map<K, T> key");
         }
     }
-    EXPECT_THROW(printedName(static_cast<LifeState>(5)), std::out_of_range);
+    for (const int state : {5, -1}) {
+        try {
+            printedName(static_cast<LifeState>(state));
+            FAIL() << state;
+        } catch (const std::out_of_range& exception) {
+            EXPECT_STREQ(exception.what(), "invalid unordered_map<K, T> key");
+        }
+    }
 }
 
 TEST(AircraftStates, aPhaseChangeKeepsTheFormerPhase) {

@@ -48,6 +48,17 @@ TEST_F(AircraftTables, theFirstHitWins) {
     EXPECT_EQ(findLiveByHexid(20002)->objectId, 6U);
     EXPECT_EQ(findLiveByObjectId(6)->hexid, 20002U);
     EXPECT_EQ(findLiveByCallsign("SWR2"), nullptr);
+    addLive(20002, "SWR3", 6);
+    EXPECT_EQ(findLiveByHexid(20002)->callsign, "SWR1");
+    EXPECT_EQ(findLiveByObjectId(6)->callsign, "SWR1");
+}
+
+TEST_F(AircraftTables, nothingHasObjectId0) {
+    addLive(20001, "SWR1", 0);
+    addStatic(17, 0);
+    EXPECT_EQ(findLiveByObjectId(0), nullptr);
+    EXPECT_EQ(findStaticByObjectId(0), nullptr);
+    EXPECT_EQ(findAircraftByObjectId(0), nullptr);
 }
 
 TEST_F(AircraftTables, aLiveAircraftIsFoundBeforeAStaticOne) {
@@ -73,6 +84,17 @@ TEST_F(AircraftTables, compactionKeepsTheOrder) {
         ASSERT_EQ(aircraft.stream.size(), 1U);
         EXPECT_EQ(aircraft.stream[0].slot, static_cast<int>(aircraft.hexid)) << "the samples go with their aircraft";
     }
+}
+
+TEST_F(AircraftTables, staticAircraftAreCompactedLikeLiveOnes) {
+    addStatic(1, 0);
+    addStatic(2, 0);
+    addStatic(3, 0);
+    staticTable[0].dropRecord = 1;
+    staticTable[1].dropRecordQueued = 1;
+    compactStaticTable();
+    ASSERT_EQ(staticTable.size(), 1U);
+    EXPECT_EQ(staticTable[0].hexid, 3U);
 }
 
 TEST_F(AircraftTables, aConfirmedRemovalMovesTheLastIntoTheGap) {

@@ -81,6 +81,26 @@ TEST(SampleStream, aCopyIsItsOwnAndAMovedOneIsEmpty) {
     EXPECT_TRUE(copy.empty()); // NOLINT(bugprone-use-after-move): that is what is tested
 }
 
+TEST(SampleStream, oneThatWasMovedIntoAnotherIsEmpty) {
+    SampleStream from = streamOf({1, 2});
+    SampleStream to = streamOf({7, 8, 9});
+    to = std::move(from);
+    EXPECT_EQ(slotsOf(to), (std::vector<int>{1, 2}));
+    EXPECT_TRUE(from.empty()); // NOLINT(bugprone-use-after-move): that is what is tested
+}
+
+TEST(SampleStream, takesACopyOfItsOwnElementWhileItGrows) {
+    SampleStream stream = streamOf({1, 2, 3, 4, 5, 6, 7, 8});
+    stream.pushBack(stream[0]);
+    EXPECT_EQ(stream[8].slot, 1);
+    while (stream.size() < 16) {
+        stream.pushFront(stream[stream.size() - 1]);
+    }
+    stream.pushFront(stream[15]);
+    EXPECT_EQ(stream[0].slot, 1);
+    EXPECT_EQ(stream.size(), 17U);
+}
+
 TEST(SampleStream, theFirstOfAnEmptyOneIsALogLine) {
     LogCapture log;
     SampleStream stream;
@@ -148,6 +168,8 @@ TEST(SampleStream, allocatesNothingInSteadyState) {
         stream.pushBack(at(i));
         stream.insert(3, at(i));
         stream.erase(5);
+        stream.popBack();
+        stream.pushFront(at(i));
     }
     EXPECT_EQ(allocationsOfThisThread(), before);
 }

@@ -6,6 +6,7 @@
 
 #include "platform/files.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -25,6 +26,7 @@ protected:
         return aircraft;
     }
 
+    TemporaryFolder workingFolder;
     LogCapture log;
     fs::path folder;
 };
@@ -102,6 +104,38 @@ TEST_F(FlightPlan, closingWithFilesInTheFolderRemovesThemAndTheFolder) {
     EXPECT_FALSE(fs::exists(folder));
     EXPECT_TRUE(fs::exists(folder.parent_path())) << "the settings live there";
     EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(FlightPlan, whatARunThatWasKilledHasLeftGoesWithTheFolder) {
+    writeFile(folder / "1.pln", "x");
+    writeFile(folder / "notes.txt", "x");
+    ASSERT_TRUE(gf_createFlightPlanFolder());
+    gf_removeFlightPlanFolder();
+    EXPECT_FALSE(fs::exists(folder));
+}
+
+TEST_F(FlightPlan, aFolderThatThisRunHasNotMadeIsNotRemoved) {
+    fs::create_directories(folder);
+    gf_removeFlightPlanFolder();
+    EXPECT_TRUE(fs::exists(folder));
+    fs::remove(folder);
+}
+
+TEST_F(FlightPlan, withoutAFolderNothingIsWrittenOrRemoved) {
+    writeFile("7.pln", "the user's own");
+    gf_removeFlightPlan(7);
+    EXPECT_TRUE(fs::exists("7.pln"));
+    EXPECT_EQ(gf_flightPlanFor(flight(AircraftCategory::Large)), fs::path());
+    EXPECT_FALSE(fs::exists("4921892.pln"));
+}
+
+TEST_F(FlightPlan, anAirportThatIsNoCodeGivesNoFile) {
+    ASSERT_TRUE(gf_createFlightPlanFolder());
+    for (const char* origin : {"A&B", "<X>", "\xc4", "LS ZH", "\""}) {
+        AircraftRecord aircraft = flight(AircraftCategory::Large);
+        aircraft.origin = origin;
+        EXPECT_EQ(gf_flightPlanFor(aircraft), fs::path()) << origin;
+    }
 }
 
 TEST_F(FlightPlan, anEmptyFolderIsRemovedAndNoneIsNoFailure) {
