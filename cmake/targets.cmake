@@ -39,13 +39,3 @@ function(tarnwing_library name)
         target_link_libraries(platform PUBLIC ws2_32 winmm gdi32 shell32 ole32 uuid advapi32 user32)
     endif()
 endfunction()
-
-# The target transport from the vendor's own library: the file SimConnect of its folder, or of the folder lib in it.
-# The calls are declared by sim/simconnect.h either way; the vendor's headers are only put within reach.
-function(tarnwing_vendor_transport folder)
-    find_library(TARNWING_SIMCONNECT_LIBRARY SimConnect PATHS ${folder} PATH_SUFFIXES lib
-                 REQUIRED NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
-    add_library(transport INTERFACE)
-    target_include_directories(transport SYSTEM INTERFACE ${folder} ${folder}/include)
-    target_link_libraries(transport INTERFACE ${TARNWING_SIMCONNECT_LIBRARY} core)
-endfunction()

@@ -33,13 +33,20 @@ void keepRecords(RecordBatch& batch, std::vector<std::string>& records) {
 Cut cutInPieces(std::string_view bytes, std::size_t pieceBytes) {
     Cut cut;
     RecordStream stream(limit);
-    RecordBatch batch;
+    RecordBatch arrived;
+    RecordBatch waiting;
+    bool dispatching = false; // at every other piece
     while (!bytes.empty()) {
         const std::string_view piece = bytes.substr(0, pieceBytes);
-        cut.sound = stream.append(piece, batch);
+        cut.sound = stream.append(piece, arrived);
         bytes.remove_prefix(piece.size());
-        keepRecords(batch, cut.records);
+        waiting.take(arrived);
+        if (dispatching) {
+            keepRecords(waiting, cut.records);
+        }
+        dispatching = !dispatching;
     }
+    keepRecords(waiting, cut.records);
     return cut;
 }
 

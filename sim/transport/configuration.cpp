@@ -8,7 +8,6 @@
 
 #include <fmt/printf.h>
 
-#include "core/number_text.h"
 #include "core/run_flags.h"
 #include "core/text_files.h"
 #include "platform/files.h"
@@ -66,9 +65,9 @@ int wantedSimulatorVersion() {
 std::string registryPort(Protocol protocol) {
     const std::string key = fmt::sprintf("SOFTWARE\\Lockheed Martin\\Prepar3D v%d", wantedSimulatorVersion());
     try {
-        return platform::readRegistryString(platform::RegistryHive::user, key,
-                                            protocol == Protocol::ipv6 ? "SimConnect_Port_IPv6"
-                                                                       : "SimConnect_Port_IPv4");
+        return platform::readRegistryStringOrNumber(platform::RegistryHive::user, key,
+                                                    protocol == Protocol::ipv6 ? "SimConnect_Port_IPv6"
+                                                                               : "SimConnect_Port_IPv4");
     } catch (const std::exception&) {
         return {}; // no simulator has run yet
     }
@@ -99,7 +98,7 @@ ConnectionSettings settingsFrom(const std::vector<std::string>& lines, std::uint
     const auto value = [&, section = sectionName(configIndex)](std::string_view key) {
         return iniValue(lines, section, key);
     };
-    const auto number = [&](std::string_view key) { return parseInt(value(key)).value_or(0); };
+    const auto number = [&](std::string_view key) { return leadingNumber(value(key)); };
     ConnectionSettings settings;
     settings.protocol = protocolFrom(value("Protocol"));
     settings.address = firstCharacters(value("Address"), maxTextCharacters);
@@ -130,9 +129,9 @@ std::string hostName(const ConnectionSettings& settings) {
 }
 
 std::optional<std::uint16_t> portNumber(const ConnectionSettings& settings) {
-    const std::optional<int> port = parseInt(settings.port.empty() ? registryPort(settings.protocol) : settings.port);
-    if (!port || *port < 1 || *port > 65535) {
+    const int port = leadingNumber(settings.port.empty() ? registryPort(settings.protocol) : settings.port);
+    if (port < 1 || port > 65535) {
         return std::nullopt;
     }
-    return static_cast<std::uint16_t>(*port);
+    return static_cast<std::uint16_t>(port);
 }

@@ -34,5 +34,5 @@ std::string pipeName(const ConnectionSettings& settings);
 /// The host of a TCP connection.
 std::string hostName(const ConnectionSettings& settings);
 /// The port of a TCP connection: that of the settings, else the one that the running simulator has put into the registry.
-/// Nothing when there is none, or it is no port number.
+/// Nothing when there is none, or it does not begin with a port number.
 std::optional<std::uint16_t> portNumber(const ConnectionSettings& settings);

@@ -1,14 +1,16 @@
 // sim/transport/connection.cpp
 #include "sim/transport/connection.h"
 
-#include <chrono>
+#include <algorithm>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include <fmt/printf.h>
 
 #include "core/log.h"
+#include "platform/threads.h"
 
 using namespace std::chrono_literals;
 
@@ -16,10 +18,28 @@ namespace {
 
 /// What a simulator on this machine or in the house needs at most, with room for one lost packet of the handshake.
 constexpr auto connectLimit = 1500ms;
-/// Longer than a simulator stalls while it loads scenery; a peer that does not read for so long will not read again.
-constexpr auto sendLimit = 3s;
-/// Records that nobody dispatches are kept up to here.
+/// For what is still to go out or come in when a connection ends.
+constexpr auto farewellLimit = 500ms;
+/// What one write of the system's has. Within the time of a standstill one of them must have gone.
+constexpr std::size_t pieceBytes = 65536;
+/// Packets that the peer does not take are kept up to here. Between two frames there are hundreds of kilobytes, and a
+/// simulator that stands still sends no frames.
+constexpr std::size_t maxQueuedBytes = std::size_t{4} << 20;
+/// Records that nobody dispatches are kept up to here, or up to the largest one where that is more.
 constexpr std::size_t maxWaitingBytes = std::size_t{64} << 20;
+
+std::atomic<int> eventFailureTold{0};
+
+/// The program tries again many times a second; a failure is told once, until there is another outcome.
+bool createEvents(platform::StreamConnection& stream) {
+    const int error = stream.createEvents();
+    if (eventFailureTold.exchange(error) != error && error != 0) {
+        std::string text = fmt::sprintf("CreateEvent failed with %d.\n", error);
+        text.pop_back(); // the log ends its lines itself
+        logError(text);
+    }
+    return error == 0;
+}
 
 } // namespace
 
@@ -40,36 +60,125 @@ int connectStream(platform::StreamConnection& stream, const ConnectionSettings& 
     return settings.disableNagle ? stream.disableNagle() : 0;
 }
 
-std::unique_ptr<Connection> Connection::open(const ConnectionSettings& settings, void* arrival) {
-    std::unique_ptr<Connection> connection(new Connection(settings.maxRecordBytes, arrival));
-    platform::StreamConnection& stream = connection->stream_;
-    if (const int error = stream.createEvents()) {
-        logError(fmt::sprintf("CreateEvent failed with %d.\n", error));
-        return nullptr;
-    }
-    const auto receive = [receiver = connection.get()](std::string_view bytes) { return receiver->receive(bytes); };
-    if (connectStream(stream, settings) != 0 || stream.startReceiving(receive) != 0) {
+std::unique_ptr<Connection> Connection::open(const ConnectionSettings& settings, void* arrival,
+                                             std::chrono::milliseconds standstill) {
+    std::unique_ptr<Connection> connection(new Connection(settings.maxRecordBytes, arrival, standstill));
+    if (!createEvents(connection->stream_) || connectStream(connection->stream_, settings) != 0) {
         return nullptr;
     }
     return connection;
 }
 
-Connection::Connection(std::size_t maxRecordBytes, void* arrival) : received_(maxRecordBytes), arrival_(arrival) {}
+/// Both queues have their whole size from the start, so that no call takes anything from the heap. The system gives the
+/// memory only as far as it is used.
+Connection::Connection(std::size_t maxRecordBytes, void* arrival, std::chrono::milliseconds standstill)
+    : standstill_(standstill), received_(maxRecordBytes), maxWaitingBytes_(std::max(maxWaitingBytes, maxRecordBytes)),
+      arrival_(arrival) {
+    queued_.reserve(maxQueuedBytes);
+    sending_.reserve(maxQueuedBytes);
+}
 
-HRESULT Connection::sendWritten() {
+/// Bytes that lie unread at the close would make the system throw away what the peer has not read: hence the wait for its
+/// end, while the receiver reads on.
+Connection::~Connection() {
+    if (!sender_.joinable()) {
+        return;
+    }
+    finishSending();
+    if (!failed() && stream_.shutDownSending() == 0) {
+        stream_.waitForEnd(farewellLimit);
+    }
+}
+
+bool Connection::start() {
+    if (stream_.startReceiving([this](std::string_view bytes) { return receive(bytes); }) != 0) {
+        return false;
+    }
+    try {
+        sender_ = std::thread([this] { sendAll(); });
+    } catch (const std::system_error&) {
+        return false;
+    }
+    return true;
+}
+
+/// Under sendLock_.
+HRESULT Connection::queueWritten() {
     if (failed()) {
         return E_FAIL;
     }
     if (!writer_.valid()) {
         return E_INVALIDARG;
     }
-    if (stream_.send(writer_.packet(), sendLimit) != 0) {
-        const std::lock_guard lock(recordLock_);
-        failed_ = true;
+    const std::string_view packet = writer_.packet();
+    if (packet.size() > maxQueuedBytes - queued_.size()) {
+        sendFailed_ = true;
+        stream_.cancelSending();
         return E_FAIL;
     }
+    queued_.insert(queued_.end(), packet.begin(), packet.end());
     ++lastPacketId_;
     return S_OK;
+}
+
+/// The sender's thread.
+void Connection::sendAll() {
+    platform::nameThisThread("Sim Sender");
+    while (takeQueued()) {
+        if (!sendTaken()) {
+            sendFailed_ = true;
+            finishReceiving();
+            break;
+        }
+    }
+    const std::lock_guard lock(sendLock_);
+    senderOut_ = true;
+    senderLeft_.notify_one();
+}
+
+/// Waits for packets; false when there are none and the connection closes.
+bool Connection::takeQueued() {
+    sending_.clear();
+    std::unique_lock lock(sendLock_);
+    while (queued_.empty() && !closing_) {
+        senderWaits_ = true;
+        senderWakes_.wait(lock);
+    }
+    senderWaits_ = false;
+    queued_.swap(sending_);
+    return !sending_.empty();
+}
+
+bool Connection::sendTaken() {
+    std::string_view bytes(sending_.data(), sending_.size());
+    while (!bytes.empty()) {
+        const std::string_view piece = bytes.substr(0, pieceBytes);
+        if (stream_.send(piece, standstill_) != 0) {
+            return false;
+        }
+        bytes.remove_prefix(piece.size());
+    }
+    return true;
+}
+
+/// A peer that goes has told why before: that must still arrive.
+void Connection::finishReceiving() {
+    if (!closing_ && !stream_.waitForEnd(farewellLimit)) {
+        endReceiving();
+    }
+}
+
+void Connection::finishSending() {
+    {
+        std::unique_lock lock(sendLock_);
+        closing_ = true;
+        senderWakes_.notify_one();
+        if (!failed()) {
+            senderLeft_.wait_for(lock, farewellLimit, [this] { return senderOut_; });
+        }
+    }
+    stream_.cancelSending();
+    sender_.join();
 }
 
 HRESULT Connection::lastPacketId(DWORD& packetId) {
@@ -87,7 +196,7 @@ HRESULT Connection::dispatch(DispatchProc procedure, void* context) {
     {
         const std::lock_guard lock(recordLock_);
         batch = std::exchange(waiting_, std::move(spare_));
-        last = failed_;
+        last = ended_;
     }
     batch.forEach(
         [&](char* record, DWORD size) { procedure(reinterpret_cast<SIMCONNECT_RECV*>(record), size, context); });
@@ -97,26 +206,40 @@ HRESULT Connection::dispatch(DispatchProc procedure, void* context) {
     return last ? E_FAIL : S_OK;
 }
 
+/// The receiver. Once the connection closes, it only reads.
 bool Connection::receive(std::string_view bytes) {
-    bool going = false;
-    {
-        const std::lock_guard lock(recordLock_);
-        going = !failed_ && !bytes.empty() && keepRecords(bytes);
-        failed_ = !going;
+    if (closing_ || (!ended_ && !bytes.empty() && keepRecords(bytes))) {
+        return true;
     }
-    platform::signalEvent(arrival_);
-    return going;
+    endReceiving();
+    return false;
 }
 
 bool Connection::keepRecords(std::string_view bytes) {
     try {
-        return received_.append(bytes, waiting_) && waiting_.bytes() <= maxWaitingBytes;
+        const bool sound = received_.append(bytes, arrived_);
+        return (arrived_.empty() || handOver()) && sound;
     } catch (const std::bad_alloc&) {
         return false;
     }
 }
 
-bool Connection::failed() {
-    const std::lock_guard lock(recordLock_);
-    return failed_;
+/// Whether there is room for more.
+bool Connection::handOver() {
+    bool room = false;
+    {
+        const std::lock_guard lock(recordLock_);
+        waiting_.take(arrived_);
+        room = waiting_.bytes() <= maxWaitingBytes_;
+    }
+    platform::signalEvent(arrival_);
+    return room;
+}
+
+void Connection::endReceiving() {
+    {
+        const std::lock_guard lock(recordLock_);
+        ended_ = true;
+    }
+    platform::signalEvent(arrival_);
 }

@@ -1,11 +1,18 @@
 // sim/transport/connection.h
 // One connection to the simulator: packets out, records in.
-// Packets may be sent and records dispatched from several threads; what arrives comes in on a thread of the system's.
+// Packets may be sent from several threads, beside the one that dispatches; they go out on a thread of the connection's own,
+// and what arrives comes in on a thread of the system's.
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "platform/stream_connection.h"
 #include "sim/simconnect.h"
@@ -13,54 +20,97 @@
 #include "sim/transport/packet_writer.h"
 #include "sim/transport/record_stream.h"
 
+/// A simulator that loads scenery stands still for tens of seconds; one that has not taken a piece of what waits for so long
+/// is gone.
+inline constexpr std::chrono::seconds longestStandstill{30};
+
 /// Opens the stream that the settings ask for. There is no other way when that one fails: 0, or an error code.
 int connectStream(platform::StreamConnection& stream, const ConnectionSettings& settings);
 
-/// It has failed, and stays so, once the peer has closed, has sent a record whose size cannot be, or takes no packets.
+/// No call waits for the peer: packets queue up and go out in the background. The connection has failed, and stays so, once
+/// the peer has closed, has sent a record whose size cannot be, or does not take its packets: too many of them wait, or
+/// nothing has gone for too long.
 class Connection {
 public:
-    /// Nothing when the simulator cannot be reached. Each arrival of records sets `arrival`, when that is an event object.
-    static std::unique_ptr<Connection> open(const ConnectionSettings& settings, void* arrival);
+    /// Nothing when the simulator cannot be reached. Each arrival of records, and the end, sets `arrival`, when that is an
+    /// event object.
+    static std::unique_ptr<Connection> open(const ConnectionSettings& settings, void* arrival,
+                                            std::chrono::milliseconds standstill = longestStandstill);
 
-    ~Connection() = default;
+    /// What is still queued goes out, and the peer has time to read it, each for half a second at most. Alone, after all
+    /// other calls have returned.
+    ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Sends a packet whose parameters write(PacketWriter&) gives. E_INVALIDARG when they do not fit in a packet, which is
+    /// Begins to send and to receive; packets may be queued before. False when the system does not let it.
+    bool start();
+
+    /// Queues a packet whose parameters write(PacketWriter&) gives. E_INVALIDARG when they do not fit in a packet, which is
     /// not sent then; E_FAIL when the connection has failed.
     template <typename Write>
     HRESULT send(Operation operation, Write write) {
-        const std::lock_guard lock(sendLock_);
+        std::unique_lock lock(sendLock_);
         writer_.begin(operation, lastPacketId_ + 1);
         write(writer_);
-        return sendWritten();
+        const HRESULT result = queueWritten();
+        const bool wake = std::exchange(senderWaits_, false);
+        lock.unlock();
+        if (wake) {
+            senderWakes_.notify_one();
+        }
+        return result;
     }
 
+    /// That of the last packet that has been queued.
     HRESULT lastPacketId(DWORD& packetId);
 
-    /// Runs the procedure for every record that has arrived whole, also for those from before a failure. It may send, and
-    /// must not close the connection.
+    /// Runs the procedure for every record that has arrived whole. E_FAIL when no more will come; the last ones have been
+    /// handed out then. The procedure may send, and must not close the connection. One thread at a time.
     HRESULT dispatch(DispatchProc procedure, void* context);
 
 private:
-    Connection(std::size_t maxRecordBytes, void* arrival);
+    Connection(std::size_t maxRecordBytes, void* arrival, std::chrono::milliseconds standstill);
 
-    HRESULT sendWritten();
+    bool failed() const { return sendFailed_ || ended_; }
+
+    HRESULT queueWritten();
+    void sendAll();
+    bool takeQueued();
+    bool sendTaken();
+    void finishReceiving();
+    void finishSending();
+
     bool receive(std::string_view bytes);
     bool keepRecords(std::string_view bytes);
-    bool failed();
+    bool handOver();
+    void endReceiving();
 
-    std::mutex sendLock_;    // held while a packet goes out; before recordLock_
-    PacketWriter writer_;    // under sendLock_
-    DWORD lastPacketId_ = 0; // under sendLock_
+    std::mutex sendLock_; // held for copying alone
+    std::condition_variable senderWakes_;
+    std::condition_variable senderLeft_;
+    PacketWriter writer_;      // under sendLock_
+    DWORD lastPacketId_ = 0;   // under sendLock_
+    std::vector<char> queued_; // under sendLock_: packets that nobody sends yet
+    bool senderWaits_ = false; // under sendLock_: for the next packet
+    bool senderOut_ = false;   // under sendLock_
+
+    std::vector<char> sending_; // the sender's
+    const std::chrono::milliseconds standstill_;
 
     RecordStream received_; // the receiver's
+    RecordBatch arrived_;   // the receiver's
+    const std::size_t maxWaitingBytes_;
 
     std::mutex recordLock_;
     RecordBatch waiting_; // under recordLock_
     RecordBatch spare_;   // under recordLock_: memory for the next batch
-    bool failed_ = false; // under recordLock_
+
+    std::atomic<bool> sendFailed_{false}; // calls fail; what still arrives is dispatched
+    std::atomic<bool> ended_{false};      // nothing more is dispatched than what waits; set under recordLock_
+    std::atomic<bool> closing_{false};    // set under sendLock_
 
     void* const arrival_;
     platform::StreamConnection stream_; // goes first, and its receiver with it
+    std::thread sender_;                // out before the stream closes
 };

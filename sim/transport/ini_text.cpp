@@ -2,6 +2,9 @@
 #include "sim/transport/ini_text.h"
 
 #include <algorithm>
+#include <charconv>
+#include <limits>
+#include <system_error>
 
 namespace {
 
@@ -35,6 +38,20 @@ std::string_view sectionName(std::string_view line) {
 
 } // namespace
 
+int leadingNumber(std::string_view value) {
+    const bool plus = value.starts_with('+');
+    const bool negative = value.starts_with('-');
+    value.remove_prefix(plus ? 1 : 0);
+    if (plus && value.starts_with('-')) {
+        return 0;
+    }
+    int number = 0;
+    if (std::from_chars(value.data(), value.data() + value.size(), number).ec == std::errc::result_out_of_range) {
+        return negative ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
+    }
+    return number;
+}
+
 bool equalsWithoutCase(std::string_view one, std::string_view other) {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(),
                       [](char a, char b) { return lowerCase(a) == lowerCase(b); });
@@ -45,6 +62,9 @@ std::string_view iniValue(const std::vector<std::string>& lines, std::string_vie
     for (const std::string& text : lines) {
         const std::string_view line = trimmed(text);
         if (isSectionLine(line)) {
+            if (inside) {
+                break;
+            }
             inside = equalsWithoutCase(sectionName(line), section);
             continue;
         }

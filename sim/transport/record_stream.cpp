@@ -24,6 +24,22 @@ void RecordBatch::append(std::string_view record) {
     std::memcpy(&words_[begin], record.data(), record.size());
 }
 
+void RecordBatch::take(RecordBatch& other) {
+    if (words_.empty()) {
+        words_.swap(other.words_);
+        return;
+    }
+    words_.insert(words_.end(), other.words_.begin(), other.words_.end());
+    other.clear();
+}
+
+void RecordBatch::clear() {
+    if (words_.capacity() * sizeof(std::uint64_t) > maxKeptBytes) {
+        std::vector<std::uint64_t>().swap(words_);
+    }
+    words_.clear();
+}
+
 bool RecordStream::append(std::string_view bytes, RecordBatch& whole) {
     while (sound_ && !bytes.empty()) {
         const bool sizeKnown = begun_.size() >= recordSizeBytes;

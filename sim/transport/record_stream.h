@@ -9,13 +9,17 @@
 #include <string_view>
 #include <vector>
 
-/// Whole records in their order, each aligned for 8 bytes. Emptied, it keeps its memory for the next ones.
+/// Whole records in their order, each aligned for 8 bytes. Emptied, it keeps its memory for the next ones, unless there was
+/// a jam.
 class RecordBatch {
 public:
     /// A record as its size field says, of 12 bytes at least.
     void append(std::string_view record);
-    void clear() { words_.clear(); }
+    /// Takes over all records of another batch, which is empty then.
+    void take(RecordBatch& other);
+    void clear();
 
+    bool empty() const { return words_.empty(); }
     /// What the records take, with what aligns them.
     std::size_t bytes() const { return words_.size() * sizeof(std::uint64_t); }
 
@@ -34,6 +38,8 @@ public:
     static std::uint32_t sizeOf(std::string_view record);
 
 private:
+    static constexpr std::size_t maxKeptBytes = std::size_t{1} << 20;
+
     static std::size_t wordsFor(std::size_t bytes);
 
     std::vector<std::uint64_t> words_;

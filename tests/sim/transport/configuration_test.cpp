@@ -130,9 +130,10 @@ TEST_F(Configuration, maxReceiveSizeRaisesTheLimitAndASmallerOneIsIgnored) {
         const char* text;
         std::size_t limit;
     } table[] = {
-        {"65537", 65537},        {"1000000", 1000000}, {"65536", builtInLimit},
-        {"65535", builtInLimit}, {"0", builtInLimit},  {"-1", builtInLimit},
-        {"many", builtInLimit},  {"", builtInLimit},   {"99999999999", builtInLimit},
+        {"65537", 65537},         {"1000000", 1000000}, {"65536", builtInLimit},
+        {"65535", builtInLimit},  {"0", builtInLimit},  {"-1", builtInLimit},
+        {"many", builtInLimit},   {"", builtInLimit},   {"99999999999", 2147483647},
+        {"70000 ; bytes", 70000},
     };
     for (const auto& row : table) {
         EXPECT_EQ(settings({std::string("MaxReceiveSize=") + row.text}).maxRecordBytes, row.limit) << row.text;
@@ -142,6 +143,7 @@ TEST_F(Configuration, maxReceiveSizeRaisesTheLimitAndASmallerOneIsIgnored) {
 TEST_F(Configuration, disableNagleIsAnyNumberButZero) {
     EXPECT_TRUE(settings({"DisableNagle=1"}).disableNagle);
     EXPECT_TRUE(settings({"DisableNagle=-2"}).disableNagle);
+    EXPECT_TRUE(settings({"DisableNagle=1 ; comment"}).disableNagle);
     EXPECT_FALSE(settings({"DisableNagle=0"}).disableNagle);
     EXPECT_FALSE(settings({"DisableNagle=yes"}).disableNagle);
     EXPECT_FALSE(settings({}).disableNagle);
@@ -181,7 +183,9 @@ TEST_F(Configuration, aPortIsANumberFrom1To65535) {
     EXPECT_EQ(portNumber(to(Protocol::ipv4, "", "500")), 500);
     EXPECT_EQ(portNumber(to(Protocol::ipv4, "", "1")), 1);
     EXPECT_EQ(portNumber(to(Protocol::ipv6, "", "65535")), 65535);
-    for (const char* text : {"0", "65536", "-1", "http", "5 0", "99999999999"}) {
+    EXPECT_EQ(portNumber(to(Protocol::ipv4, "", "+500")), 500);
+    EXPECT_EQ(portNumber(to(Protocol::ipv4, "", "500 ; the simulator's")), 500);
+    for (const char* text : {"0", "65536", "-1", "http", "99999999999"}) {
         EXPECT_EQ(portNumber(to(Protocol::ipv4, "", text)), std::nullopt) << text;
     }
 }

@@ -52,10 +52,51 @@ TEST(IniText, aCommentLineHasNoValue) {
     EXPECT_EQ(iniValue(lines, "S", ";Port"), "");
 }
 
-TEST(IniText, theFirstOfTwoCounts) {
-    const Lines lines{"[S]", "Port=1", "Port=2", "[S]", "Port=3", "Address=host"};
+TEST(IniText, theFirstOfTwoKeysCounts) {
+    EXPECT_EQ(iniValue({"[S]", "Port=1", "Port=2"}, "S", "Port"), "1");
+}
+
+TEST(IniText, onlyTheFirstOfTwoSectionsIsLookedAt) {
+    const Lines lines{"[S]", "Port=1", "[Other]", "Port=2", "[S]", "Port=3", "Address=host"};
     EXPECT_EQ(iniValue(lines, "S", "Port"), "1");
-    EXPECT_EQ(iniValue(lines, "S", "Address"), "host");
+    EXPECT_EQ(iniValue(lines, "S", "Address"), "");
+    EXPECT_EQ(iniValue({"[S]", "[S]", "Port=1"}, "S", "Port"), "");
+}
+
+TEST(IniText, aNumberIsTheSignAndTheDigitsThatAValueBeginsWith) {
+    const struct {
+        const char* text;
+        int number;
+    } table[] = {
+        {"1", 1},
+        {"0", 0},
+        {"-2", -2},
+        {"+500", 500},
+        {"1 ; comment", 1},
+        {"500;", 500},
+        {"007", 7},
+        {"12ab", 12},
+        {"1.9", 1},
+        {"0x10", 0},
+        {"", 0},
+        {"yes", 0},
+        {"+", 0},
+        {"-", 0},
+        {"+-5", 0},
+        {"-+5", 0},
+        {"--5", 0},
+        {" 5", 0},
+        {"2147483647", 2147483647},
+        {"2147483648", 2147483647},
+        {"99999999999999999999", 2147483647},
+        {"+2147483648", 2147483647},
+        {"-2147483648", -2147483647 - 1},
+        {"-2147483649", -2147483647 - 1},
+        {"99999999999 bytes", 2147483647},
+    };
+    for (const auto& row : table) {
+        EXPECT_EQ(leadingNumber(row.text), row.number) << row.text;
+    }
 }
 
 TEST(IniText, aValueMayHoldEqualsSigns) {

@@ -24,12 +24,19 @@ bool Peer::acceptsWithoutReading() {
     return listener_.accept(connection_, patience) == 0;
 }
 
-bool Peer::accepts() {
-    return acceptsWithoutReading() &&
-           connection_.startReceiving([this](std::string_view bytes) { return receive(bytes); }) == 0;
+bool Peer::beginsToRead() {
+    return connection_.startReceiving([this](std::string_view bytes) { return receive(bytes); }) == 0;
 }
 
+bool Peer::accepts() {
+    return acceptsWithoutReading() && beginsToRead();
+}
+
+/// As a simulator does, it ends its own side when the client has.
 bool Peer::receive(std::string_view bytes) {
+    if (bytes.empty()) {
+        connection_.shutDownSending();
+    }
     const std::lock_guard lock(lock_);
     received_ += bytes;
     ended_ = bytes.empty();

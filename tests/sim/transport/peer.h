@@ -23,12 +23,13 @@ public:
 
     /// Waits for the client, at most ten seconds.
     bool accepts();
-    /// The same, but nothing of what the client sends is ever read.
+    /// The same, but nothing of what the client sends is read before the other call, if that ever comes.
     bool acceptsWithoutReading();
+    bool beginsToRead();
 
     /// Waits for the next packet as its size field cuts it, at most ten seconds; empty when none comes.
     std::string packet();
-    /// Waits for the client to close.
+    /// Waits for the client to close, at most ten seconds.
     bool seesTheClientClose();
     bool sends(std::string_view bytes);
     void closes();

@@ -106,6 +106,31 @@ TEST_F(Records, thoseBeforeAFalseSizeAreKept) {
     EXPECT_THAT(recordsOf(batch_), ElementsAre(good));
 }
 
+TEST_F(Records, aBatchTakesOverAllOfAnother) {
+    const std::string first = recordBytes(4, "abc");
+    const std::string second = recordBytes(3, "");
+    RecordBatch other;
+    for (const std::string& record : {first, second}) {
+        other.append(record);
+        batch_.take(other);
+        EXPECT_TRUE(other.empty());
+    }
+    batch_.take(other);
+    EXPECT_THAT(recordsOf(batch_), ElementsAre(first, second));
+}
+
+TEST_F(Records, afterAJamABatchGivesItsMemoryBack) {
+    constexpr std::size_t jamBytes = 2'000'000;
+    while (batch_.bytes() < jamBytes) {
+        batch_.append(recordBytes(8, std::string(500, 'x')));
+    }
+    batch_.clear();
+    const std::string record = recordBytes(4, "abc");
+    const std::size_t before = allocationsOfThisThread();
+    batch_.append(record);
+    EXPECT_EQ(allocationsOfThisThread(), before + 1);
+}
+
 TEST_F(Records, anEmptiedBatchTakesTheNextOnesWithoutNewMemory) {
     const std::string block = recordBytes(4, "abc") + recordBytes(8, std::string(500, 'x'));
     stream_.append(block, batch_);

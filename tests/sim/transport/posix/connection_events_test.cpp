@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -7,6 +7,8 @@
 #include "sim/simconnect.h"
 #include "tests/support/log_capture.h"
 
+using ::testing::ElementsAre;
+
 namespace {
 
 /// While one lives, the process gets no further descriptor.
@@ -14,7 +16,7 @@ class NoDescriptors {
 public:
     NoDescriptors() {
         getrlimit(RLIMIT_NOFILE, &former_);
-        const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
         close(next);
         rlimit none = former_;
         none.rlim_cur = static_cast<rlim_t>(next);
@@ -28,17 +30,34 @@ private:
     rlimit former_{};
 };
 
+HRESULT open(HANDLE* client) {
+    return SimConnect_Open(client, "Tarnwing", nullptr, 0, nullptr, 0);
+}
+
 } // namespace
 
 TEST(ConnectionEvents, withoutThemThereIsNoConnectionAndTheLogSaysWhy) {
-    LogCapture log;
-    HANDLE client = &log;
-    HRESULT result = S_OK;
+    const LogCapture log;
+    HANDLE client = &client;
     {
         const NoDescriptors none;
-        result = SimConnect_Open(&client, "Tarnwing", nullptr, 0, nullptr, 0);
+        EXPECT_EQ(open(&client), E_FAIL);
     }
-    EXPECT_EQ(result, E_FAIL);
     EXPECT_EQ(client, nullptr);
-    EXPECT_TRUE(log.contains("==> CreateEvent failed with 24."));
+    EXPECT_THAT(log.lines(), ElementsAre("==> CreateEvent failed with 24."));
+    open(&client);
+}
+
+TEST(ConnectionEvents, theSameFailureIsToldOnceUntilThereIsAnotherOutcome) {
+    const LogCapture log;
+    HANDLE client = nullptr;
+    for (int outcome = 0; outcome < 2; ++outcome) {
+        {
+            const NoDescriptors none;
+            open(&client);
+            open(&client);
+        }
+        EXPECT_EQ(open(&client), E_FAIL); // nobody listens
+    }
+    EXPECT_THAT(log.lines(), ElementsAre("==> CreateEvent failed with 24.", "==> CreateEvent failed with 24."));
 }

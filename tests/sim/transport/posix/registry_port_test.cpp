@@ -41,6 +41,13 @@ TEST_F(RegistryPort, eachProtocolHasItsOwn) {
     EXPECT_EQ(portNumber(to(Protocol::ipv6)), 506);
 }
 
+TEST_F(RegistryPort, itMayBeANumberInsteadOfAText) {
+    platform::setRegistryNumber(platform::RegistryHive::user, keyOfFive, "SimConnect_Port_IPv4", 504);
+    platform::setRegistryNumber(platform::RegistryHive::user, keyOfFive, "SimConnect_Port_IPv6", 0xFFFFFFFF);
+    EXPECT_EQ(portNumber(to(Protocol::ipv4)), 504);
+    EXPECT_EQ(portNumber(to(Protocol::ipv6)), std::nullopt);
+}
+
 TEST_F(RegistryPort, aPortOfTheSettingsCountsMore) {
     registered(keyOfFive, "SimConnect_Port_IPv4", "504");
     EXPECT_EQ(portNumber(to(Protocol::ipv4, "", "1000")), 1000);
