@@ -16,11 +16,13 @@ std::vector<SentCreation> sentList;
 namespace {
 
 constexpr std::size_t queueRoom = 256;
+/// The most live aircraft that the user can ask for are 500, and their positions are appended without allocating.
+constexpr std::size_t positionRoom = 512;
 
 template <typename Queue>
-void empty(Queue& queue) {
+void empty(Queue& queue, std::size_t room = queueRoom) {
     queue.clear();
-    queue.reserve(queueRoom);
+    queue.reserve(room);
 }
 
 } // namespace
@@ -36,8 +38,8 @@ void queueEventLocked(std::uint32_t objectId, std::uint32_t eventId, std::uint32
 
 void resetSimQueues() {
     const std::lock_guard lock(simLock);
-    empty(positionFront);
-    empty(positionBack);
+    empty(positionFront, positionRoom);
+    empty(positionBack, positionRoom);
     empty(eventQueue);
     empty(createRequests);
     empty(removeRequests);

@@ -65,5 +65,5 @@ void queueEvent(std::uint32_t objectId, std::uint32_t eventId, std::uint32_t val
 /// For a caller that holds simLock.
 void queueEventLocked(std::uint32_t objectId, std::uint32_t eventId, std::uint32_t value);
 
-/// Everything empty, with room for 256 each.
+/// Everything empty, with room for 256 each, and for 512 positions.
 void resetSimQueues();

@@ -2,7 +2,8 @@
 // The simulator vendor's client interface, as far as the program uses it: calls, enumerations and records under the names
 // that the vendor gives them. Who defines the calls is decided when the program is linked: sim/transport/, the vendor's
 // own library, or a simulated world. Nothing here depends on which of them it is.
-// The calls on one handle may come from several threads, but one at a time.
+// The calls on one handle may come from several threads side by side, but SimConnect_CallDispatch from one thread at a time,
+// and SimConnect_Close alone, when all others have returned.
 #pragma once
 
 #include <cstddef>
@@ -192,11 +193,16 @@ extern "C" {
 /// Runs on the thread that calls SimConnect_CallDispatch; must let no exception out.
 using DispatchProc = void (*)(SIMCONNECT_RECV* record, DWORD recordBytes, void* context);
 
+/// Waits while the host's addresses are looked up, as long as the system takes for that, and until one of them takes the
+/// connection: a second and a half for all of them.
 HRESULT SimConnect_Open(HANDLE* handle, const char* name, HWND window, DWORD userEventWin32, HANDLE event,
                         DWORD configIndex);
+/// Waits at most a second, so that the last packets reach the simulator.
 HRESULT SimConnect_Close(HANDLE handle);
-/// Runs the procedure for every waiting record.
+/// Runs the procedure for every waiting record. Fails when the connection has, and every record that came before has been
+/// given to the procedure.
 HRESULT SimConnect_CallDispatch(HANDLE handle, DispatchProc procedure, void* context);
+/// That of the last packet that this client has put on its way; it may not have gone yet.
 HRESULT SimConnect_GetLastSentPacketID(HANDLE handle, DWORD* packetId);
 
 HRESULT SimConnect_SubscribeToSystemEvent(HANDLE handle, DWORD eventId, const char* name);

@@ -1,6 +1,7 @@
 // tests/recording_simulator/recording_simulator.cpp
 #include "tests/recording_simulator/recording_simulator.h"
 
+#include <cstring>
 #include <utility>
 
 #include <fmt/format.h>
@@ -8,6 +9,10 @@
 namespace {
 
 RecordingSimulator* simulator = nullptr;
+
+// What the calls carry, in bytes.
+constexpr std::size_t longestTailNumber = 12;
+constexpr std::size_t longestTitle = 255;
 
 std::string quoted(const char* text) {
     return text == nullptr ? "null" : fmt::format("'{}'", text);
@@ -207,6 +212,9 @@ HRESULT SimConnect_SetDataOnSimObject(HANDLE, DWORD defineId, DWORD objectId, DW
 
 HRESULT SimConnect_AICreateNonATCAircraft(HANDLE, const char* title, const char* tailNumber,
                                           SIMCONNECT_DATA_INITPOSITION position, DWORD requestId) {
+    if (std::strlen(tailNumber) > longestTailNumber || std::strlen(title) > longestTitle) {
+        return E_INVALIDARG;
+    }
     // Copied out: the record is packed, and the formatter takes references.
     const auto [lat, lon, alt, pitch, bank, heading, onGround, airspeed] = position;
     return call("SimConnect_AICreateNonATCAircraft", "{}, {}, {} {} {} {} {} {} {} {}, {}", quoted(title),
