@@ -6,6 +6,9 @@
 #include <optional>
 #include <string>
 
+/// The numbers up to this are the serial numbers of aircraft of our own; no transponder has one of them.
+inline constexpr std::uint32_t highestStaticHexid = 10000;
+
 /// One position of an aircraft.
 struct Sample {
     double lat = 0;                ///< degrees

@@ -23,7 +23,6 @@ namespace {
 
 constexpr std::size_t longestRegistration = 12;
 /// Lower numbers are those of static aircraft.
-constexpr std::uint32_t lowestHexid = 10001;
 /// Every aircraft runs this far behind the real one: the engine needs the samples ahead to turn, flare and rotate in
 /// time.
 constexpr std::int32_t delaySlots = 30 * slotsPerSecond;
@@ -132,7 +131,7 @@ LineOutcome TrafficReader::judgeAndDecode(const TrafficSurroundings& around) {
     sample.heading = trueHeading();
     sample.hasHeading = sample.heading.has_value();
     const std::uint32_t identity = hexid();
-    if (identity < lowestHexid) {
+    if (identity <= highestStaticHexid) {
         return LineOutcome::hexidTooLow;
     }
     sample.gs = number("gs", traffic_field::gs);

@@ -1,0 +1,254 @@
+// tests/rig/traffic/traffic_run_test.cpp
+// The stand-in client and the program's own link and readers, over the sockets of this machine.
+#include "rig/traffic/traffic_run.h"
+
+#include <filesystem>
+#include <fmt/format.h>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include "core/exit_reason.h"
+#include "core/injection_radius.h"
+#include "core/parameters.h"
+#include "core/run_flags.h"
+#include "feed/feed_reset.h"
+#include "feed/qnh_reader.h"
+#include "feed/real_traffic_link.h"
+#include "feed/sample_queue.h"
+#include "feed/traffic_reader.h"
+#include "rig/traffic/expected_outcomes.h"
+#include "rig/traffic/gzip_text.h"
+#include "rig/traffic/recording.h"
+#include "tests/support/eventually.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/test_client.h"
+#include "tests/support/traffic_line_builder.h"
+#include "window/window_state.h"
+
+namespace rig {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr bool local = true;
+constexpr LatLon amsterdam{52.31, 4.76};
+constexpr const char* stateAtAmsterdam = "Qs121=0;0;0.000000;0;0;0.912982;0.083078\r\n";
+
+const std::filesystem::path startFolder = std::filesystem::current_path();
+
+/// A thread that is over when this goes.
+class Running {
+public:
+    Running(std::function<void()> body, std::function<void()> stop)
+        : stop_(std::move(stop)), thread_(std::move(body)) {}
+    ~Running() {
+        stop_();
+        thread_.join();
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+private:
+    std::function<void()> stop_;
+    std::thread thread_;
+};
+
+/// The program's link and its two readers.
+class TrafficRunThreads : public testing::Test {
+protected:
+    TrafficRunThreads() {
+        resetParameters();
+        resetWindowState();
+        gf_resetExitReason();
+        gf_resetRunFlags();
+        resetFeed();
+        gRadiusNm = 40;
+        gAcceptSamples = true;
+        gLiveSampleQueue.clear();
+        gTrafficReader.setUserLatLon(amsterdam);
+        startListening("0");
+        options.port = listenSocket.boundPort();
+        options.recording = "recording.csv";
+        options.player.speed = 20;
+    }
+
+    ~TrafficRunThreads() override {
+        closeRealTrafficLink();
+        gAcceptSamples = false;
+        gLiveSampleQueue.clear();
+        resetFeed();
+        resetWindowState();
+        gf_resetRunFlags();
+        gf_resetExitReason();
+    }
+
+    /// The stand-in's whole life, while `program` does the program's part on the test's thread.
+    TrafficResult playWhile(const std::function<void()>& program) {
+        Running traffic([] { runTrafficReader(0, local); }, [] { gTrafficReader.stopRequested = true; });
+        Running weather([] { runQnhReader(0, local); }, [] { gQnhReader.stopRequested = true; });
+        EXPECT_TRUE(eventually([] { return gTrafficReader.boundPort != 0 && gQnhReader.boundPort != 0; }));
+        options.trafficPort = gTrafficReader.boundPort;
+        options.weatherPort = gQnhReader.boundPort;
+        TrafficResult result;
+        std::thread standIn([&] { result = runTraffic(options, said); });
+        program();
+        standIn.join();
+        EXPECT_TRUE(eventually([&] { return gTrafficReader.datagramCount == result.played.sentLines; }))
+            << gTrafficReader.datagramCount << " of " << result.played.sentLines;
+        EXPECT_TRUE(eventually([&] { return gQnhReader.datagramCount == result.played.sentWeather; }));
+        return result;
+    }
+
+    static std::size_t accepted() {
+        const std::lock_guard lock(gTrafficMutex);
+        return gLiveSampleQueue.size();
+    }
+
+    /// How many lines of the recording the program takes, from the recording alone.
+    static std::size_t acceptedAlone(const Recording& recording) {
+        TrafficSurroundings around;
+        around.userLatLon = amsterdam;
+        const std::size_t count = expectedOutcomes(recording, around, 40)[LineOutcome::accepted];
+        return count;
+    }
+
+    LogCapture log;
+    TrafficOptions options;
+    std::ostringstream said;
+};
+
+/// Ten seconds, ten lines a second, of which some are not for the program; a weather row each second.
+std::string mixedRows() {
+    std::string text;
+    for (int i = 0; i < 100; ++i) {
+        TrafficLineBuilder line;
+        line.with(traffic_field::hexid, std::to_string(20000 + i % 10));
+        line.with(traffic_field::timestamp, fmt::format("{:.1f}", 5000 + i / 10.0));
+        if (i % 10 == 3) {
+            line.with(traffic_field::lat, "-52.2");
+        }
+        if (i % 10 == 5) {
+            line.with(traffic_field::gs, "fast");
+        }
+        if (i % 10 == 7) {
+            line.with(traffic_field::type, "ZZZZ");
+        }
+        text += line.line() + "\n";
+        text += i % 10 == 0 ? fmt::format("{{\"QNH\": {}}}\n", 1000 + i / 10) : "";
+    }
+    return text;
+}
+
+TEST_F(TrafficRunThreads, theProgramTakesAndDropsWhatTheRecordingAloneSays) {
+    writeText("recording.csv", mixedRows());
+    const std::size_t expected = acceptedAlone(loadRecording("recording.csv"));
+    ASSERT_EQ(expected, 70u);
+
+    const TrafficResult result = playWhile([] {
+        ASSERT_TRUE(waitForClient());
+        exchangeVersions();
+    });
+
+    EXPECT_EQ(result.played.sentLines, 100u);
+    EXPECT_EQ(accepted(), expected);
+    EXPECT_EQ(gQnh, 1009);
+    EXPECT_EQ(realTrafficEdition(), "RT prof edition: 10.0.240");
+    EXPECT_TRUE(gRealTrafficHistoric);
+}
+
+TEST_F(TrafficRunThreads, aRealRecordingIsTakenAndDroppedAsItAloneSays) {
+    options.recording = startFolder / "../shared/data/traffic/eham_2022-10-28.rttfc.csv.gz";
+    if (!std::filesystem::exists(options.recording)) {
+        GTEST_SKIP() << "no recorded lines on this machine";
+    }
+    const Recording recording = loadRecording(options.recording);
+    const std::size_t expected = acceptedAlone(recording);
+    const TrafficResult result = playWhile([] { ASSERT_TRUE(waitForClient()); });
+    EXPECT_EQ(result.played.sentLines, recording.rows.size());
+    EXPECT_EQ(accepted(), expected);
+}
+
+TEST_F(TrafficRunThreads, theLinesAreOfThePresentUnlessTheyAreHistoric) {
+    writeText("recording.csv", mixedRows());
+    playWhile([] { ASSERT_TRUE(waitForClient()); });
+    const double now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    EXPECT_NEAR(gTrafficReader.lastFeedTime, now, 60);
+
+    clientConnected = false;
+    resetFeed();
+    options.player.historic = true;
+    playWhile([] { ASSERT_TRUE(waitForClient()); });
+    EXPECT_EQ(gTrafficReader.lastFeedTime, 5009.9);
+}
+
+TEST_F(TrafficRunThreads, withARadiusNothingComesBeforeTheUsersPositionIsTold) {
+    writeText("recording.csv", mixedRows());
+    options.player.radiusNm = 40;
+    const TrafficResult result = playWhile([] {
+        ASSERT_TRUE(waitForClient());
+        EXPECT_TRUE(sendDataPacket(stateAtAmsterdam));
+    });
+    EXPECT_EQ(result.heard.userStates, 1u);
+    EXPECT_GT(result.played.sentLines, 0u);
+    EXPECT_GE(result.played.beyondRadius, 10u) << "at least those on the other side of the equator";
+}
+
+TEST_F(TrafficRunThreads, whatTheProgramSaysIsCountedAndCheckedToTheEnd) {
+    writeText("recording.csv", mixedRows());
+    options.endsWithGoodbye = true;
+    options.player.speed = 0.1;
+    const TrafficResult result = [this] {
+        TrafficResult got;
+        std::thread standIn([&] { got = runTraffic(options, said); });
+        EXPECT_TRUE(waitForClient());
+        exchangeVersions();
+        sendDataPacket(stateAtAmsterdam);
+        sendDataPacket("Qs123=5000\r\n");
+        sendDataPacket("Qs121=oops\r\n");
+        sayGoodbye();
+        standIn.join();
+        return got;
+    }();
+    EXPECT_EQ(result.heard.versionRequests, 1u);
+    EXPECT_EQ(result.heard.userStates, 1u);
+    EXPECT_EQ(result.heard.times, 1u);
+    EXPECT_EQ(result.heard.malformed, 1u);
+    EXPECT_EQ(result.heard.goodbyes, 1u);
+    EXPECT_THAT(said.str(), HasSubstr("malformed message, 1 fields instead of 7: Qs121=oops\n"));
+    EXPECT_THAT(said.str(), HasSubstr("heard: version requests 1, user states 1, times 1, goodbyes 1, malformed 1\n"));
+}
+
+TEST_F(TrafficRunThreads, itComesBackAfterALoss) {
+    writeText("recording.csv", mixedRows());
+    options.endsWithGoodbye = true;
+    options.player.speed = 0.1;
+    TrafficResult result;
+    std::thread standIn([&] { result = runTraffic(options, said); });
+    ASSERT_TRUE(waitForClient());
+    clientConnected = false;
+    clientSocket.close();
+    EXPECT_TRUE(waitForClient());
+    sayGoodbye();
+    standIn.join();
+    EXPECT_EQ(result.connects, 2u);
+    EXPECT_EQ(result.losses, 1u);
+}
+
+TEST_F(TrafficRunThreads, withoutALinkItPlaysAtOnce) {
+    writeText("recording.csv", mixedRows());
+    options.link = false;
+    const TrafficResult result = playWhile([] {});
+    EXPECT_EQ(result.connects, 0u);
+    EXPECT_EQ(result.played.sentLines, 100u);
+}
+
+TEST_F(TrafficRunThreads, aRecordingThatCannotBeReadIsAnError) {
+    EXPECT_THROW(runTraffic(options, said), std::runtime_error);
+}
+
+} // namespace
+} // namespace rig
