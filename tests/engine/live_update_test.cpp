@@ -1,0 +1,150 @@
+#include "engine/live_update.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/engine/engine_test.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+class LiveUpdate : public EngineTest {};
+
+TEST_F(LiveUpdate, anActiveAircraftMovesAndItsPositionIsWrittenDown) {
+    LiveAircraft& aircraft = give(flying(), airSample(1, 0, 1000));
+    aircraft.dLat = 1e-5;
+    EXPECT_FALSE(updateLiveAc(aircraft));
+    ASSERT_THAT(positionFront, SizeIs(1));
+    EXPECT_EQ(positionFront[0].objectId, testObject);
+    EXPECT_DOUBLE_EQ(positionFront[0].lat, testPlace.lat + 1e-5);
+}
+
+TEST_F(LiveUpdate, atItsSampleTheNextLegBegins) {
+    Sample next = airSample(2, 0, 2000);
+    next.vs = 600;
+    next.tas = 300;
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0), next);
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.stream.size(), 1u);
+    EXPECT_EQ(aircraft.vsFps, 10);
+    EXPECT_EQ(aircraft.tas, 300);
+    EXPECT_GT(aircraft.lat, testPlace.lat);
+}
+
+TEST_F(LiveUpdate, whatStandsHasNoSpeedAndDoesNotMove) {
+    Sample still = groundSample(0, 0, 1000);
+    still.stationary = 1;
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0), still);
+    aircraft.tas = aircraft.tasSigned = 7;
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.tas, 0);
+    EXPECT_EQ(aircraft.lat, testPlace.lat);
+    EXPECT_THAT(positionFront, SizeIs(1));
+}
+
+TEST_F(LiveUpdate, whatEndsWritesNoPosition) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0));
+    aircraft.extensions = -1;
+    EXPECT_FALSE(updateLiveAc(aircraft));
+    EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+    EXPECT_THAT(positionFront, IsEmpty());
+}
+
+TEST_F(LiveUpdate, anActiveAircraftWithoutSamplesIsRemoved) {
+    LiveAircraft& aircraft = flying();
+    aircraft.tas = 250;
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+    EXPECT_TRUE(log.contains("updateLiveAc stream empty ?          KLM123   PH-ABC, hexid:4739591, objectid:77, "
+                             "alt:5000 ft, lalo:52.000000,4.000000, TAS:250"));
+}
+
+TEST_F(LiveUpdate, anActiveAircraftWithoutObjectIsRemoved) {
+    LiveAircraft& aircraft = give(flying(), airSample(1, 0, 1000));
+    aircraft.objectId = 0;
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+    EXPECT_TRUE(log.contains("updateLiveAc objectid=0? hexid: 4739591,cs:KLM123, reg:PH-ABC, aimo:KLM A320 sz:1"));
+    EXPECT_THAT(positionFront, IsEmpty());
+}
+
+TEST_F(LiveUpdate, anAircraftOnItsWayOutDoesNothing) {
+    for (const LifeState state : {LifeState::liveryrespawn, LifeState::removingfromsim, LifeState::adding2sim}) {
+        LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0));
+        aircraft.lifeState = state;
+        EXPECT_FALSE(updateLiveAc(aircraft));
+        EXPECT_EQ(aircraft.lifeState, state);
+    }
+    EXPECT_THAT(positionFront, IsEmpty());
+}
+
+TEST_F(LiveUpdate, aRecordThatIsToBeDroppedIsTold) {
+    LiveAircraft& aircraft = flying();
+    aircraft.lifeState = LifeState::adding2sim;
+    EXPECT_FALSE(updateLiveAc(aircraft));
+    aircraft.dropRecordQueued = 1;
+    EXPECT_TRUE(updateLiveAc(aircraft));
+    aircraft.dropRecordQueued = 0;
+    aircraft.dropRecord = 1;
+    EXPECT_TRUE(updateLiveAc(aircraft));
+}
+
+// Without an answer of the simulator.
+
+TEST_F(LiveUpdate, aCreationWithoutAnswerIsGivenUp30SecondsAfterItsLastSample) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, -3100), airSample(1, 0, -3000));
+    aircraft.lifeState = LifeState::adding2sim;
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.removeWhenAdded, 0);
+    ++slotClock;
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.removeWhenAdded, 1);
+    updateLiveAc(aircraft);
+    EXPECT_THAT(log.lines(), SizeIs(1));
+    EXPECT_EQ(aircraft.lifeState, LifeState::adding2sim);
+}
+
+TEST_F(LiveUpdate, aRequestThatStillWaitsIsWithdrawnThen) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, -3001));
+    aircraft.lifeState = LifeState::adding2sim;
+    liveCreateQueue.push_back({.tailNumber = "KLM123", .title = "X", .hexid = testHexid});
+    EXPECT_TRUE(updateLiveAc(aircraft));
+    EXPECT_TRUE(liveCreateQueue.empty());
+}
+
+TEST_F(LiveUpdate, onAStandTheAnswerIsWaitedFor) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, -9000));
+    aircraft.lifeState = LifeState::adding2sim;
+    aircraft.phase = FlightPhase::parked;
+    updateLiveAc(aircraft);
+    EXPECT_EQ(aircraft.removeWhenAdded, 0);
+}
+
+// Failures.
+
+TEST_F(LiveUpdate, aFailureIsLoggedAndCostsTheSlot) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0), airSample(1, 0, 1000));
+    aircraft.category = static_cast<AircraftCategory>(9);
+    EXPECT_FALSE(updateLiveAc(aircraft));
+    EXPECT_TRUE(log.contains("updateLiveAc: invalid unordered_map<K, T> key          KLM123   PH-ABC KLM A320, sz:2, "
+                             "fs:flying, st:active"));
+    EXPECT_THAT(positionFront, IsEmpty());
+    aircraft.category = AircraftCategory::Large;
+    updateLiveAc(aircraft);
+    EXPECT_THAT(positionFront, SizeIs(1));
+}
+
+TEST_F(LiveUpdate, aFailureWithAStateOutsideItsTableIsLoggedToo) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0), airSample(1, 0, 1000));
+    aircraft.category = static_cast<AircraftCategory>(9);
+    aircraft.phase = FlightPhase::take_off;
+    aircraft.previousPhase = static_cast<FlightPhase>(8);
+    aircraft.phase = static_cast<FlightPhase>(8);
+    aircraft.flareStage = 1;
+    EXPECT_FALSE(updateLiveAc(aircraft));
+    EXPECT_THAT(log.lines(), SizeIs(2));
+}
+
+} // namespace

@@ -1,0 +1,299 @@
+#include "engine/slot.h"
+
+#include <gmock/gmock.h>
+
+#include "core/user_error.h"
+#include "sim/simulator_link.h"
+#include "tests/engine/engine_test.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+class Slot : public EngineTest {
+protected:
+    Slot() { simHandle = &handle; }
+    ~Slot() override { simHandle = nullptr; }
+
+    static void feed(std::uint32_t hexid, double milesNorth = 0, double feedTime = 1000) {
+        FeedRecord record = recordOf(airSample(milesNorth, 0, 3000), feedTime);
+        record.hexid = hexid;
+        record.callsign = fmt::format("KLM{}", hexid % 10000);
+        gLiveSampleQueue.push(std::move(record));
+    }
+
+    static void tell(EngineMessageKind kind, std::uint32_t objectId, std::uint32_t id, double a = 0, double b = 0) {
+        pushEngineMessage({objectId, id, 0, kind, a, b});
+    }
+
+    static void slots(int count) {
+        for (int i = 0; i < count; ++i) {
+            lf_handleAddingStack();
+        }
+    }
+
+    int handle = 0;
+};
+
+TEST_F(Slot, countsTheClockOn) {
+    slots(3);
+    EXPECT_EQ(slotClock, testSlot + 3);
+}
+
+TEST_F(Slot, takesTwoRecordsAndLeavesTheRestWaiting) {
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        feed(20000 + i);
+    }
+    slots(1);
+    EXPECT_EQ(liveTable.size(), 2u);
+    EXPECT_EQ(gLiveSampleQueue.size(), 3u);
+}
+
+TEST_F(Slot, countsADroppedRecordAsTaken) {
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        feed(20000);
+    }
+    slots(1);
+    EXPECT_EQ(gLiveSampleQueue.size(), 1u);
+    EXPECT_EQ(liveTable[0].stream.size(), 1u);
+}
+
+TEST_F(Slot, createsTheLastAircraftThatAskedForIt) {
+    for (const std::uint32_t hexid : {20001u, 20002u}) {
+        LiveAircraft& aircraft = give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
+        aircraft.hexid = hexid;
+        aircraft.lifeState = LifeState::adding2sim;
+        aircraft.pitch = -0.1;
+        aircraft.bank = 0.2;
+        aircraft.heading = 1;
+        addingStack.push_back(hexid);
+    }
+    ++slotClock; // not one of the slots that hand a request on
+    slots(1);
+    ASSERT_THAT(liveCreateQueue, SizeIs(1));
+    const CreateRequest& request = liveCreateQueue[0];
+    EXPECT_EQ(request.hexid, 20002u);
+    EXPECT_EQ(request.tailNumber, "KLM123");
+    EXPECT_EQ(request.title, "Some Livery");
+    EXPECT_EQ(request.lat, testPlace.lat);
+    EXPECT_EQ(request.lon, testPlace.lon);
+    EXPECT_EQ(request.alt, 5000);
+    EXPECT_DOUBLE_EQ(request.pitch, -0.1 * degreesPerRadian);
+    EXPECT_DOUBLE_EQ(request.bank, 0.2 * degreesPerRadian);
+    EXPECT_DOUBLE_EQ(request.heading, degreesPerRadian);
+    EXPECT_EQ(request.onGround, 0u);
+    EXPECT_EQ(request.airspeed, 0u);
+    EXPECT_THAT(addingStack, ElementsAre(20001));
+}
+
+TEST_F(Slot, createsAGroundAircraftOnTheGround) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 100));
+    aircraft.lifeState = LifeState::adding2sim;
+    addingStack.push_back(testHexid);
+    ++slotClock;
+    slots(1);
+    EXPECT_EQ(liveCreateQueue.at(0).onGround, 1u);
+}
+
+TEST_F(Slot, doesNotCreateWhatHasNoCallSign) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 100));
+    aircraft.lifeState = LifeState::adding2sim;
+    aircraft.callsign = "";
+    addingStack.push_back(testHexid);
+    slots(1);
+    EXPECT_TRUE(liveCreateQueue.empty());
+    EXPECT_TRUE(log.contains("lf_handleAddingStack                   PH-ABC objectid = 0?"));
+}
+
+TEST_F(Slot, forgetsARequestWhoseAircraftIsGone) {
+    addingStack.push_back(4711);
+    slots(1);
+    EXPECT_THAT(addingStack, IsEmpty());
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(Slot, erasesDroppedRecordsAndKeepsTheOrderOfTheOthers) {
+    for (const std::uint32_t hexid : {20001u, 20002u, 20003u, 20004u}) {
+        LiveAircraft& aircraft = give(flying(), airSample(0, 0, 500));
+        aircraft.hexid = hexid;
+    }
+    liveTable[1].dropRecord = 1;
+    liveTable[2].dropRecordQueued = 1;
+    slots(1);
+    ASSERT_EQ(liveTable.size(), 2u);
+    EXPECT_EQ(liveTable[0].hexid, 20001u);
+    EXPECT_EQ(liveTable[1].hexid, 20004u);
+}
+
+TEST_F(Slot, handsThePositionsToTheFrame) {
+    give(flying(), airSample(0, 0, 500));
+    slots(1);
+    EXPECT_THAT(positionBack, SizeIs(1));
+    EXPECT_THAT(positionFront, IsEmpty());
+}
+
+TEST_F(Slot, anAircraftThatFailsCostsItsSlotAndNothingElse) {
+    LiveAircraft& failing = give(flying(), airSample(0, 0, 0), airSample(1, 0, 1000));
+    failing.category = static_cast<AircraftCategory>(9);
+    LiveAircraft& other = give(flying(), airSample(0, 0, 500));
+    other.objectId = 78;
+    feed(20000);
+    slots(1);
+    ASSERT_THAT(positionBack, SizeIs(1));
+    EXPECT_EQ(positionBack[0].objectId, 78u);
+    EXPECT_EQ(liveTable.size(), 3u);
+    EXPECT_EQ(slotClock, testSlot + 1);
+}
+
+// What is asked of the simulator.
+
+TEST_F(Slot, asksForTheAircraftInRangeOnceASecond) {
+    slots(200);
+    EXPECT_THAT(simulator->calls("SimConnect_RequestDataOnSimObjectType"), SizeIs(2));
+}
+
+TEST_F(Slot, asksFiveTimesAsOftenDuringAFlare) {
+    flareInProgress = true;
+    slots(200);
+    EXPECT_THAT(simulator->calls("SimConnect_RequestDataOnSimObjectType"), SizeIs(10));
+}
+
+TEST_F(Slot, saysThatTheRangeRequestFailed) {
+    simulator->letFail("SimConnect_RequestDataOnSimObjectType");
+    slots(1);
+    EXPECT_TRUE(log.contains("SimConnect request ac within range fails"));
+    EXPECT_TRUE(simFailed);
+    slots(100);
+    EXPECT_THAT(simulator->calls("SimConnect_RequestDataOnSimObjectType"), SizeIs(1));
+}
+
+TEST_F(Slot, copiesTheUsersStateOnceASecond) {
+    slots(1);
+    UserState state;
+    state.lat = 12;
+    setUserState(state);
+    slots(99);
+    EXPECT_EQ(gUserState.lat, 0);
+    slots(1);
+    EXPECT_EQ(gUserState.lat, 12);
+    setUserState({});
+}
+
+// The inbox.
+
+TEST_F(Slot, onTheGroundTheHeightIsTheSimulatorsOwn) {
+    LiveAircraft& aircraft = taxiing();
+    aircraft.cgHeight = 9;
+    tell(EngineMessageKind::groundData, testObject, 1, 340, 9.5);
+    readInbox();
+    EXPECT_EQ(aircraft.alt, 349);
+    EXPECT_EQ(aircraft.altAboveGround, 9.5);
+}
+
+TEST_F(Slot, inFlightTheSimulatorTellsTheHeightAboveGroundOnly) {
+    LiveAircraft& aircraft = flying();
+    tell(EngineMessageKind::groundData, testObject, 0, 340, 4660);
+    readInbox();
+    EXPECT_EQ(aircraft.alt, 5000);
+    EXPECT_EQ(aircraft.altAboveGround, 4660);
+    aircraft.groundSlots = 2;
+    tell(EngineMessageKind::groundData, testObject, 0, 340, 4660);
+    readInbox();
+    EXPECT_EQ(aircraft.alt, 340);
+}
+
+TEST_F(Slot, groundDataOfNobodyAreIgnored) {
+    tell(EngineMessageKind::groundData, 4711, 1, 340, 0);
+    readInbox();
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(Slot, takesTheHeightAndPitchOnTheGround) {
+    LiveAircraft& aircraft = flying();
+    tell(EngineMessageKind::staticData, testObject, 0, 12, 0.01);
+    readInbox();
+    EXPECT_EQ(aircraft.cgHeight, 12);
+    EXPECT_EQ(aircraft.groundPitch, 0.01);
+    tell(EngineMessageKind::staticData, testObject, 0, 0.5, 3 * radiansPerDegree);
+    readInbox();
+    EXPECT_EQ(aircraft.cgHeight, 12);
+    EXPECT_DOUBLE_EQ(aircraft.groundPitch, 0.012217304763960306);
+}
+
+TEST_F(Slot, aBlockedAircraftInTheBufferIsDropped) {
+    LiveAircraft& aircraft = flying();
+    aircraft.lifeState = LifeState::buffer;
+    tell(EngineMessageKind::blockAircraft, 0, testHexid);
+    readInbox();
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_TRUE(log.contains("         KLM123   PH-ABC will be removed from buffer while blocked"));
+}
+
+TEST_F(Slot, aBlockedActiveAircraftIsRemoved) {
+    LiveAircraft& aircraft = flying();
+    tell(EngineMessageKind::blockAircraft, 0, testHexid);
+    tell(EngineMessageKind::blockAircraft, 0, 4711);
+    readInbox();
+    EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+    EXPECT_TRUE(log.contains("         KLM123   PH-ABC removed from simulator immediately while blocked"));
+}
+
+TEST_F(Slot, aRemovalThatTheSimulatorConfirmsErasesTheRecord) {
+    flying().lifeState = LifeState::removingfromsim;
+    tell(EngineMessageKind::objectRemoved, testObject, 0);
+    readInbox();
+    EXPECT_TRUE(liveTable.empty());
+}
+
+TEST_F(Slot, theInboxIsEmptyAfterwards) {
+    tell(EngineMessageKind::objectRemoved, 4711, 0);
+    readInbox();
+    EXPECT_THAT(engineInbox, IsEmpty());
+}
+
+TEST_F(Slot, tooManyRefusedLiveriesReachTheTop) {
+    for (int i = 0; i < 19; ++i) {
+        FailedTitles.insert(fmt::format("Refused {}", i));
+    }
+    flying().lifeState = LifeState::adding2sim;
+    tell(EngineMessageKind::creationRefused, 0, testHexid);
+    EXPECT_THROW(lf_handleAddingStack(), kvd::UserErrorException);
+    EXPECT_THAT(engineInbox, IsEmpty());
+}
+
+// The end of all.
+
+TEST_F(Slot, allAircraftLeave) {
+    flying();
+    flying().lifeState = LifeState::buffer;
+    LiveAircraft& waiting = flying();
+    waiting.lifeState = LifeState::adding2sim;
+    waiting.hexid = 20001;
+    liveCreateQueue.push_back({.tailNumber = "KLM123", .title = "X", .hexid = 20001});
+    LiveAircraft& respawning = flying();
+    respawning.lifeState = LifeState::liveryrespawn;
+    removeAllAircraft();
+    ASSERT_EQ(liveTable.size(), 2u);
+    EXPECT_EQ(liveTable[0].lifeState, LifeState::removingfromsim);
+    EXPECT_EQ(liveTable[1].lifeState, LifeState::removingfromsim);
+    EXPECT_TRUE(liveCreateQueue.empty());
+    EXPECT_THAT(removalQueue, SizeIs(1));
+}
+
+TEST_F(Slot, aResetLeavesNothing) {
+    flying();
+    twinCheckQueue.push_back(1);
+    noLiveryKeys.insert("x");
+    flareInProgress = true;
+    openAirport(5);
+    resetEngine();
+    EXPECT_TRUE(liveTable.empty());
+    EXPECT_TRUE(twinCheckQueue.empty());
+    EXPECT_TRUE(noLiveryKeys.empty());
+    EXPECT_FALSE(flareInProgress);
+    EXPECT_FALSE(gAirportInUse);
+}
+
+} // namespace
