@@ -2,13 +2,14 @@
 #include "window/status_display.h"
 
 #include <array>
-#include <stdexcept>
 
 #include <fmt/format.h>
 
-#include "core/log.h"
+#include "core/parameters.h"
 #include "core/program_info.h"
 #include "core/program_version.h"
+#include "window/painted_text.h"
+#include "window/status_strip.h"
 #include "window/window_layout.h"
 #include "window/window_state.h"
 
@@ -33,14 +34,6 @@ constexpr std::array<Strip, 5> strips{{
 
 constexpr std::array<int, 4> whiteLinesY{28, 113, 392, 449};
 
-void drawText(Painter& painter, std::string_view text, int x, int y, Colour colour) {
-    try {
-        painter.text(x, y, text, colour);
-    } catch (const std::exception& exception) {
-        log(fmt::format("TextOut utf8  to wide failed for '{}': {}", text, exception.what()));
-    }
-}
-
 void paintTitle(Painter& painter) {
     constexpr int y = 7;
     drawText(painter, fmt::format("Version {}", versionText(thisVersion)), 3, y, green);
@@ -63,6 +56,9 @@ void paintMessageLine(Painter& painter) {
 } // namespace
 
 void paintWindow(Painter& painter) {
+    if (takeInstallPathRequest()) {
+        window_system::enableControl(ALL_INSTALL_PATH.controlId, true);
+    }
     for (const Strip& strip : strips) {
         painter.fill(strip.area, strip.fill);
     }
@@ -70,6 +66,7 @@ void paintWindow(Painter& painter) {
         painter.line(0, y, clientWidth, y, white);
     }
     paintTitle(painter);
+    paintStatusStrip(painter);
     paintMessageLine(painter);
 }
 

@@ -15,6 +15,9 @@ std::string messageText; // under gMessageMutex
 std::string errorText;   // under gMessageMutex
 // Counts up by seconds of the run while a message stands; under gMessageMutex.
 int messageAgeSeconds = 0;
+SimLampText lampText; // under gMessageMutex
+std::atomic<bool> installPathWanted{false};
+std::string editionText; // under gMessageMutex
 
 void askForRepaint() {
     window_system::postMessage(WM_TRNW_REPAINT_MESSAGE);
@@ -30,6 +33,23 @@ void setMessage(std::string_view text) {
         messageAgeSeconds = 0;
     }
     askForRepaint();
+}
+
+void setLampText(std::string SimLampText::*line, std::string_view text) {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        if (lampText.*line == text) {
+            return;
+        }
+        lampText.*line = text;
+    }
+    repaintWindow();
+}
+
+void setFlag(std::atomic<bool>& flag, bool value) {
+    if (flag.exchange(value) != value) {
+        repaintWindow();
+    }
 }
 
 } // namespace
@@ -73,6 +93,57 @@ std::string shownError() {
     return errorText;
 }
 
+SimLampText simLampText() {
+    const std::lock_guard lock(gMessageMutex);
+    return lampText;
+}
+
+void showSimulatorName(std::string_view text) {
+    setLampText(&SimLampText::simulator, text);
+}
+
+void showUserTitle(std::string_view text) {
+    setLampText(&SimLampText::userTitle, text);
+}
+
+void showUserStand(std::string_view text) {
+    setLampText(&SimLampText::userStand, text);
+}
+
+void showUserAirport(std::string_view text) {
+    setLampText(&SimLampText::userAirport, text);
+}
+
+void askForInstallPath() {
+    installPathWanted = true;
+    repaintWindow();
+}
+
+bool takeInstallPathRequest() {
+    return installPathWanted.exchange(false);
+}
+
+void showSimConnected(bool connected) {
+    setFlag(gWindowState.simConnected, connected);
+}
+
+void showSimFlightRunning(bool running) {
+    setFlag(gWindowState.simFlightRunning, running);
+}
+
+std::string realTrafficEdition() {
+    const std::lock_guard lock(gMessageMutex);
+    return editionText;
+}
+
+void showRealTrafficEdition(std::string_view text) {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        editionText = text;
+    }
+    repaintWindow();
+}
+
 void ageMessage() {
     {
         const std::lock_guard lock(gMessageMutex);
@@ -93,6 +164,8 @@ void resetWindowState() {
         const std::lock_guard lock(gMessageMutex);
         messageText.clear();
         errorText.clear();
+        lampText = {};
+        editionText.clear();
     }
     gWindowState.trafficLamp = FeedLamp::notRunning;
     gWindowState.weatherLamp = FeedLamp::notRunning;
@@ -100,6 +173,9 @@ void resetWindowState() {
     gWindowState.weatherAlive = true;
     gWindowState.realTrafficLit = false;
     gWindowState.realTrafficWaiting = true;
+    gWindowState.simConnected = false;
+    installPathWanted = false;
+    gWindowState.simFlightRunning = false;
     gWindowState.qnh = 1013;
     repaintWindow();
     askForRepaint();

@@ -1,6 +1,6 @@
 // window/window_state.h
 // What the window shows of the run: the message and error line, the lamps and the displayed numbers. Everybody writes it,
-// the window thread paints it. The two texts are under gMessageMutex, all else is atomic.
+// the window thread paints it. The texts are under gMessageMutex, all else is atomic.
 #pragma once
 
 #include <atomic>
@@ -13,7 +13,7 @@ inline constexpr unsigned WM_TRNW_START = 32769;
 inline constexpr unsigned WM_TRNW_EXIT = 32770;
 inline constexpr unsigned WM_TRNW_REPAINT_MESSAGE = 32864;
 
-/// Guards the message and the error text; a leaf: nothing else is taken while it is held.
+/// Guards the message, the error and the lamps' texts; a leaf: nothing else is taken while it is held.
 extern std::mutex gMessageMutex;
 
 /// A message that has stood this long is cleared.
@@ -30,6 +30,8 @@ struct WindowState {
     std::atomic<bool> weatherAlive{true};
     std::atomic<bool> realTrafficLit{false};
     std::atomic<bool> realTrafficWaiting{true};
+    std::atomic<bool> simConnected{false};
+    std::atomic<bool> simFlightRunning{false};
     /// Hectopascal.
     std::atomic<int> qnh{1013};
 };
@@ -49,6 +51,34 @@ void clearError();
 /// The texts now standing.
 std::string shownMessage();
 std::string shownError();
+
+/// What stands beside the simulator's lamp.
+struct SimLampText {
+    std::string simulator;   ///< name and version
+    std::string userTitle;   ///< of the user's aircraft
+    std::string userStand;   ///< empty while the user is on none
+    std::string userAirport; ///< the airport that the user is at, and its flight
+};
+
+SimLampText simLampText();
+// Each asks for a repaint when the text is a new one. Any thread.
+void showSimulatorName(std::string_view text);
+void showUserTitle(std::string_view text);
+void showUserStand(std::string_view text);
+void showUserAirport(std::string_view text);
+
+/// The user is to say where the simulator is: the window thread lets its field take a text. Any thread.
+void askForInstallPath();
+/// Whether that was asked for since the last call. Window thread.
+bool takeInstallPathRequest();
+
+/// Sets the flag, and asks for a repaint when that changes it. Any thread.
+void showSimConnected(bool connected);
+void showSimFlightRunning(bool running);
+/// The line beside the RealTraffic lamp: edition and version of the client, empty while they are not known.
+std::string realTrafficEdition();
+/// Asks for a repaint. Any thread.
+void showRealTrafficEdition(std::string_view text);
 
 /// Makes the standing message one second older, and clears it at the end of its life. Called once a second of the run.
 void ageMessage();

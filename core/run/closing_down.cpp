@@ -17,12 +17,15 @@
 #include "core/run/run_reset.h"
 #include "core/run_flags.h"
 #include "feed/qnh_reader.h"
+#include "feed/real_traffic_link.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
 #include "platform/text_encoding.h"
 #include "platform/window_system.h"
 #include "sim/flight_plan.h"
+#include "sim/session.h"
+#include "sim/stand_requests.h"
 #include "window/window_state.h"
 
 using namespace std::chrono_literals;
@@ -54,6 +57,7 @@ void stopReaders() {
         const std::lock_guard lock(gTrafficMutex);
         gAcceptSamples = false;
     }
+    stopSimClient();
     gTrafficReader.stopRequested = true;
     gQnhReader.stopRequested = true;
     platform::sleepFor(readersNoticeWithin);
@@ -84,7 +88,10 @@ void emptyWhatLastsOneRun() {
 void stopEverything() {
     gf_settleExitReason();
     log(fmt::format("Exiting: {}", gf_exitReasonText(gf_exitReason())));
+    refreshClosestStand();
     stopReaders();
+    sayGoodbye();
+    closeRealTrafficLink();
     if (gf_exitReason() == ExitReason::systemError) {
         letUserReadTheError();
     }
@@ -135,6 +142,7 @@ bool prepareRestart(ExitReason reason) {
         return false;
     }
     // A reader still in its last receive would take the next run's cleared stop flag for its own.
+    joinSimClient();
     if (!gf_waitForDetachedThreads(readersLeaveWithin, 1)) {
         logError("A reader thread did not end in time");
     }

@@ -18,6 +18,7 @@
 #include "platform/files.h"
 #include "platform/single_instance.h"
 #include "platform/window_system.h"
+#include "sim/session.h"
 #include "window/main_window.h"
 #include "window/status_display.h"
 #include "window/window_state.h"
@@ -80,6 +81,9 @@ public:
             gf_closeLog();
             std::_Exit(exitCode);
         }
+        // No run thread is left that could start it anew.
+        stopSimClient();
+        joinSimClient();
     }
     ThreadsOutAtTheEnd(const ThreadsOutAtTheEnd&) = delete;
     ThreadsOutAtTheEnd& operator=(const ThreadsOutAtTheEnd&) = delete;

@@ -11,11 +11,14 @@
 #include "core/run/feed_lamps.h"
 #include "core/run/run_time.h"
 #include "core/run_flags.h"
-#include "core/slot_clock.h"
+#include "engine/slot.h"
+#include "feed/real_traffic_steps.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
 #include "platform/timer_resolution.h"
+#include "sim/frame_flush.h"
+#include "sim/user_state.h"
 #include "window/window_state.h"
 
 using namespace std::chrono_literals;
@@ -24,7 +27,6 @@ namespace {
 
 /// A grid that has fallen further behind than this starts anew instead of catching up tick by tick.
 constexpr auto worstLag = 100ms;
-constexpr int recordsPerSlot = 2;
 constexpr int pauseTicks = 100;
 
 // Seconds of gSecondCounter; chosen so that slow jobs fall on different seconds.
@@ -44,19 +46,6 @@ std::atomic<bool> staticRefreshPhase{false};
 void setAcceptSamples(bool accept) {
     const std::lock_guard lock(gTrafficMutex);
     gAcceptSamples = accept;
-}
-
-void takeRecord() {
-    const std::lock_guard lock(gTrafficMutex);
-    gLiveSampleQueue.pop();
-}
-
-/// The engine's slot: it takes what the feed has, and time goes on.
-void runSlot() {
-    for (int i = 0; i < recordsPerSlot; ++i) {
-        takeRecord();
-    }
-    ++slotClock;
 }
 
 void resumeFlight() {
@@ -118,6 +107,8 @@ void slowJobsOf(int second) {
         }
         return;
     }
+    gTrafficReader.setUserLatLon(positionOf(gUserState));
+    sendSimTime();
     if (second % slowJobs == 0) {
         fifteenSecondStep(second);
     }
@@ -125,8 +116,11 @@ void slowJobsOf(int second) {
 
 void enterPause() {
     setAcceptSamples(false);
+    // One that came with the pause would count as the first second of the resumed flight.
+    secondPulse = false;
     gFlightPaused = true;
     pauseCounter = pauseTicks;
+    dropPositions();
     log(fmt::format("{} Flight not running", clockNow()));
 }
 
@@ -134,9 +128,11 @@ void pausedStep() {
     if (!gFlightPaused) {
         enterPause();
     }
+    readInbox();
     --pauseCounter;
     if (pauseCounter % pauseTicks == 0) {
         ageMessage();
+        sendUserState();
     }
     if (pauseCounter < 1) {
         pauseCounter = pauseTicks;
@@ -151,7 +147,7 @@ bool gf_tickStep() {
         pausedStep();
         return !gf_isStopping();
     }
-    runSlot();
+    lf_handleAddingStack();
     if (!secondPulse.exchange(false)) {
         // A frozen simulator sends no pulse; the flags count all the same.
         return !gf_isStopping();

@@ -2,6 +2,7 @@
 #include "core/run/start_run.h"
 
 #include <chrono>
+#include <functional>
 #include <mutex>
 
 #include "core/detached_threads.h"
@@ -10,10 +11,14 @@
 #include "core/parameters.h"
 #include "core/run/run_time.h"
 #include "core/run_flags.h"
+#include "engine/slot.h"
 #include "feed/qnh_reader.h"
+#include "feed/real_traffic_steps.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
+#include "sim/session.h"
+#include "sim/user_state.h"
 #include "window/window_state.h"
 
 using namespace std::chrono_literals;
@@ -21,20 +26,46 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto simulatorLook = 100ms;
+constexpr auto firstPositionLook = 500ms;
+constexpr auto identityLook = 200ms;
 /// The weather comes first, so that the first traffic lines find a pressure.
 constexpr auto trafficAfterWeather = 2s;
 constexpr auto trafficLook = 100ms;
 constexpr int trafficLooks = 150;
 
-/// False when the run is to stop.
-bool waitForSimulator() {
+/// Looks at the condition until it holds, with a sleep after each look; false when the run is to stop.
+bool waitUntil(const std::function<bool()>& holds, std::chrono::milliseconds look) {
     while (!gf_isStopping()) {
-        if (simRunning && !simFailed) {
+        if (holds()) {
             return true;
         }
-        platform::sleepFor(simulatorLook);
+        platform::sleepFor(look);
     }
     return false;
+}
+
+/// Each look asks for the position, whose answer the next look sees.
+bool waitForPosition(bool (*suffices)(), std::chrono::milliseconds look) {
+    return waitUntil(
+        [suffices] {
+            gUserState = requestUserPosition();
+            return isPosition(positionOf(gUserState)) && suffices();
+        },
+        look);
+}
+
+/// The simulator's flight runs, and the user's aircraft is known: where it is, whether on the ground, and what it is.
+/// False when the run is to stop.
+bool waitForSimulator() {
+    if (!waitUntil([] { return simRunning && !simFailed; }, simulatorLook)) {
+        return false;
+    }
+    requestUserGroundEachSecond();
+    if (!waitForPosition([] { return userOnGroundKnown.load(); }, firstPositionLook)) {
+        return false;
+    }
+    requestUserIdentity();
+    return waitForPosition([] { return true; }, identityLook);
 }
 
 void startReaders() {
@@ -56,27 +87,35 @@ void waitForTraffic() {
 
 void darkenLamps() {
     gWindowState.realTrafficLit = false;
+    showSimConnected(false);
+    showSimFlightRunning(false);
     repaintWindow();
+}
+
+void meetRealTraffic() {
+    if (AEROWINX.value) {
+        gRealTrafficHistoric = false;
+    }
+    connectRealTraffic();
+    sendSimTime();
 }
 
 } // namespace
 
 bool lf_startRun() {
     darkenLamps();
+    resetEngine();
+    startSimClient();
     if (!waitForSimulator()) {
         return false;
     }
-    if (!gRealTrafficHere || AEROWINX.value) {
-        gWindowState.realTrafficLit = true;
-    }
+    openRealTrafficLink();
     if (gf_isStopping()) {
         return false;
     }
     gWindowState.realTrafficWaiting = false;
     repaintWindow();
-    if (AEROWINX.value) {
-        gRealTrafficHistoric = false;
-    }
+    meetRealTraffic();
     if (gf_isStopping()) {
         return false;
     }
@@ -85,7 +124,10 @@ bool lf_startRun() {
         gAcceptSamples = false;
     }
     startReaders();
+    sendUserState();
+    gTrafficReader.setUserLatLon(positionOf(gUserState));
     waitForTraffic();
     gf_setWeekSlot();
+    gf_flushLog(); // who the run has connected to is on the disk before the first aircraft
     return true;
 }

@@ -35,14 +35,20 @@ std::string unzipped(const std::filesystem::path& path) {
 
 } // namespace
 
-std::vector<std::string> recordedTrafficLines() {
-    const std::string text = unzipped(startFolder / "../shared/data/traffic/eham_2022-10-28.rttfc.csv.gz");
+std::string recordedText(std::string_view name) {
+    return unzipped(startFolder / "../shared/data/traffic" / name);
+}
+
+std::vector<std::string> linesOf(std::string_view text) {
     std::vector<std::string> lines;
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
         lines.emplace_back(line);
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
     }
     return lines;
+}
+
+std::vector<std::string> recordedTrafficLines() {
+    return linesOf(recordedText("eham_2022-10-28.rttfc.csv.gz"));
 }

@@ -1,9 +1,10 @@
-// Whole runs with a simulator that the test plays: flags and pulses, and datagrams to the real ports.
+// Whole runs with a simulated world in this process, and datagrams to the real ports.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -22,6 +23,9 @@
 #include "platform/clock.h"
 #include "platform/sockets.h"
 #include "platform/window_system.h"
+#include "sim/simulator_link.h"
+#include "sim/user_state.h"
+#include "tests/core/run/running_simulator.h"
 #include "tests/support/eventually.h"
 #include "tests/support/program_run.h"
 #include "window/window_state.h"
@@ -75,7 +79,7 @@ protected:
 TEST_F(WholeRunThreads, realLinesReachTheReadersAndTheLampsLightUp) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(run.willLog("QNH Reader connected")) << run.log();
     ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
     EXPECT_TRUE(eventually([&] {
@@ -97,7 +101,7 @@ TEST_F(WholeRunThreads, realLinesReachTheReadersAndTheLampsLightUp) {
 TEST_F(WholeRunThreads, noTrafficIsNoFailureAndTheLoopRuns) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(run.willLog("No traffic in this region?")) << run.log();
     EXPECT_TRUE(eventually([] { return slotClock > 10; }));
     window_system::clickClose();
@@ -108,12 +112,71 @@ TEST_F(WholeRunThreads, noTrafficIsNoFailureAndTheLoopRuns) {
 TEST_F(WholeRunThreads, aQuitOfTheSimulatorEndsTheProcess) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(eventually([] { return slotClock > 10; }));
-    gf_stopRun(ExitReason::simulatorClosed, 0);
+    simulator.play(rig::QuitAct{});
     ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("Flight Simulator no longer connected, Tarnwing_P3D will stop ..."));
     EXPECT_TRUE(run.logs("Exiting: SIM WAS CLOSED"));
     EXPECT_FALSE(run.logs("Prepare for a restart ..."));
+}
+
+TEST_F(WholeRunThreads, theSimulatorIsFoundAndItsUserIsKnownBeforeTheReadersStart) {
+    run.start();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    EXPECT_FALSE(gWindowState.simConnected);
+    RunningSimulator simulator;
+    ASSERT_TRUE(run.willLog("QNH Reader connected")) << run.log();
+    EXPECT_TRUE(run.logs("Lockheed Martin Prepar3D v5 (5.4.9.28482) connected")) << run.log();
+    EXPECT_TRUE(gWindowState.simConnected);
+    EXPECT_TRUE(gWindowState.simFlightRunning);
+    EXPECT_TRUE(userOnGroundKnown);
+    EXPECT_TRUE(isPosition(positionOf(userStateNow())));
+}
+
+TEST_F(WholeRunThreads, aWrongSimulatorIsTheErrorLineAndTheReadersDoNotStart) {
+    rig::Scene scene;
+    scene.simulator.name = "KittyHawk";
+    RunningSimulator simulator(scene);
+    run.start();
+    ASSERT_TRUE(eventually([] { return shownError().find("KittyHawk") != std::string::npos; })) << run.log();
+    EXPECT_FALSE(gStopRun);
+    EXPECT_FALSE(run.logs("QNH Reader connected"));
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+}
+
+TEST_F(WholeRunThreads, aJumpOfTheUserIsANewFlight) {
+    run.start();
+    RunningSimulator simulator;
+    ASSERT_TRUE(eventually([] { return slotClock > 100; })) << run.log();
+    simulator.play(rig::JumpAct{});
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("Teleport"));
+    EXPECT_TRUE(run.logs("Exiting: NEW FLIGHT"));
+}
+
+TEST_F(WholeRunThreads, aPausedFlightGoesOnWhereItStood) {
+    run.start();
+    RunningSimulator simulator;
+    ASSERT_TRUE(eventually([] { return slotClock > 100; })) << run.log();
+    simulator.play(rig::PauseAct{});
+    ASSERT_TRUE(run.willLog("Flight not running")) << run.log();
+    const int paused = slotClock;
+    std::this_thread::sleep_for(50ms); // for slots that must not come
+    EXPECT_EQ(slotClock, paused);
+    simulator.play(rig::ResumeAct{});
+    ASSERT_TRUE(run.willLog("Flight resumed")) << run.log();
+    EXPECT_TRUE(eventually([&] { return slotClock > paused; }));
+}
+
+TEST_F(WholeRunThreads, aConnectionThatDropsEndsTheRun) {
+    run.start();
+    RunningSimulator simulator;
+    ASSERT_TRUE(eventually([] { return slotClock > 100; })) << run.log();
+    simulator.play(rig::DropConnectionAct{});
+    ASSERT_TRUE(run.willLog("Exiting: ")) << run.log();
+    EXPECT_TRUE(run.logs("Exiting: SIM WAS CLOSED") || run.logs("Exiting: SIMCONNECT ERROR")) << run.log();
 }
 
 TEST_F(WholeRunThreads, aNewFlightIsToldAndEndsTheProcessAfter10Seconds) {
@@ -184,7 +247,7 @@ TEST_F(WholeRunThreads, aReaderWhosePortIsTakenRestartsTheRunAfter15Seconds) {
     ASSERT_EQ(taken.bind(platform::BindTo::allAddresses, weatherPort), 0);
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(run.willLog("The QNH Reader has stopped with error: "
                             "bind to stream socket failed, error: 10048 Address already in use"));
     ASSERT_TRUE(run.willLog("Exiting: READER ERROR")) << run.log();
@@ -192,17 +255,38 @@ TEST_F(WholeRunThreads, aReaderWhosePortIsTakenRestartsTheRunAfter15Seconds) {
     ASSERT_TRUE(run.willLog("Restarting after 15 seconds")) << run.log();
 }
 
+TEST_F(WholeRunThreads, aRestartedRunConnectsAgainAndItsLoopRuns) {
+    run.start();
+    RunningSimulator simulator;
+    ASSERT_TRUE(eventually([] { return slotClock > 100; })) << run.log();
+    requestFailed();
+    ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
+    const auto connects = [&] {
+        const std::string log = run.log();
+        int count = 0;
+        for (std::size_t at = log.find("v5 (5.4.9.28482) connected"); at != std::string::npos;
+             at = log.find("v5 (5.4.9.28482) connected", at + 1)) {
+            ++count;
+        }
+        return count;
+    };
+    EXPECT_TRUE(eventually([&] { return connects() == 2; })) << run.log();
+    const int before = slotClock;
+    EXPECT_TRUE(eventually([&] { return slotClock > before; })) << run.log();
+    EXPECT_FALSE(simFailed);
+}
+
 TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    std::optional<RunningSimulator> simulator(std::in_place);
     ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
     ASSERT_TRUE(eventually([&] {
         feed.traffic(1800000000.5);
         feed.weather(998);
         return gQnh == 998 && gTrafficReader.lastFeedTime > 0;
     }));
-    ASSERT_TRUE(eventually([] { return gSecondCounter == 0 && slotClock > 0; }));
+    ASSERT_TRUE(eventually([] { return slotClock > 0; }));
     gTrafficReader.collectCallSigns = true;
     gf_requestStaticRefresh();
     gRealTrafficHistoric = true;
@@ -210,6 +294,7 @@ TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
     simFailed = true;
     ASSERT_TRUE(run.willLog("Flight not running"));
     gf_stopRun(ExitReason::simConnectError, 1);
+    simulator.reset(); // or the next run would be connected before the looks below
     ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
     ASSERT_TRUE(eventually([] { return !gStopRun; }));
     EXPECT_TRUE(run.logs("QNH Reader disconnected")) << "the reset waits for the readers";
@@ -246,7 +331,7 @@ TEST(CloseButtonThreads, endsTheRunLoopWithinTwoSeconds) {
     Feed feed;
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
     ASSERT_TRUE(eventually([&] {
         feed.traffic(1800000000.5);
@@ -261,13 +346,13 @@ TEST(CloseButtonThreads, endsAPausedFlightWithinTwoSeconds) {
     Feed feed;
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(run.willLog("Traffic Reader connected")) << run.log();
     ASSERT_TRUE(eventually([&] {
         feed.traffic(1800000000.5);
         return slotClock > 0;
     }));
-    simRunning = false;
+    simulator.play(rig::PauseAct{});
     ASSERT_TRUE(run.willLog("Flight not running")) << run.log();
     window_system::clickClose();
     EXPECT_TRUE(run.endsWithin(2s));
@@ -300,7 +385,7 @@ TEST(CloseButtonThreads, duringTheWaitForTrafficIsHonouredOnlyAfterThatWait) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC"));
     clock.hold();
-    simRunning = true;
+    RunningSimulator simulator;
     ASSERT_TRUE(eventually([&] {
         clock.advance(1ms);
         return run.logs("QNH Reader connected");

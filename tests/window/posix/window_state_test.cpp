@@ -156,6 +156,11 @@ TEST_F(Messages, everyLampAndTextIsAsAtTheStartAfterAReset) {
     gWindowState.weatherAlive = false;
     gWindowState.realTrafficWaiting = false;
     gWindowState.qnh = 990;
+    showSimConnected(true);
+    showSimFlightRunning(true);
+    showSimulatorName("Prepar3D");
+    showUserTitle("Mooney");
+    showUserStand("A12");
     resetWindowState();
     EXPECT_EQ(shownError(), "");
     EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::notRunning);
@@ -163,6 +168,35 @@ TEST_F(Messages, everyLampAndTextIsAsAtTheStartAfterAReset) {
     EXPECT_TRUE(gWindowState.weatherAlive);
     EXPECT_TRUE(gWindowState.realTrafficWaiting);
     EXPECT_EQ(gWindowState.qnh, 1013);
+    EXPECT_FALSE(gWindowState.simConnected);
+    EXPECT_FALSE(gWindowState.simFlightRunning);
+    EXPECT_EQ(simLampText().simulator + simLampText().userTitle + simLampText().userStand, "");
+}
+
+TEST_F(Messages, theSimulatorsLampAndItsTextsRepaintOnlyWhenTheyChange) {
+    const auto repaints = [] {
+        const std::size_t count = memory::invalidated().size();
+        memory::paintNow();
+        return count;
+    };
+    repaints();
+    showSimConnected(true);
+    showSimFlightRunning(true);
+    showSimulatorName("Prepar3D");
+    showUserTitle("Mooney");
+    showUserStand("A12");
+    EXPECT_EQ(repaints(), 5U);
+    EXPECT_EQ(simLampText().simulator, "Prepar3D");
+    EXPECT_EQ(simLampText().userTitle, "Mooney");
+    EXPECT_EQ(simLampText().userStand, "A12");
+    showSimConnected(true);
+    showSimFlightRunning(true);
+    showSimulatorName("Prepar3D");
+    showUserTitle("Mooney");
+    showUserStand("A12");
+    EXPECT_EQ(repaints(), 0U);
+    showUserStand("");
+    EXPECT_EQ(repaints(), 1U);
 }
 
 TEST_F(MessageThreads, writersAndThePainterDoNotMeet) {
