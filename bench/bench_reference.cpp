@@ -125,6 +125,7 @@ std::string code(std::mt19937& random, std::size_t length) {
 
 std::vector<std::string> codes(std::mt19937& random, int count, std::size_t length) {
     std::vector<std::string> all;
+    all.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         all.push_back(code(random, length));
     }
@@ -233,6 +234,7 @@ void measureMemory(std::string_view filter) {
 
 void measureLookUp(std::string_view filter, const std::vector<std::string>& keys) {
     std::vector<double> times;
+    times.reserve(static_cast<std::size_t>(rounds));
     for (int round = 0; round < rounds; ++round) {
         times.push_back(millisecondsOf([&keys] {
             for (const std::string& key : keys) {

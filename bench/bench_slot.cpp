@@ -46,8 +46,8 @@ public:
         const double angle = phase + seconds * turnRadPerSecond;
         Sample sample;
         sample.lat = 40 + aircraft % 50 * 0.2 + radiusDegrees * std::cos(angle);
-        sample.lon =
-            5 + aircraft / 50 * 0.2 + radiusDegrees * std::sin(angle) / std::cos(sample.lat * radiansPerDegree);
+        const int row = aircraft / 50;
+        sample.lon = 5 + row * 0.2 + radiusDegrees * std::sin(angle) / std::cos(sample.lat * radiansPerDegree);
         sample.alt = 20000 + 100 * (aircraft % 100);
         sample.airborne = 1;
         sample.gs = sample.tas = knots;
@@ -94,7 +94,9 @@ public:
         flying.lightsHighSet = 1;
         flying.lastFeedTime = -1;
         // The legs of the aircraft begin at different slots.
-        for (double seconds = -3 + 3.0 * aircraft / count_; seconds < 30; seconds += 3) {
+        constexpr int legs = 11;
+        for (int leg = -1; leg < legs - 1; ++leg) {
+            const double seconds = 3.0 * leg + 3.0 * aircraft / count_;
             Sample sample = at(aircraft, seconds - 30);
             sample.slot = firstSlot + static_cast<std::int32_t>(seconds * 100);
             flying.stream.pushBack(sample);

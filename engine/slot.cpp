@@ -88,12 +88,15 @@ void attempt(const char* function, Action action) {
 
 /// The inbox is empty afterwards also when a user error ends the walk: no message is served twice.
 void serveMessages() {
-    struct EmptyInbox {
-        ~EmptyInbox() { engineInbox.clear(); }
-    } const atTheEnd;
-    for (const EngineMessage& message : engineInbox) {
-        attempt("readInbox", [&message] { serve(message); });
+    try {
+        for (const EngineMessage& message : engineInbox) {
+            attempt("readInbox", [&message] { serve(message); });
+        }
+    } catch (...) {
+        engineInbox.clear();
+        throw;
     }
+    engineInbox.clear();
 }
 
 void updateAll() {

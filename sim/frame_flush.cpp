@@ -97,7 +97,7 @@ DWORD lastSentPacketId(FlushFailures& failures) {
 
 void sendCreation(const CreateRequest& request, FlushFailures& failures) {
     // As it is sent: the new object is known again by it.
-    const std::string tailNumber = request.tailNumber.c_str();
+    const std::string tailNumber = request.tailNumber.substr(0, request.tailNumber.find('\0'));
     const HRESULT result = SimConnect_AICreateNonATCAircraft(
         simHandle, std::string(request.title).c_str(), tailNumber.c_str(), initialPosition(request), requestCreate);
     if (result >= 0) {

@@ -17,7 +17,7 @@ std::optional<Record> recordFrom(RecordBytes bytes) {
     if (bytes.size() < sizeof(Record)) {
         return std::nullopt;
     }
-    Record record;
+    Record record{};
     std::memcpy(&record, bytes.data(), sizeof record);
     return record;
 }

@@ -43,6 +43,7 @@ fs::path path(const std::string& text) {
 
 std::vector<fs::path> paths(const std::vector<std::string>& texts) {
     std::vector<fs::path> all;
+    all.reserve(texts.size());
     for (const std::string& text : texts) {
         all.push_back(path(text));
     }

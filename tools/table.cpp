@@ -94,7 +94,7 @@ Table::Table(std::string_view text) {
 
 std::string_view Table::field(std::size_t row, std::initializer_list<std::string_view> names) const {
     const std::size_t column = columnOf(names);
-    return column < rows_.at(row).size() ? std::string_view(rows_[row][column]) : std::string_view();
+    return column < rows_.at(row).size() ? std::string_view{rows_[row][column]} : std::string_view{};
 }
 
 bool Table::has(std::initializer_list<std::string_view> names) const {

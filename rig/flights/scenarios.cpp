@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -281,6 +282,7 @@ const std::array<std::pair<const char*, Maker>, 12> makers{{
 const std::vector<std::string>& scenarioNames() {
     static const std::vector<std::string> names = [] {
         std::vector<std::string> result;
+        result.reserve(std::size(makers));
         for (const auto& [name, maker] : makers) {
             result.emplace_back(name);
         }

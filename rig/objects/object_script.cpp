@@ -46,7 +46,7 @@ public:
         resetEngine();
         gSimulatorVersion = P3D_VERSION.value.load(); // its pipe is named after it
         startSimClient();
-        phase("no simulator", [] { return simRunning && simFailed == false && isPosition(positionOf(gUserState)); });
+        phase("no simulator", [] { return simRunning && !simFailed && isPosition(positionOf(gUserState)); });
         out << fmt::format("connected to {}\n", simLampText().simulator);
         centre_ = positionOf(gUserState);
         for (int i = 0; i < options_.count; ++i) {

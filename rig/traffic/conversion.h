@@ -20,7 +20,7 @@ struct RegisteredAircraft {
 using AircraftRegistry = std::map<std::uint32_t, RegisteredAircraft>;
 
 /// From the JSON object {"ABC123": ["registration", "type", ...]}.
-AircraftRegistry registryFrom(std::string_view json);
+AircraftRegistry registryFrom(std::string_view text);
 
 /// The rows of a recording, each with its end. Knows by itself which form the text has:
 /// - a list of states {"icao24", "timestamp" (ms), "latitude", "longitude", "altitude", "groundspeed", "track",

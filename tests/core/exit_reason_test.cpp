@@ -3,9 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <barrier>
 #include <stdexcept>
 #include <thread>
+
+#include "tests/support/meeting.h"
 
 namespace {
 
@@ -95,7 +96,7 @@ TEST_F(ExitReasonTest, anUnknownReasonIsOutOfRange) {
 TEST_F(ExitReasonThreads, whoSeesTheStopFlagFindsReasonAndDelayOfOneWriter) {
     for (int round = 0; round < 200; ++round) {
         gf_resetExitReason();
-        std::barrier start(3);
+        Meeting start(3);
         std::thread first([&] {
             start.arrive_and_wait();
             gf_stopRun(ExitReason::simConnectError, 9);

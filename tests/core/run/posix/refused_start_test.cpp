@@ -45,7 +45,7 @@ TEST(TopMost, theWindowIsSetTopMostAsTheParameterSays) {
         ProgramRun run;
         run.setParameters({{"SIM_INSTALL_PATH", "P3D v5"}, {"ALWAYS_ON_TOP", wanted ? "true" : "false"}});
         run.start();
-        ASSERT_TRUE(run.willLog("Stock airports path does not exist"));
+        ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ..."));
         EXPECT_EQ(memory::isTopMost(), wanted);
     }
     memory::reset();
