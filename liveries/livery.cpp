@@ -1,0 +1,4 @@
+// liveries/livery.cpp
+#include "liveries/livery.h"
+
+std::list<Livery> Liveries;
