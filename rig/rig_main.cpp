@@ -10,6 +10,7 @@
 #include "platform/files.h"
 #include "platform/program_entry.h"
 #include "rig/objects/object_script.h"
+#include "rig/server/server_run.h"
 #include "rig/simulator/simulator_run.h"
 #include "rig/trace/trace_summary.h"
 #include "rig/traffic_commands.h"
@@ -55,6 +56,16 @@ void addObjectOptions(CLI::App& command, rig::ObjectScriptOptions& options) {
     command.add_option("--seconds", options.seconds, "How long they fly")->check(CLI::Range(1.0, 3600.0));
 }
 
+void addServerOptions(CLI::App& command, rig::ServerOptions& options) {
+    addPath(command, "--root", options.root, "Folder to serve, as tarnwing_tools publish lays it out");
+    command.get_option("--root")->required();
+    command.add_option("--port", options.port, "On 127.0.0.1; 0: the system chooses");
+    command.add_option("--fault", options.fault,
+                       "none, 404, 500, redirect, half, slow, length or page; with ':END' only for paths that end so");
+    command.add_option("--seconds", options.seconds, "Ends by itself after so many seconds")
+        ->check(CLI::NonNegativeNumber);
+}
+
 void printTrace(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -78,6 +89,9 @@ int programMain(const std::vector<std::string>& arguments) {
     std::filesystem::path trace;
     CLI::App* const traceCommand = app.add_subcommand("trace", "Tells what a trace holds");
     addPath(*traceCommand, "file", trace, "The trace");
+    rig::ServerOptions server;
+    CLI::App* const serverCommand = app.add_subcommand("server", "A stand-in for the download server");
+    addServerOptions(*serverCommand, server);
     const TrafficCommands traffic(app);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
@@ -87,6 +101,8 @@ int programMain(const std::vector<std::string>& arguments) {
             rig::runObjectScript(objects, std::cout);
         } else if (traceCommand->parsed()) {
             printTrace(trace);
+        } else if (serverCommand->parsed()) {
+            rig::runServer(server, std::cout);
         }
         traffic.run(std::cout);
     } catch (const CLI::ParseError& error) {

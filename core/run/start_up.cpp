@@ -21,6 +21,10 @@
 #include "core/run/start_run.h"
 #include "core/run_flags.h"
 #include "core/user_error.h"
+#include "distribution/check_versions.h"
+#include "distribution/clear_file.h"
+#include "liveries/reference_data.h"
+#include "parking/airport_directory.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
 #include "platform/window_system.h"
@@ -53,6 +57,8 @@ constexpr std::array outOfDateFiles{
     "input/AIG-regcodes0.xml",
     "input/AIG-regcodes00.xml",
 };
+
+bool dataFilesRead = false;
 
 void requireProgramFolder() {
     if (!fs::is_directory(fileStatus("docs"))) {
@@ -96,6 +102,38 @@ void setHardwareThreads() {
     gHardwareThreads = count == 0 ? hardwareThreadsIfUnknown : static_cast<int>(count);
 }
 
+/// A restarted run has what the first one fetched.
+bool isUpToDate() {
+    return gRestartWanted || gf_checkVersions();
+}
+
+/// Once per process: half a million registrations do not change from run to run.
+void readDataFilesOnce() {
+    if (!dataFilesRead && !gf_readDataFiles()) {
+        throw std::runtime_error("reading data files failed!");
+    }
+    dataFilesRead = true;
+}
+
+void readAirports() {
+    if (!gf_readAirports()) {
+        throw std::runtime_error("reading airports failed!");
+    }
+}
+
+/// What the program has to know of the world and of this machine before it can meet them.
+void prepare() {
+    gf_setWeekSlot();
+    readDataFilesOnce();
+    readAirports();
+    gf_findSimulator();
+    if (gProductionMode) {
+        endProductionStart();
+    } else {
+        detectRealTraffic();
+    }
+}
+
 /// Everything up to the run loop's end. Throws what ends the run.
 void runOnce() {
     requireProgramFolder();
@@ -103,12 +141,9 @@ void runOnce() {
     repaintWindow();
     gf_flushLog();
     makeWorkingFolders();
-    gf_setWeekSlot();
-    gf_findSimulator();
-    if (gProductionMode) {
-        endProductionStart();
-    } else {
-        detectRealTraffic();
+    gf_removeLeftOverClearFiles();
+    if (isUpToDate()) {
+        prepare();
     }
     testStockAirports();
     setHardwareThreads();
@@ -130,6 +165,10 @@ void endWithSystemError(std::string_view text) {
 }
 
 } // namespace
+
+void gf_resetStartUp() {
+    dataFilesRead = false;
+}
 
 void gf_endRunOn(const std::exception_ptr& failure) {
     try {

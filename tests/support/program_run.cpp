@@ -8,18 +8,37 @@
 #include "core/parameter_file.h"
 #include "core/run/process_entry.h"
 #include "core/run/run_reset.h"
+#include "core/run/start_up.h"
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
 #include "core/week_slot.h"
+#include "distribution/download.h"
+#include "liveries/reference_tables.h"
+#include "parking/airport_directory.h"
 #include "platform/files.h"
 #include "platform/window_system.h"
 #include "tests/support/eventually.h"
+#include "tests/support/reference_xml.h"
+#include "tests/support/sealed_input.h"
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* fewAirports = R"(<root><airports>
+    <airport code="EHAM" iata="AMS" lat="52.3086" lon="4.7639" alt="-11" stands="200"/>
+    <airport code="LSZH" iata="ZRH" lat="47.4581" lon="8.5481" alt="1416" stands="150"/>
+</airports></root>)";
+
+} // namespace
 
 void resetProgram() {
     gf_resetRun();
     resetParameters();
+    gf_resetStartUp();
+    resetReferenceTables();
+    resetAirportDirectory();
+    setDownloadRoot({});
     gCloseButtonUsed = false;
     gProductionMode = false;
     gRestartWanted = false;
@@ -37,6 +56,8 @@ ProgramRun::ProgramRun() {
     fs::create_directories("docs");
     fs::create_directories("input");
     fs::create_directories("Sim v5/Scenery");
+    writeSealed("input/dbase.enc", ReferenceXml().text());
+    writeSealed("input/airports.enc", fewAirports);
     setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(folder_.path() / "Sim v5")}});
 }
 

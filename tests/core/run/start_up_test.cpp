@@ -14,12 +14,18 @@
 #include "core/run_flags.h"
 #include "core/user_error.h"
 #include "core/week_slot.h"
+#include "distribution/download.h"
+#include "liveries/reference_tables.h"
+#include "parking/airport_directory.h"
 #include "platform/files.h"
 #include "platform/window_system.h"
+#include "rig/server/download_server.h"
 #include "tests/support/code_page.h"
 #include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"
+#include "tests/support/reference_xml.h"
+#include "tests/support/sealed_input.h"
 #include "window/window_state.h"
 
 namespace fs = std::filesystem;
@@ -31,7 +37,6 @@ TEST(StartUpThreads, makesTheWorkingFoldersAndDeletesOutOfDateFiles) {
     ProgramRun run;
     writeFile(run.folder() / "input" / "AIG-regcodes0.xml", "old");
     writeFile(run.folder() / "input" / "AIG-regcodes00.xml", "old");
-    writeFile(run.folder() / "input" / "AIG-regcodes.xml", "present");
     run.start({"--production"});
     ASSERT_TRUE(run.ends()) << run.log();
     for (const char* folder :
@@ -41,7 +46,67 @@ TEST(StartUpThreads, makesTheWorkingFoldersAndDeletesOutOfDateFiles) {
     }
     EXPECT_FALSE(fs::exists(run.folder() / "input" / "AIG-regcodes0.xml"));
     EXPECT_FALSE(fs::exists(run.folder() / "input" / "AIG-regcodes00.xml"));
-    EXPECT_TRUE(fs::exists(run.folder() / "input" / "AIG-regcodes.xml"));
+}
+
+TEST(StartUpThreads, clearTextThatAKilledProcessLeftIsRemoved) {
+    ProgramRun run;
+    for (const char* file : {"dbase.xml", "airports.xml", "AIG-regcodes.xml"}) {
+        writeFile(run.folder() / "input" / file, "clear");
+    }
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    for (const char* file : {"dbase.xml", "airports.xml", "AIG-regcodes.xml"}) {
+        EXPECT_FALSE(fs::exists(run.folder() / "input" / file)) << file;
+    }
+}
+
+TEST(StartUpThreads, theDataFilesAreReadBeforeTheSimulatorIsLookedFor) {
+    ProgramRun run;
+    run.setParameters({});
+    run.start();
+    ASSERT_TRUE(run.willLog("No P3D install path detected.")) << run.log();
+    EXPECT_TRUE(gf_isIcaoAirline("KLM"));
+    EXPECT_NE(find_airport("LSZH"), nullptr);
+}
+
+TEST(StartUpThreads, aDataFileThatCannotBeOpenedEndsAsASystemError) {
+    ProgramRun run;
+    writeFile(run.folder() / "input" / "dbase.enc", "no container");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    EXPECT_EQ(shownError(), "dbase.enc stream decrypt failed");
+}
+
+TEST(StartUpThreads, aDataFileThatDoesNotParseEndsAsASystemError) {
+    ProgramRun run;
+    writeSealed(run.folder() / "input" / "dbase.enc", "<root><aircrafts");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    EXPECT_EQ(shownError(), "reading data files failed!");
+}
+
+TEST(StartUpThreads, withoutAirportsTheRunEndsAsASystemError) {
+    ProgramRun run;
+    fs::remove(run.folder() / "input" / "airports.enc");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    EXPECT_EQ(shownError(), "reading airports failed!");
+}
+
+TEST(StartUpThreads, aNewerDataFileIsFetchedAndReadInTheSameStart) {
+    ProgramRun run;
+    DownloadServer server(run.folder() / "served");
+    setDownloadRoot(server.root());
+    writeFile(run.folder() / "served" / "downloads" / "versions.json",
+              R"({"dbase": {"major": 2, "minor": 0, "patch": 0}})");
+    writeSealed(run.folder() / "served" / "downloads" / "11" / "dbase.enc",
+                ReferenceXml().with("ICAO_airlines", R"(<ICAO codes="NEW"/>)").text());
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("dbase updated to 2.0.0"));
+    EXPECT_TRUE(gf_isIcaoAirline("NEW"));
+    EXPECT_FALSE(gf_isIcaoAirline("KLM"));
+    EXPECT_EQ(DBASE_VERSION.value(), "2.0.0");
 }
 
 TEST(StartUpThreads, aFolderThatCannotBeMadeEndsAsASystemError) {
