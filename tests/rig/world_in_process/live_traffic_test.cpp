@@ -75,7 +75,7 @@ protected:
         resetProgram();
         resetReferenceTables();
         resetLiveryMatching();
-        RegcodeTable.clear();
+        clearLiveryTables();
     }
 
     /// Where the real aircraft is at that second: flying east past Amsterdam.

@@ -1,0 +1,32 @@
+// liveries/similar_models.h
+// Which types may stand in for another one: part of the tables that the search for a livery reads (liveries/livery_tables.h).
+// Built on the start-up thread before traffic starts; afterwards the engine thread reads them and changes their order.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/aircraft_category.h"
+#include "liveries/reference_tables.h"
+
+/// A type code and its category, which is dear to look up.
+struct CategorizedType {
+    std::string_view type; ///< good as long as the tables
+    AircraftCategory category = AircraftCategory::Light;
+
+    friend bool operator==(const CategorizedType&, const CategorizedType&) = default;
+};
+
+/// Type to the other types of its similar group.
+extern TextTable<std::vector<std::string>> SimilarAll;
+/// The same, as far as there is a livery of them.
+extern TextTable<std::vector<CategorizedType>> SimilarWithLiveries;
+/// Airline and a type that it has no livery of, to the similar types that it has liveries of.
+extern TextTable<TextTable<std::vector<CategorizedType>>> SimilarByAirline;
+
+/// SimilarAll, SimilarWithLiveries and SimilarByAirline from AirlineTable and ModelTable, and one log line.
+void lf_buildSimilarModels();
+
+/// No similar types.
+void clearSimilarModels();
