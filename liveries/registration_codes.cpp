@@ -63,7 +63,7 @@ void withAigRegcodes(Step step) {
 
 void writeLines(const fs::path& file, const std::vector<std::string>& lines) {
     createFolders(file.parent_path());
-    std::ofstream stream(file);
+    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     for (const std::string& line : lines) {
         stream << line << '\n';
     }

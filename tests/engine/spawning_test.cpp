@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/engine/engine_test.h"
+#include "tests/support/test_liveries.h"
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -91,6 +92,26 @@ TEST_F(Spawning, aFormerLiveryThatTheSimulatorRefusedIsOfNoUse) {
     spawnLiveAc(aircraft);
     EXPECT_EQ(aircraft.liveryTitle, "Some Livery");
     EXPECT_EQ(hexidLiveries[testHexid], "Some Livery");
+}
+
+TEST_F(Spawning, aRefusedFormerLiveryIsForgottenEvenIfThereIsNoOther) {
+    RegcodeTable.clear();
+    hexidLiveries[testHexid] = "Former Livery";
+    FailedTitles.insert("Former Livery");
+    LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_TRUE(hexidLiveries.empty());
+}
+
+TEST_F(Spawning, theLadderFindsALiveryOfItsAirlineAndType) {
+    RegcodeTable.clear();
+    installLiveries({{.airl = "KLM", .type = "A320", .title = "FSLTL_KLM A320", .atcid = {}}});
+    LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.liveryTitle, "FSLTL_KLM A320");
+    EXPECT_EQ(aircraft.reverseOnLanding, 1);
+    EXPECT_TRUE(log.contains("          KLM123 PH-ABC KLM A320 =2= FSLTL_KLM A320"));
 }
 
 TEST_F(Spawning, aNewLiveryIsRemembered) {

@@ -1,0 +1,33 @@
+// tests/support/test_liveries.h
+// Liveries in the tables, as if they had been read from LiveriesScanned.xml.
+#pragma once
+
+#include <list>
+#include <tuple>
+#include <utility>
+
+#include "liveries/livery.h"
+#include "liveries/livery_tables.h"
+
+/// Sorted as the file is.
+inline void setLiveries(std::list<Livery> liveries) {
+    liveries.sort([](const Livery& a, const Livery& b) {
+        return std::tie(a.airl, a.type, a.title) < std::tie(b.airl, b.type, b.title);
+    });
+    Liveries = std::move(liveries);
+}
+
+/// All tables but those of the registrations, which `registrations` may fill; the list is empty afterwards.
+template <typename Registrations>
+void installLiveries(std::list<Livery> liveries, Registrations registrations) {
+    setLiveries(std::move(liveries));
+    lf_buildAirlineTables();
+    registrations();
+    lf_buildModelTables();
+    lf_buildSimilarModels();
+    Liveries.clear();
+}
+
+inline void installLiveries(std::list<Livery> liveries) {
+    installLiveries(std::move(liveries), [] {});
+}
