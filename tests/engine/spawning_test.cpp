@@ -106,7 +106,7 @@ TEST_F(Spawning, aRefusedFormerLiveryIsForgottenEvenIfThereIsNoOther) {
 
 TEST_F(Spawning, theLadderFindsALiveryOfItsAirlineAndType) {
     RegcodeTable.clear();
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "FSLTL_KLM A320", .atcid = {}}});
+    installLiveries({livery("KLM", "A320", "FSLTL_KLM A320")});
     LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
     spawnLiveAc(aircraft);
     EXPECT_EQ(aircraft.liveryTitle, "FSLTL_KLM A320");

@@ -77,26 +77,16 @@ protected:
     static void install() {
         installLiveries(
             {
-                {.airl = "KLM", .type = "A320", .title = "KLM A320 a", .atcid = {}},
-                {.airl = "KLM", .type = "A320", .title = "KLM A320 b", .atcid = {}},
-                {.airl = "KLM", .type = "A320", .title = "KLM A320 c", .atcid = {}},
-                {.airl = "KLM", .type = "B744", .title = "KLM B744", .atcid = {}},
-                {.airl = "KLM", .type = "B744", .title = "KLM B744 F", .atcid = {}, .cargo = true},
-                {.airl = "DLH", .type = "A321", .title = "DLH A321", .atcid = {}},
-                {.airl = "SWR", .type = "A319", .title = "SWR A319", .atcid = {}},
-                {.airl = "SWR", .type = "A321", .title = "SWR A321", .atcid = {}},
-                {.airl = "GEC", .type = "B744", .title = "GEC B744 pax", .atcid = {}},
-                {.airl = "FDX", .type = "B77W", .title = "FDX B77W F", .atcid = {}, .cargo = true},
-                {.airl = "EZE", .type = "E135", .title = "EZE E135", .atcid = {}},
-                {.airl = "USA", .type = "F16", .title = "USA F16", .atcid = {}},
-                {.airl = "TST", .type = "P28A", .title = "TST P28A", .atcid = {}},
-                {.airl = "TST", .type = "DA42", .title = "TST DA42", .atcid = {}},
-                {.airl = "TST", .type = "C208", .title = "TST C208", .atcid = {}},
-                {.airl = "TST", .type = "EC35", .title = "TST EC35", .atcid = {}},
-                {.airl = "NJE", .type = "C56X", .title = "NJE C56X", .atcid = {}},
-                {.airl = "PVT", .type = "C210", .title = "PVT C210", .atcid = {}},
-                {.airl = "ZZZ", .type = "A320", .title = "Generic A320", .atcid = {}},
-                {.airl = "ZZZ", .type = "C172", .title = "Generic C172", .atcid = {}},
+                livery("KLM", "A320", "KLM A320 a"),    livery("KLM", "A320", "KLM A320 b"),
+                livery("KLM", "A320", "KLM A320 c"),    livery("KLM", "B744", "KLM B744"),
+                freighter("KLM", "B744", "KLM B744 F"), livery("DLH", "A321", "DLH A321"),
+                livery("SWR", "A319", "SWR A319"),      livery("SWR", "A321", "SWR A321"),
+                livery("GEC", "B744", "GEC B744 pax"),  freighter("FDX", "B77W", "FDX B77W F"),
+                livery("EZE", "E135", "EZE E135"),      livery("USA", "F16", "USA F16"),
+                livery("TST", "P28A", "TST P28A"),      livery("TST", "DA42", "TST DA42"),
+                livery("TST", "C208", "TST C208"),      livery("TST", "EC35", "TST EC35"),
+                livery("NJE", "C56X", "NJE C56X"),      livery("PVT", "C210", "PVT C210"),
+                livery("ZZZ", "A320", "Generic A320"),  livery("ZZZ", "C172", "Generic C172"),
             },
             [] {
                 std::vector<std::string> report;
@@ -236,11 +226,9 @@ TEST_F(LiveryMatching, theSameAircraftAlwaysGetsTheSameTitleWithoutRandom) {
 
 TEST_F(LiveryMatching, aReservedTitleIsTakenWhereThereIsNoOther) {
     clearLiveryTables();
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "One", .atcid = {}},
-                     {.airl = "KLM", .type = "A320", .title = "Two", .atcid = {}}},
-                    [] {
-                        ReservedTitles = {lf_findTitle("One"), lf_findTitle("Two")};
-                    });
+    installLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two")}, [] {
+        ReservedTitles = {lf_findTitle("One"), lf_findTitle("Two")};
+    });
     EXPECT_EQ(live({"KLM", "A320"}), "2 One");
 }
 
@@ -318,8 +306,7 @@ TEST_F(LiveryMatching, onlyLiveAircraftAreCounted) {
 
 TEST_F(LiveryMatching, aTitleOfThatMakerReversesOnLanding) {
     clearLiveryTables();
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "New FSLTL_A320 KLM", .atcid = {}},
-                     {.airl = "DLH", .type = "A320", .title = "fsltl_A320 DLH", .atcid = {}}});
+    installLiveries({livery("KLM", "A320", "New FSLTL_A320 KLM"), livery("DLH", "A320", "fsltl_A320 DLH")});
     AircraftRecord aircraft = aircraftOf({"KLM", "A320"});
     gf_rematchLivery(aircraft);
     EXPECT_EQ(aircraft.reverseOnLanding, 1);
@@ -406,7 +393,7 @@ TEST_F(RandomMatching, eachTitleThatIsNotReservedIsAsLikely) {
     clearLiveryTables();
     std::list<Livery> liveries;
     for (const char* title : {"One", "Two", "Three", "Four", "Five", "Six"}) {
-        liveries.push_back({.airl = "KLM", .type = "A320", .title = title, .atcid = {}});
+        liveries.push_back(livery("KLM", "A320", title));
     }
     installLiveries(std::move(liveries), [] { ReservedTitles = {lf_findTitle("One"), lf_findTitle("Four")}; });
     const auto counts = counted([] { return titleFor({"KLM", "A320"}); });
@@ -416,29 +403,23 @@ TEST_F(RandomMatching, eachTitleThatIsNotReservedIsAsLikely) {
 
 TEST_F(RandomMatching, whereAllAreReservedEachIsAsLikely) {
     clearLiveryTables();
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "One", .atcid = {}},
-                     {.airl = "KLM", .type = "A320", .title = "Two", .atcid = {}}},
-                    [] {
-                        ReservedTitles = {lf_findTitle("One"), lf_findTitle("Two")};
-                    });
+    installLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two")}, [] {
+        ReservedTitles = {lf_findTitle("One"), lf_findTitle("Two")};
+    });
     expectUniform(counted([] { return titleFor({"KLM", "A320"}); }), 2);
 }
 
 TEST_F(RandomMatching, theSimilarTypesOfAnAirlineComeInEachOrder) {
     clearLiveryTables();
     gSimilarGroups = {{"A318", "A319", "A320", "A321"}};
-    installLiveries({{.airl = "SWR", .type = "A318", .title = "1", .atcid = {}},
-                     {.airl = "SWR", .type = "A319", .title = "2", .atcid = {}},
-                     {.airl = "SWR", .type = "A321", .title = "3", .atcid = {}}});
+    installLiveries({livery("SWR", "A318", "1"), livery("SWR", "A319", "2"), livery("SWR", "A321", "3")});
     expectUniform(counted([] { return orderOf(gf_similarForAirline("SWR", "A320")); }), 6);
 }
 
 TEST_F(RandomMatching, theSimilarTypesOfATypeComeInEachOrder) {
     clearLiveryTables();
     gSimilarGroups = {{"C150", "C152", "C172", "C182"}};
-    installLiveries({{.airl = "AAA", .type = "C150", .title = "1", .atcid = {}},
-                     {.airl = "AAA", .type = "C152", .title = "2", .atcid = {}},
-                     {.airl = "AAA", .type = "C182", .title = "3", .atcid = {}}});
+    installLiveries({livery("AAA", "C150", "1"), livery("AAA", "C152", "2"), livery("AAA", "C182", "3")});
     expectUniform(counted([] { return orderOf(gf_similarOfType("C172")); }), 6);
 }
 
@@ -450,9 +431,7 @@ TEST_F(RandomMatching, aTypeOfTheCategoryIsDrawn) {
 TEST_F(LiveryMatching, withoutRandomTheOrderStays) {
     clearLiveryTables();
     gSimilarGroups = {{"A318", "A319", "A320", "A321"}};
-    installLiveries({{.airl = "SWR", .type = "A318", .title = "1", .atcid = {}},
-                     {.airl = "SWR", .type = "A319", .title = "2", .atcid = {}},
-                     {.airl = "SWR", .type = "A321", .title = "3", .atcid = {}}});
+    installLiveries({livery("SWR", "A318", "1"), livery("SWR", "A319", "2"), livery("SWR", "A321", "3")});
     for (int i = 0; i < 10; ++i) {
         EXPECT_EQ(gf_similarForAirline("SWR", "A320").front().type, "A318");
         EXPECT_EQ(gf_similarOfType("A320").front().type, "A318");

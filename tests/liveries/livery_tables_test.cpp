@@ -40,8 +40,8 @@ protected:
 };
 
 TEST_F(LiveryTables, theTitlesOfAnAirlineAndTypeKeepTheirOrder) {
-    installLiveries(
-        {{"KLM", "A320", "Two"}, {"KLM", "B738", "Three"}, {"DLH", "A320", "Four"}, {"KLM", "A320", "One"}});
+    installLiveries({livery("KLM", "A320", "Two"), livery("KLM", "B738", "Three"), livery("DLH", "A320", "Four"),
+                     livery("KLM", "A320", "One")});
     EXPECT_THAT(titles(passengerIndex, "KLM", "A320"), ElementsAre("One", "Two"));
     EXPECT_THAT(titles(passengerIndex, "KLM", "B738"), ElementsAre("Three"));
     EXPECT_THAT(titles(passengerIndex, "DLH", "A320"), ElementsAre("Four"));
@@ -49,10 +49,8 @@ TEST_F(LiveryTables, theTitlesOfAnAirlineAndTypeKeepTheirOrder) {
 }
 
 TEST_F(LiveryTables, freightersStandApartAndLeaveNoEmptyKeys) {
-    installLiveries({{.airl = "KLM", .type = "B744", .title = "Jumbo"},
-                     {.airl = "KLM", .type = "B744", .title = "Jumbo F", .cargo = true},
-                     {.airl = "KLM", .type = "A320", .title = "Bus"},
-                     {.airl = "FDX", .type = "MD11", .title = "Fedex", .cargo = true}});
+    installLiveries({livery("KLM", "B744", "Jumbo"), freighter("KLM", "B744", "Jumbo F"), livery("KLM", "A320", "Bus"),
+                     freighter("FDX", "MD11", "Fedex")});
     EXPECT_THAT(titles(passengerIndex, "KLM", "B744"), ElementsAre("Jumbo"));
     EXPECT_THAT(titles(cargoIndex, "KLM", "B744"), ElementsAre("Jumbo F"));
     EXPECT_FALSE(AirlineModelTable[passengerIndex].contains("FDX"));
@@ -63,7 +61,7 @@ TEST_F(LiveryTables, freightersStandApartAndLeaveNoEmptyKeys) {
 }
 
 TEST_F(LiveryTables, inAnUnsortedListALaterGroupOfTheSameKeyIsLost) {
-    Liveries = {{"KLM", "A320", "One"}, {"DLH", "A320", "Two"}, {"KLM", "A320", "Three"}};
+    Liveries = {livery("KLM", "A320", "One"), livery("DLH", "A320", "Two"), livery("KLM", "A320", "Three")};
     lf_buildAirlineTables();
     EXPECT_THAT(titles(passengerIndex, "KLM", "A320"), ElementsAre("One"));
     EXPECT_EQ(lf_findTitle("Three"), "");
@@ -77,21 +75,22 @@ TEST_F(LiveryTables, noLiveriesAreNoTables) {
 }
 
 TEST_F(LiveryTables, theTitlesStayWhenTheListIsGone) {
-    installLiveries({{"KLM", "A320", "A title that is too long to stand inside of a string object"}});
+    installLiveries({livery("KLM", "A320", "A title that is too long to stand inside of a string object")});
     EXPECT_THAT(Liveries, IsEmpty());
     EXPECT_EQ(lf_findTitle("A title that is too long to stand inside of a string object").size(), 59U);
     EXPECT_EQ(lf_findTitle("A title that is"), "");
 }
 
 TEST_F(LiveryTables, aTypeHasTheTitlesOfAllAirlines) {
-    installLiveries(
-        {{"KLM", "A320", "One"}, {"DLH", "A320", "Two"}, {"ZZZ", "A320", "Three"}, {"PVT", "C172", "Four"}});
+    installLiveries({livery("KLM", "A320", "One"), livery("DLH", "A320", "Two"), livery("ZZZ", "A320", "Three"),
+                     livery("PVT", "C172", "Four")});
     EXPECT_THAT(ModelTable[passengerIndex].at("A320").titles, UnorderedElementsAre("One", "Two", "Three"));
     EXPECT_THAT(ModelTable[passengerIndex].at("C172").titles, ElementsAre("Four"));
 }
 
 TEST_F(LiveryTables, aReservedTitleIsACandidateOnlyWhereThereIsNoOther) {
-    installLiveries({{"KLM", "A320", "One"}, {"KLM", "A320", "Two"}, {"DLH", "A320", "Three"}, {"DLH", "B738", "Four"}},
+    installLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("DLH", "A320", "Three"),
+                     livery("DLH", "B738", "Four")},
                     [] {
                         reserve("One");
                         reserve("Three");
@@ -106,9 +105,7 @@ TEST_F(LiveryTables, aReservedTitleIsACandidateOnlyWhereThereIsNoOther) {
 }
 
 TEST_F(LiveryTables, theTablesAreCounted) {
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "One"},
-                     {.airl = "KLM", .type = "B744", .title = "Two", .cargo = true},
-                     {.airl = "DLH", .type = "B738", .title = "Three"}});
+    installLiveries({livery("KLM", "A320", "One"), freighter("KLM", "B744", "Two"), livery("DLH", "B738", "Three")});
     RegcodeTable["PH-ABC"] = "One";
     logModelTables();
     logRegistrationCodes();
@@ -119,7 +116,7 @@ TEST_F(LiveryTables, theTablesAreCounted) {
 
 TEST_F(LiveryTables, clearedTheyCanBeBuiltAnew) {
     gSimilarGroups = {{"A319", "A320"}};
-    installLiveries({{"KLM", "A320", "One"}, {"KLM", "C172", "Light"}});
+    installLiveries({livery("KLM", "A320", "One"), livery("KLM", "C172", "Light")});
     summarizeCategories();
     reserve("One");
     RegcodeTable["PH-ABC"] = lf_findTitle("One");
@@ -136,7 +133,7 @@ TEST_F(LiveryTables, clearedTheyCanBeBuiltAnew) {
     EXPECT_EQ(lf_findTitle("One"), "");
     EXPECT_TRUE(FailedTitles.contains("One"));
     resetFailedTitles();
-    installLiveries({{"DLH", "A320", "Two"}});
+    installLiveries({livery("DLH", "A320", "Two")});
     EXPECT_THAT(titles(passengerIndex, "DLH", "A320"), ElementsAre("Two"));
 }
 
@@ -161,16 +158,10 @@ protected:
 };
 
 TEST_F(CategorySummary, eachCategoryIsToldInTurn) {
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "1"},
-                     {.airl = "KLM", .type = "B738", .title = "2"},
-                     {.airl = "KLM", .type = "B738", .title = "3", .cargo = true},
-                     {.airl = "KLM", .type = "B744", .title = "4", .cargo = true},
-                     {.airl = "KLM", .type = "B744", .title = "5", .cargo = true},
-                     {.airl = "KLM", .type = "GLF5", .title = "6"},
-                     {.airl = "KLM", .type = "EC35", .title = "7"},
-                     {.airl = "KLM", .type = "F16", .title = "8"},
-                     {.airl = "KLM", .type = "P28A", .title = "9"},
-                     {.airl = "KLM", .type = "C172", .title = "10"}});
+    installLiveries({livery("KLM", "A320", "1"), livery("KLM", "B738", "2"), freighter("KLM", "B738", "3"),
+                     freighter("KLM", "B744", "4"), freighter("KLM", "B744", "5"), livery("KLM", "GLF5", "6"),
+                     livery("KLM", "EC35", "7"), livery("KLM", "F16", "8"), livery("KLM", "P28A", "9"),
+                     livery("KLM", "C172", "10")});
     EXPECT_THAT(summary(), ElementsAre("Category Light: 2 pax liveries", "  C172,P28A", //
                                        "Category Buzjets: 1 pax liverie", "  GLF5",     //
                                        "Category Large: 2 pax liveries and 1 cargo liverie", "  A320,B738",
@@ -205,7 +196,7 @@ TEST_F(CategorySummary, twentyTypesStandInARow) {
     std::list<Livery> liveries;
     for (int i = 0; i < 41; ++i) {
         const std::string type = fmt::format("T{:02}", i);
-        liveries.push_back({"KLM", type, "Title " + type});
+        liveries.push_back(livery("KLM", type, "Title " + type));
     }
     installLiveries(std::move(liveries));
     const auto lines = summary();
@@ -217,11 +208,8 @@ TEST_F(CategorySummary, twentyTypesStandInARow) {
 }
 
 TEST_F(CategorySummary, randomTypesAreKeptOfThreeCategories) {
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "1"},
-                     {.airl = "KLM", .type = "GLF5", .title = "2"},
-                     {.airl = "KLM", .type = "EC35", .title = "3", .cargo = true},
-                     {.airl = "KLM", .type = "C172", .title = "4"},
-                     {.airl = "DLH", .type = "C152", .title = "5"}});
+    installLiveries({livery("KLM", "A320", "1"), livery("KLM", "GLF5", "2"), freighter("KLM", "EC35", "3"),
+                     livery("KLM", "C172", "4"), livery("DLH", "C152", "5")});
     summarizeCategories();
     summarizeCategories();
     EXPECT_THAT(RandomTypes[0], ElementsAre(CategorizedType{"C152", AircraftCategory::Light},
@@ -233,20 +221,21 @@ TEST_F(CategorySummary, randomTypesAreKeptOfThreeCategories) {
 }
 
 TEST_F(CategorySummary, theGenericTypesAreToldToo) {
-    installLiveries({{"ZZZ", "B738", "1"}, {"ZZZ", "A320", "2"}, {"ZZZ", "A320", "3"}, {"KLM", "C172", "4"}});
+    installLiveries({livery("ZZZ", "B738", "1"), livery("ZZZ", "A320", "2"), livery("ZZZ", "A320", "3"),
+                     livery("KLM", "C172", "4")});
     summarizeGenericLiveries();
     EXPECT_THAT(log.lines(),
                 ElementsAre("0 similar model definitions", "2 models have a generic livery", "  A320,B738"));
 }
 
 TEST_F(CategorySummary, oneGenericTypeIsOneModel) {
-    installLiveries({{"ZZZ", "A320", "2"}});
+    installLiveries({livery("ZZZ", "A320", "2")});
     summarizeGenericLiveries();
     EXPECT_TRUE(log.contains("1 model have a generic livery"));
 }
 
 TEST_F(CategorySummary, noGenericLiveryIsTold) {
-    installLiveries({{"KLM", "A320", "2"}});
+    installLiveries({livery("KLM", "A320", "2")});
     summarizeGenericLiveries();
     EXPECT_TRUE(log.contains("No generic liveries"));
 }

@@ -33,9 +33,7 @@ protected:
     RegistrationCodes() {
         reset();
         fs::create_directories("input/my_regcodes");
-        setLiveries({{.airl = "KLM", .type = "A320", .title = "One", .atcid = {}},
-                     {.airl = "KLM", .type = "A320", .title = "Two", .atcid = {}},
-                     {.airl = "KLM", .type = "A320", .title = "Three", .atcid = {}}});
+        setLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("KLM", "A320", "Three")});
         lf_buildAirlineTables();
     }
     ~RegistrationCodes() override { reset(); }

@@ -58,7 +58,7 @@ TEST_F(SimilarModels, eachMemberHasTheOthersOfItsGroup) {
 
 TEST_F(SimilarModels, aGroupOfOneHasNoOthers) {
     gSimilarGroups = {{"A319"}, {}};
-    installLiveries({{"KLM", "A319", "1"}});
+    installLiveries({livery("KLM", "A319", "1")});
     EXPECT_THAT(SimilarAll, IsEmpty());
     EXPECT_TRUE(log.contains("0 similar model definitions"));
 }
@@ -74,8 +74,7 @@ TEST_F(SimilarModels, ofATypeInTwoGroupsTheFirstListInOrderCounts) {
 TEST_F(SimilarModels, onlyTypesWithALiveryOfEitherKindCount) {
     gCategoryTypes.large = {"A319"};
     gSimilarGroups = {{"A318", "A319", "A320", "A321"}};
-    installLiveries(
-        {{.airl = "KLM", .type = "A319", .title = "1"}, {.airl = "DLH", .type = "A321", .title = "2", .cargo = true}});
+    installLiveries({livery("KLM", "A319", "1"), freighter("DLH", "A321", "2")});
     EXPECT_THAT(SimilarWithLiveries.at("A318"), ElementsAre(CategorizedType{"A319", AircraftCategory::Large},
                                                             CategorizedType{"A321", AircraftCategory::Light}));
     EXPECT_THAT(namesOf(SimilarWithLiveries.at("A319")), ElementsAre("A321"));
@@ -84,7 +83,8 @@ TEST_F(SimilarModels, onlyTypesWithALiveryOfEitherKindCount) {
 
 TEST_F(SimilarModels, anAirlineHasSubstitutesForTypesThatItHasNot) {
     gSimilarGroups = {{"A318", "A319", "A320", "A321"}};
-    installLiveries({{"KLM", "A319", "1"}, {"KLM", "A321", "2"}, {"DLH", "A320", "3"}, {"SWR", "B738", "4"}});
+    installLiveries({livery("KLM", "A319", "1"), livery("KLM", "A321", "2"), livery("DLH", "A320", "3"),
+                     livery("SWR", "B738", "4")});
     EXPECT_THAT(substitutes("KLM", "A318"), ElementsAre("A319", "A321"));
     EXPECT_THAT(substitutes("KLM", "A320"), ElementsAre("A319", "A321"));
     EXPECT_THAT(substitutes("KLM", "A319"), IsEmpty());
@@ -94,7 +94,7 @@ TEST_F(SimilarModels, anAirlineHasSubstitutesForTypesThatItHasNot) {
 
 TEST_F(SimilarModels, aLongAirlineCodeCountsByItsFirstThreeCharacters) {
     gSimilarGroups = {{"A319", "A320"}};
-    installLiveries({{"KLMX", "A319", "1"}, {"DLHX", "A319", "2"}, {"DLH", "A320", "3"}});
+    installLiveries({livery("KLMX", "A319", "1"), livery("DLHX", "A319", "2"), livery("DLH", "A320", "3")});
     EXPECT_THAT(SimilarByAirline, UnorderedElementsAre(Key("DLH")));
     EXPECT_THAT(substitutes("DLH", "A319"), ElementsAre("A320"));
 }
@@ -126,7 +126,7 @@ TEST_F(SimilarModels, ofManyAirlinesAndOverlappingGroupsTheRuleHolds) {
     }
     std::list<Livery> liveries;
     for (int i = 0; i < 200; ++i) {
-        liveries.push_back({fmt::format("A{:02}", random() % 40), type(), fmt::format("Title {}", i)});
+        liveries.push_back(livery(fmt::format("A{:02}", random() % 40), type(), fmt::format("Title {}", i)));
     }
     installLiveries(std::move(liveries));
     std::size_t entries = 0;

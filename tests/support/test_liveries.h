@@ -3,11 +3,22 @@
 #pragma once
 
 #include <list>
+#include <string>
 #include <tuple>
 #include <utility>
 
 #include "liveries/livery.h"
 #include "liveries/livery_tables.h"
+
+inline Livery livery(const std::string& airline, const std::string& type, const std::string& title) {
+    return {.airl = airline, .type = type, .title = title, .atcid = {}};
+}
+
+inline Livery freighter(const std::string& airline, const std::string& type, const std::string& title) {
+    Livery made = livery(airline, type, title);
+    made.cargo = true;
+    return made;
+}
 
 /// Sorted as the file is.
 inline void setLiveries(std::list<Livery> liveries) {

@@ -210,7 +210,7 @@ TEST_F(LiveTraffic, aTitleThatTheSimulatorDoesNotKnowCostsThatAircraft) {
 }
 
 TEST_F(LiveTraffic, aRefusedTitleIsFollowedByAnotherStepOfTheLadder) {
-    installLiveries({{.airl = "KLM", .type = "A320", .title = "Airliner", .atcid = {}}});
+    installLiveries({livery("KLM", "A320", "Airliner")});
     RegcodeTable["PH-591"] = "Not Installed";
     fly(75); // known again from its next report on, thirty seconds behind
     EXPECT_THAT(positions(), SizeIs(1));
