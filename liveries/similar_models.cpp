@@ -110,7 +110,8 @@ void fillSimilarByAirline() {
     SimilarByAirline.clear();
     const Admirers all = admirers();
     for (const auto& [key, unused] : AirlineTable) {
-        const std::string_view airline = std::string_view(key).substr(0, airlineCodeLength);
+        const std::string_view code = key;
+        const std::string_view airline = code.substr(0, airlineCodeLength);
         const auto known = AirlineTable.find(airline);
         if (known == AirlineTable.end()) {
             continue;
