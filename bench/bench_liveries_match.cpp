@@ -118,19 +118,34 @@ void makeReferenceData() {
     }
 }
 
-/// Few airlines have many liveries, and many have few; the same for the types.
+/// The low numbers come more often than the high ones.
 int drawn(std::mt19937& random, int count) {
     const double share = std::uniform_real_distribution<double>(0, 1)(random);
     return static_cast<int>(share * share * count);
 }
 
+/// The types of each airline: few airlines have a large fleet.
+std::vector<std::vector<int>> makeFleets(std::mt19937& random) {
+    std::vector<std::vector<int>> fleets(airlineCount);
+    for (std::vector<int>& fleet : fleets) {
+        for (int types = 2 + drawn(random, 20); types > 0; --types) {
+            fleet.push_back(drawn(random, typeCount));
+        }
+    }
+    return fleets;
+}
+
 std::vector<Livery> makeLiveries() {
     std::mt19937 random(1);
+    const std::vector<std::vector<int>> fleets = makeFleets(random);
     std::vector<Livery> liveries;
     for (int i = 0; i < liveryCount; ++i) {
         Livery livery;
-        livery.airl = i % 50 == 0 ? "ZZZ" : airlineCode(drawn(random, airlineCount));
-        livery.type = typeCode(drawn(random, typeCount));
+        const int airline = drawn(random, airlineCount);
+        const std::vector<int>& fleet = fleets[static_cast<std::size_t>(airline)];
+        const bool isGeneric = i % 50 == 0;
+        livery.airl = isGeneric ? "ZZZ" : airlineCode(airline);
+        livery.type = typeCode(isGeneric ? drawn(random, typeCount) : fleet[random() % fleet.size()]);
         livery.title = fmt::format("Maker {} {} operated by somebody {}", livery.type, livery.airl, i);
         livery.atcid = i % 2 == 0 ? registration(i) : "";
         livery.cargo = i % 12 == 0;

@@ -38,7 +38,7 @@ std::size_t drawnIndex(std::size_t count) {
 }
 
 /// From the front on; only with RANDOM.
-void shuffle(std::vector<CategorizedType>& types) {
+void shuffle(std::span<CategorizedType> types) {
     if (!RANDOM.value) {
         return;
     }
@@ -266,12 +266,9 @@ std::span<const CategorizedType> gf_similarForAirline(std::string_view airline, 
     if (ofAirline == SimilarByAirline.end()) {
         return {};
     }
-    const auto similar = ofAirline->second.find(type);
-    if (similar == ofAirline->second.end()) {
-        return {};
-    }
-    shuffle(similar->second);
-    return similar->second;
+    const std::span<CategorizedType> similar = ofAirline->second.of(type);
+    shuffle(similar);
+    return similar;
 }
 
 std::span<const CategorizedType> gf_similarOfType(std::string_view type) {

@@ -14,7 +14,7 @@
 
 TextTable<std::vector<std::string>> SimilarAll;
 TextTable<std::vector<CategorizedType>> SimilarWithLiveries;
-TextTable<TextTable<std::vector<CategorizedType>>> SimilarByAirline;
+TextTable<AirlineSubstitutes> SimilarByAirline;
 
 namespace {
 
@@ -65,50 +65,91 @@ void fillSimilarWithLiveries() {
     }
 }
 
-/// Type to the types that have it among their similar ones.
-using Admirers = TextTable<std::vector<std::string_view>>;
-
-Admirers admirers() {
-    Admirers found;
-    for (const auto& [type, similar] : SimilarWithLiveries) {
-        for (const CategorizedType& other : similar) {
-            found[std::string(other.type)].push_back(type);
-        }
-    }
-    return found;
-}
-
 using AirlineTypes = TextTable<std::vector<AirlineTitle>>;
 
-std::vector<CategorizedType> ofAirline(const std::vector<CategorizedType>& similar, const AirlineTypes& types) {
-    std::vector<CategorizedType> had;
-    had.reserve(similar.size());
-    std::copy_if(similar.begin(), similar.end(), std::back_inserter(had),
-                 [&types](const CategorizedType& other) { return types.contains(other.type); });
-    return had;
-}
-
-/// Goes by the few types that the airline has, not by all types that have similar ones.
-TextTable<std::vector<CategorizedType>> substitutesOf(const AirlineTypes& types, const Admirers& admirers) {
-    TextTable<std::vector<CategorizedType>> substitutes;
-    for (const auto& [type, titles] : types) {
-        const auto wanted = admirers.find(type);
-        if (wanted == admirers.end()) {
-            continue;
+/// SimilarWithLiveries by numbers: what is asked of each airline is asked of bits.
+class SimilarByNumber {
+public:
+    SimilarByNumber() {
+        for (const auto& [type, similar] : SimilarWithLiveries) {
+            entries_.push_back({type, &similar, numberOf(type), {}});
         }
-        for (const std::string_view missing : wanted->second) {
-            if (!types.contains(missing) && !substitutes.contains(missing)) {
-                substitutes.try_emplace(std::string(missing),
-                                        ofAirline(SimilarWithLiveries.find(missing)->second, types));
+        std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.type < b.type; });
+        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
+            noteSimilar(entry);
+        }
+        had_.resize(admirers_.size());
+    }
+
+    AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
+        AirlineSubstitutes substitutes;
+        for (const std::size_t entry : takeFleet(types)) {
+            if (!had_[entries_[entry].own]) {
+                append(entries_[entry], substitutes);
+            }
+        }
+        return substitutes;
+    }
+
+private:
+    struct Entry {
+        std::string_view type;
+        const std::vector<CategorizedType>* similar;
+        std::size_t own;                  ///< number of the type
+        std::vector<std::size_t> numbers; ///< of the similar types, in their order
+    };
+
+    std::size_t numberOf(std::string_view type) {
+        const auto [known, isNew] = numbers_.try_emplace(std::string(type), admirers_.size());
+        if (isNew) {
+            admirers_.emplace_back();
+        }
+        return known->second;
+    }
+
+    void noteSimilar(std::size_t entry) {
+        for (const CategorizedType& other : *entries_[entry].similar) {
+            const std::size_t known = numberOf(other.type);
+            entries_[entry].numbers.push_back(known);
+            admirers_[known].push_back(entry);
+        }
+    }
+
+    /// Notes what the airline has; the answer is the entries that have any of it among their similar types, ascending.
+    const std::vector<std::size_t>& takeFleet(const AirlineTypes& types) {
+        std::fill(had_.begin(), had_.end(), false);
+        wanted_.clear();
+        for (const auto& [type, titles] : types) {
+            if (const auto known = numbers_.find(type); known != numbers_.end()) {
+                had_[known->second] = true;
+                const std::vector<std::size_t>& admirers = admirers_[known->second];
+                wanted_.insert(wanted_.end(), admirers.begin(), admirers.end());
+            }
+        }
+        std::sort(wanted_.begin(), wanted_.end());
+        wanted_.erase(std::unique(wanted_.begin(), wanted_.end()), wanted_.end());
+        return wanted_;
+    }
+
+    void append(const Entry& entry, AirlineSubstitutes& substitutes) const {
+        substitutes.beginType(entry.type);
+        for (std::size_t i = 0; i < entry.numbers.size(); ++i) {
+            if (had_[entry.numbers[i]]) {
+                substitutes.add((*entry.similar)[i]);
             }
         }
     }
-    return substitutes;
-}
+
+    std::vector<Entry> entries_; ///< ascending by type
+    TextTable<std::size_t> numbers_;
+    std::vector<std::vector<std::size_t>> admirers_; ///< by number: the entries that have it among their similar types
+    std::vector<bool> had_;                          ///< by number: by the airline in hand
+    std::vector<std::size_t> wanted_;
+};
 
 void fillSimilarByAirline() {
     SimilarByAirline.clear();
-    const Admirers all = admirers();
+    SimilarByNumber similar;
     for (const auto& [key, unused] : AirlineTable) {
         const std::string_view code = key;
         const std::string_view airline = code.substr(0, airlineCodeLength);
@@ -116,13 +157,32 @@ void fillSimilarByAirline() {
         if (known == AirlineTable.end()) {
             continue;
         }
-        if (auto substitutes = substitutesOf(known->second, all); !substitutes.empty()) {
+        if (AirlineSubstitutes substitutes = similar.substitutesOf(known->second); substitutes.size() > 0) {
             SimilarByAirline.insert_or_assign(std::string(airline), std::move(substitutes));
         }
     }
 }
 
 } // namespace
+
+std::span<CategorizedType> AirlineSubstitutes::of(std::string_view missing) {
+    const auto list = std::lower_bound(lists_.begin(), lists_.end(), missing,
+                                       [](const List& one, std::string_view type) { return one.missing < type; });
+    if (list == lists_.end() || list->missing != missing) {
+        return {};
+    }
+    return std::span(types_).subspan(list->begin, list->end - list->begin);
+}
+
+void AirlineSubstitutes::beginType(std::string_view missing) {
+    const auto end = static_cast<std::uint32_t>(types_.size());
+    lists_.push_back({missing, end, end});
+}
+
+void AirlineSubstitutes::add(const CategorizedType& substitute) {
+    types_.push_back(substitute);
+    ++lists_.back().end;
+}
 
 void lf_buildSimilarModels() {
     fillSimilarAll();

@@ -38,10 +38,11 @@ protected:
 
     static std::vector<std::string> substitutes(const std::string& airline, const std::string& type) {
         const auto types = SimilarByAirline.find(airline);
-        if (types == SimilarByAirline.end() || !types->second.contains(type)) {
+        if (types == SimilarByAirline.end()) {
             return {};
         }
-        return namesOf(types->second.at(type));
+        const auto similar = types->second.of(type);
+        return namesOf({similar.begin(), similar.end()});
     }
 
     LogCapture log;
