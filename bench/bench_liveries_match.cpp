@@ -312,7 +312,13 @@ void measureLadder(std::string_view filter) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::string_view filter = argc > 1 ? argv[1] : "";
+    const std::string_view wanted = argc > 1 ? argv[1] : "";
+    const bool isWanted = wanted.empty() || wanted.starts_with("liveries_match") || wanted.starts_with("match") ||
+                          wanted.starts_with("tables");
+    if (!isWanted) {
+        return 0;
+    }
+    const std::string_view filter = wanted.starts_with("liveries_match") ? "" : wanted;
     const Folder folder;
     gf_openLog();
     gf_seedRandom(1);
@@ -322,7 +328,9 @@ int main(int argc, char** argv) {
     const std::vector<RegEntry> reserved = reservations();
     Liveries.clear();
     measureTables(filter, reserved);
-    measureLadder(filter);
+    if (!filter.starts_with("tables")) {
+        measureLadder(filter);
+    }
     gf_closeLog();
     return sink == 0 ? 1 : 0;
 }
