@@ -21,6 +21,7 @@
 #include "engine/new_aircraft.h"
 #include "feed/real_traffic_steps.h"
 #include "feed/sample_queue.h"
+#include "liveries/livery_matching.h"
 #include "sim/engine_inbox.h"
 #include "sim/frame_flush.h"
 #include "sim/object_life.h"
@@ -196,6 +197,7 @@ void removeAllAircraft() {
 void resetEngine() {
     resetAircraftTables();
     resetEngineState();
+    resetLiveryMatching();
     resetNewAircraft();
     gAirportInUse.reset();
     resetObjectLife();

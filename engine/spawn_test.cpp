@@ -113,7 +113,7 @@ const char* objectionTo(LiveAircraft& aircraft) {
     if (!hasUsableCallsign(aircraft)) {
         return "it has no usable call sign";
     }
-    if (noLiveryKeys.contains(noMatchKey(aircraft))) {
+    if (NoMatchList.contains(noMatchKey(aircraft))) {
         return "there is no livery for it";
     }
     if (hasPlainTwin(aircraft.callsign)) {

@@ -31,10 +31,15 @@ void settleStart(SampleStream& stream) {
     }
 }
 
-/// A title that the simulator has refused since is of no use.
+/// A title that the simulator has refused since is of no use, and is forgotten.
 void takeRememberedLivery(LiveAircraft& aircraft) {
     const auto remembered = hexidLiveries.find(aircraft.hexid);
-    if (remembered != hexidLiveries.end() && !FailedTitles.contains(remembered->second)) {
+    if (remembered == hexidLiveries.end()) {
+        return;
+    }
+    if (FailedTitles.contains(remembered->second)) {
+        hexidLiveries.erase(remembered);
+    } else {
         aircraft.liveryTitle = remembered->second;
     }
 }
@@ -48,7 +53,6 @@ void findLivery(LiveAircraft& aircraft) {
     if (!aircraft.liveryTitle.empty()) {
         hexidLiveries[aircraft.hexid] = aircraft.liveryTitle;
     } else if (!aircraft.registration.empty()) {
-        noLiveryKeys.insert(noMatchKey(aircraft));
         NoMatchList.insert(noMatchKey(aircraft));
     }
 }

@@ -3,13 +3,72 @@
 // start-up thread before traffic starts; afterwards the engine thread reads them.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/aircraft_category.h"
+#include "liveries/reference_tables.h"
+#include "liveries/similar_models.h"
+
+/// The generic airline, whose liveries carry no real airline's paint.
+inline constexpr std::string_view genericAirline = "ZZZ";
+/// The airline of private owners.
+inline constexpr std::string_view privateAirline = "PVT";
+
+// All titles are views into one arena, and good until clearLiveryTables.
+
+struct AirlineTitle {
+    std::string_view title;
+    bool isCargo = false;
+};
+
+/// The titles of a type.
+struct TitleList {
+    std::vector<std::string_view> titles;
+    /// Those of them that are not reserved; left empty where that is all of them or none.
+    std::vector<std::string_view> unreserved;
+
+    /// Those that an aircraft may get which is not the owner of one: a reserved title only where there is no other.
+    const std::vector<std::string_view>& candidates() const { return unreserved.empty() ? titles : unreserved; }
+};
+
+using RegcodeSet = std::set<std::string, std::less<>>;
+
+inline constexpr std::size_t passengerIndex = 0;
+inline constexpr std::size_t cargoIndex = 1;
+
+/// By airline and type, as the liveries come.
+extern TextTable<TextTable<std::vector<AirlineTitle>>> AirlineTable;
+/// By passengerIndex or cargoIndex, airline and type; titles ascending.
+extern std::array<TextTable<TextTable<TitleList>>, 2> AirlineModelTable;
+/// By passengerIndex or cargoIndex, and type: the titles of all airlines.
+extern std::array<TextTable<TitleList>, 2> ModelTable;
+
+/// Registration to the title of its own livery.
+extern TextTable<std::string_view> RegcodeTable;
+/// The registrations whose liveries are not for others; and those of them that share theirs with no other registration.
+extern RegcodeSet SpecialRegcodes;
+extern RegcodeSet UniqueRegcodes;
+/// The titles of SpecialRegcodes.
+extern std::vector<std::string_view> ReservedTitles;
+
+/// The types with a livery of Light, Buzjets and Rotorcraft, ascending.
+extern std::array<std::vector<CategorizedType>, 3> RandomTypes;
+/// The list of a category in RandomTypes; null for one that has none.
+std::vector<CategorizedType>* randomTypesOf(AircraftCategory category);
+
 /// AirlineTable and AirlineModelTable from Liveries, which must be sorted by airline, type and title. Fills the arena that all
 /// titles are views of.
 void lf_buildAirlineTables();
-/// ModelTable from AirlineTable.
+/// The title as it stands in AirlineTable; empty if it is not there.
+std::string_view lf_findTitle(std::string_view title);
+/// ModelTable from AirlineTable. From now on ReservedTitles must not change.
 void lf_buildModelTables();
-/// SimilarAll, SimilarWithLiveries and SimilarByAirline, and one log line.
-void lf_buildSimilarModels();
 /// "N airlines, N pax aircraft models and N cargo aircraft models" to the log.
 void logModelTables();
 /// What there is of each category, in the order of the categories, and RandomTypes. Switches off the parameters of categories

@@ -6,8 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "liveries/regcode_files.h"
+
 /// Titles that a scan must not take.
 extern std::vector<std::string> DontUseTitles;
+/// The lines of OfflineRegcodes.txt until that is written.
+extern std::vector<std::string> OfflineReport;
 
 /// Empties DontUseTitles and fills it from the files. At the start of a scan.
 void gf_loadDontUseTitles();
@@ -15,6 +19,10 @@ void gf_loadDontUseTitles();
 void gf_processInlineRegcodes();
 /// The registrations of the files, which win over those of the sections. After gf_processInlineRegcodes.
 void gf_processOfflineRegcodes();
+
+/// Brings one source into RegcodeTable, SpecialRegcodes, UniqueRegcodes and ReservedTitles; entries for titles that the user
+/// does not have do nothing. What it replaced, and a line of counts, go to the report.
+void lf_mergeRegcodes(const std::vector<RegEntry>& entries, std::vector<std::string>& report);
 
 /// No title, no report.
 void resetRegistrationCodes();

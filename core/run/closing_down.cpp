@@ -20,6 +20,7 @@
 #include "feed/real_traffic_link.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
+#include "liveries/livery_matching.h"
 #include "platform/clock.h"
 #include "platform/text_encoding.h"
 #include "platform/window_system.h"
@@ -95,8 +96,11 @@ void stopEverything() {
     if (gf_exitReason() == ExitReason::systemError) {
         letUserReadTheError();
     }
+    hexidLiveries.clear();
     gf_removeFlightPlanFolder();
     emptyWhatLastsOneRun();
+    gf_matchingSummary();
+    gf_noMatchReport();
 }
 
 bool leadsToNewRun(ExitReason reason) {

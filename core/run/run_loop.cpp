@@ -15,6 +15,7 @@
 #include "feed/real_traffic_steps.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
+#include "liveries/livery_matching.h"
 #include "platform/clock.h"
 #include "platform/timer_resolution.h"
 #include "sim/frame_flush.h"
@@ -34,6 +35,7 @@ constexpr int briskJobs = 5;
 constexpr int slowJobs = 15;
 constexpr int parkingMinute = 60;
 constexpr int feedLampCheck = 59;
+constexpr int noMatchReport = 1200;
 constexpr int day = 86400;
 
 constexpr int minutesToStaticParking = 20;
@@ -94,8 +96,13 @@ void fifteenSecondStep(int second) {
     if (second % parkingMinute == 0) {
         minuteStep();
     }
+    if (second % noMatchReport == 0) {
+        gf_noMatchReport();
+    }
     if (second % day == 0) {
         gSecondCounter = 0;
+        gf_matchingSummary();
+        hexidLiveries.clear();
     }
     gf_flushLog();
 }

@@ -46,7 +46,7 @@ protected:
         resetEngineState();
         resetNewAircraft();
         resetLiveryMatching();
-        RegcodeTable.clear();
+        clearLiveryTables();
         resetReferenceTables();
         gAirportInUse.reset();
         gUserState = {};

@@ -285,13 +285,13 @@ TEST_F(Slot, allAircraftLeave) {
 TEST_F(Slot, aResetLeavesNothing) {
     flying();
     twinCheckQueue.push_back(1);
-    noLiveryKeys.insert("x");
+    NoMatchList.insert("x");
     flareInProgress = true;
     openAirport(5);
     resetEngine();
     EXPECT_TRUE(liveTable.empty());
     EXPECT_TRUE(twinCheckQueue.empty());
-    EXPECT_TRUE(noLiveryKeys.empty());
+    EXPECT_TRUE(NoMatchList.empty());
     EXPECT_FALSE(flareInProgress);
     EXPECT_FALSE(gAirportInUse);
 }

@@ -169,7 +169,7 @@ TEST_F(SpawnTest, noBlockedCallSignBlocksNobody) {
 
 TEST_F(SpawnTest, whatGotNoLiveryIsNotTriedAgain) {
     LiveAircraft& aircraft = bufferedInTheAir();
-    noLiveryKeys.insert(noMatchKey(aircraft));
+    NoMatchList.insert(noMatchKey(aircraft));
     EXPECT_FALSE(creates(aircraft));
     EXPECT_EQ(aircraft.dropRecord, 1);
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/engine/engine_test.h"
+#include "tests/support/test_liveries.h"
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -93,6 +94,26 @@ TEST_F(Spawning, aFormerLiveryThatTheSimulatorRefusedIsOfNoUse) {
     EXPECT_EQ(hexidLiveries[testHexid], "Some Livery");
 }
 
+TEST_F(Spawning, aRefusedFormerLiveryIsForgottenEvenIfThereIsNoOther) {
+    RegcodeTable.clear();
+    hexidLiveries[testHexid] = "Former Livery";
+    FailedTitles.insert("Former Livery");
+    LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_TRUE(hexidLiveries.empty());
+}
+
+TEST_F(Spawning, theLadderFindsALiveryOfItsAirlineAndType) {
+    RegcodeTable.clear();
+    installLiveries({livery("KLM", "A320", "FSLTL_KLM A320")});
+    LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.liveryTitle, "FSLTL_KLM A320");
+    EXPECT_EQ(aircraft.reverseOnLanding, 1);
+    EXPECT_TRUE(log.contains("          KLM123 PH-ABC KLM A320 =2= FSLTL_KLM A320"));
+}
+
 TEST_F(Spawning, aNewLiveryIsRemembered) {
     spawnLiveAc(buffered(airSample(0, 0, 100), airSample(1, 0, 1000)));
     EXPECT_EQ(hexidLiveries[testHexid], "Some Livery");
@@ -104,7 +125,6 @@ TEST_F(Spawning, withoutLiveryItGoesAndIsNotTriedAgain) {
     spawnLiveAc(aircraft);
     EXPECT_EQ(aircraft.dropRecord, 1);
     EXPECT_EQ(aircraft.lifeState, LifeState::buffer);
-    EXPECT_TRUE(noLiveryKeys.contains(noMatchKey(aircraft)));
     EXPECT_THAT(NoMatchList, ElementsAre("KLM A320 PH-ABC"));
     EXPECT_THAT(addingStack, IsEmpty());
 }
@@ -115,7 +135,6 @@ TEST_F(Spawning, withoutRegistrationNobodyIsMarkedForWantOfALivery) {
     aircraft.registration = "";
     spawnLiveAc(aircraft);
     EXPECT_EQ(aircraft.dropRecord, 1);
-    EXPECT_TRUE(noLiveryKeys.empty());
     EXPECT_TRUE(NoMatchList.empty());
 }
 

@@ -15,6 +15,7 @@
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
+#include "liveries/livery_matching.h"
 #include "platform/clock.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"
@@ -170,6 +171,30 @@ TEST_F(RunLoop, theSecondCounterWrapsAtADayOnly) {
     EXPECT_EQ(gSecondCounter, 0);
     seconds(1);
     EXPECT_EQ(gSecondCounter, 1);
+}
+
+TEST_F(RunLoop, whoFoundNoLiveryIsListedEvery1200Seconds) {
+    NoMatchList.insert("KLM A320 PH-ABC");
+    seconds(1199);
+    EXPECT_FALSE(log.contains("No match found for:"));
+    seconds(1);
+    EXPECT_TRUE(log.contains("No match found for:"));
+    EXPECT_TRUE(log.contains("KLM A320 PH-ABC"));
+    NoMatchList = {"DLH A320 D-ABCD"};
+    seconds(1200);
+    EXPECT_TRUE(log.contains("DLH A320 D-ABCD"));
+}
+
+TEST_F(RunLoop, theMatchesAreSummedUpOnceADayAndTheLiveOnesForgotten) {
+    MatchesAtStep[2] = 77;
+    hexidLiveries[20000] = "Some Livery";
+    gSecondCounter = 86399 - 1200;
+    seconds(1200);
+    EXPECT_FALSE(log.contains("  2: 77"));
+    EXPECT_EQ(hexidLiveries.size(), 1U);
+    seconds(1);
+    EXPECT_TRUE(log.contains("  2: 77"));
+    EXPECT_TRUE(hexidLiveries.empty());
 }
 
 TEST_F(RunLoop, theFeedLampsAreCheckedAtSecond59) {

@@ -20,6 +20,7 @@
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
+#include "liveries/livery_matching.h"
 #include "platform/clock.h"
 #include "platform/sockets.h"
 #include "platform/window_system.h"
@@ -132,6 +133,20 @@ TEST_F(WholeRunThreads, theSimulatorIsFoundAndItsUserIsKnownBeforeTheReadersStar
     EXPECT_TRUE(gWindowState.simFlightRunning);
     EXPECT_TRUE(userOnGroundKnown);
     EXPECT_TRUE(isPosition(positionOf(userStateNow())));
+}
+
+TEST_F(WholeRunThreads, atTheEndTheMatchesAreSummedUpAndTheLiveOnesForgotten) {
+    run.start();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    MatchesAtStep[2] = 77;
+    NoMatchList.insert("KLM A320 PH-ABC");
+    hexidLiveries[20000] = "Some Livery";
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("\n  2: 77\n")) << run.log();
+    EXPECT_TRUE(run.logs("\nNo match found for:\nKLM A320 PH-ABC\n")) << run.log();
+    EXPECT_LT(run.log().find("  2: 77"), run.log().find("No match found for:"));
+    EXPECT_TRUE(hexidLiveries.empty());
 }
 
 TEST_F(WholeRunThreads, aWrongSimulatorIsTheErrorLineAndTheReadersDoNotStart) {

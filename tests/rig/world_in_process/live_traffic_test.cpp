@@ -25,6 +25,7 @@
 #include "sim/simulator_link.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"
+#include "tests/support/test_liveries.h"
 #include "tests/support/traffic_line_builder.h"
 
 using ::testing::Each;
@@ -75,7 +76,7 @@ protected:
         resetProgram();
         resetReferenceTables();
         resetLiveryMatching();
-        RegcodeTable.clear();
+        clearLiveryTables();
     }
 
     /// Where the real aircraft is at that second: flying east past Amsterdam.
@@ -206,6 +207,14 @@ TEST_F(LiveTraffic, aTitleThatTheSimulatorDoesNotKnowCostsThatAircraft) {
     fly(45);
     EXPECT_THAT(positions(), IsEmpty());
     EXPECT_THAT(log.lines(), ::testing::Contains(HasSubstr("'Not Installed' could not be created by your Sim!")));
+}
+
+TEST_F(LiveTraffic, aRefusedTitleIsFollowedByAnotherStepOfTheLadder) {
+    installLiveries({livery("KLM", "A320", "Airliner")});
+    RegcodeTable["PH-591"] = "Not Installed";
+    fly(75); // known again from its next report on, thirty seconds behind
+    EXPECT_THAT(positions(), SizeIs(1));
+    EXPECT_THAT(log.lines(), ::testing::Contains(HasSubstr("PH-591 KLM A320 =2= Airliner")));
 }
 
 TEST_F(LiveTraffic, anotherCallSignInFlightMakesItAnewWhereItIs) {

@@ -1,0 +1,336 @@
+// What a match costs at each step of the ladder with 60,000 liveries, and what the building of all tables from
+// LiveriesScanned.xml costs against the XML library's own load of that file. Usage: bench_liveries_match [FILTER]
+// Prints "name = value unit"; an argument prints only the figures whose names contain it.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include <fmt/format.h>
+#include <pugixml.hpp>
+
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/random.h"
+#include "liveries/livery.h"
+#include "liveries/livery_matching.h"
+#include "liveries/livery_tables.h"
+#include "liveries/reference_tables.h"
+#include "liveries/registration_codes.h"
+#include "platform/clock.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int liveryCount = 60'000;
+constexpr int airlineCount = 1'500;
+constexpr int groupCount = 64;
+constexpr int groupSize = 8;
+constexpr int typeCount = 600;
+constexpr int registrationCount = 500'000;
+constexpr int reservedCount = 500;
+constexpr int rounds = 9;
+constexpr int aircraftPerStep = 5'000;
+constexpr const char* xmlName = "LiveriesScanned.xml";
+
+std::size_t sink = 0; // keeps the compiler from leaving work out
+
+/// A working directory that goes again.
+class Folder {
+public:
+    Folder() : path_(fs::temp_directory_path() / ("bench_liveries_" + std::to_string(std::random_device()()))) {
+        fs::create_directories(path_);
+        fs::current_path(path_);
+    }
+    ~Folder() {
+        std::error_code ignored;
+        fs::current_path(fs::temp_directory_path(), ignored);
+        fs::remove_all(path_, ignored);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+private:
+    fs::path path_;
+};
+
+double microsecondsOf(const std::function<void()>& work) {
+    const platform::SteadyTime start = platform::steadyNow();
+    work();
+    return std::chrono::duration<double, std::micro>(platform::steadyNow() - start).count();
+}
+
+double median(std::vector<double> values) {
+    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+// --- The data ---
+
+std::string airlineCode(int number) {
+    return {static_cast<char>('A' + number / 676 % 26), static_cast<char>('A' + number / 26 % 26),
+            static_cast<char>('A' + number % 26)};
+}
+
+std::string typeCode(int number) {
+    return fmt::format("{}{:03}", static_cast<char>('A' + number % 26), number);
+}
+
+std::string registration(int number) {
+    return fmt::format("PH-{:06}", number);
+}
+
+/// A sixth of the types in each category; the similar groups go across them.
+void makeReferenceData() {
+    for (int i = 0; i < typeCount; ++i) {
+        const std::string type = typeCode(i);
+        gAllTypes.insert(type);
+        TypeSet* const sets[] = {nullptr,
+                                 &gCategoryTypes.buzjet,
+                                 &gCategoryTypes.large,
+                                 &gCategoryTypes.heavy,
+                                 &gCategoryTypes.highPerformance,
+                                 &gCategoryTypes.rotorcraft};
+        if (TypeSet* const set = sets[i / (typeCount / 6)]) {
+            set->insert(type);
+        }
+    }
+    for (int group = 0; group < groupCount; ++group) {
+        SimilarGroup types;
+        for (int i = 0; i < groupSize; ++i) {
+            types.push_back(typeCode(group * groupSize + i));
+        }
+        std::sort(types.begin(), types.end());
+        gSimilarGroups.push_back(std::move(types));
+    }
+    for (int i = 0; i < registrationCount; ++i) {
+        const std::string airline = airlineCode(i % airlineCount);
+        DbaseTable.insert(registration(i), {airline, typeCode(i % typeCount), airline, i % 20 == 0});
+    }
+}
+
+/// The low numbers come more often than the high ones.
+int drawn(std::mt19937& random, int count) {
+    const double share = std::uniform_real_distribution<double>(0, 1)(random);
+    return static_cast<int>(share * share * count);
+}
+
+/// The types of each airline: few airlines have a large fleet.
+std::vector<std::vector<int>> makeFleets(std::mt19937& random) {
+    std::vector<std::vector<int>> fleets(airlineCount);
+    for (std::vector<int>& fleet : fleets) {
+        for (int types = 2 + drawn(random, 20); types > 0; --types) {
+            fleet.push_back(drawn(random, typeCount));
+        }
+    }
+    return fleets;
+}
+
+std::vector<Livery> makeLiveries() {
+    std::mt19937 random(1);
+    const std::vector<std::vector<int>> fleets = makeFleets(random);
+    std::vector<Livery> liveries;
+    for (int i = 0; i < liveryCount; ++i) {
+        Livery livery;
+        const int airline = drawn(random, airlineCount);
+        const std::vector<int>& fleet = fleets[static_cast<std::size_t>(airline)];
+        const bool isGeneric = i % 50 == 0;
+        livery.airl = isGeneric ? "ZZZ" : airlineCode(airline);
+        livery.type = typeCode(isGeneric ? drawn(random, typeCount) : fleet[random() % fleet.size()]);
+        livery.title = fmt::format("Maker {} {} operated by somebody {}", livery.type, livery.airl, i);
+        livery.atcid = i % 2 == 0 ? registration(i) : "";
+        livery.cargo = i % 12 == 0;
+        liveries.push_back(std::move(livery));
+    }
+    std::sort(liveries.begin(), liveries.end(), [](const Livery& a, const Livery& b) {
+        return std::tie(a.airl, a.type, a.title) < std::tie(b.airl, b.type, b.title);
+    });
+    return liveries;
+}
+
+void writeXml(const std::vector<Livery>& liveries) {
+    std::ofstream file(xmlName, std::ios::binary);
+    file << "<?xml version=\"1.0\"?>\n<root>\n\t<liveries>\n";
+    for (const Livery& livery : liveries) {
+        file << fmt::format("\t\t<liv airl=\"{}\" type=\"{}\"{} title=\"{}\"", livery.airl, livery.type,
+                            livery.cargo ? " cargo=\"true\"" : "", livery.title);
+        file << (livery.atcid.empty() ? "" : fmt::format(" atcid=\"{}\"", livery.atcid)) << " />\n";
+    }
+    file << "\t</liveries>\n</root>\n";
+}
+
+void readXml() {
+    pugi::xml_document document;
+    document.load_file(xmlName);
+    for (const pugi::xml_node& element : document.child("root").child("liveries").children("liv")) {
+        Livery& livery = Liveries.emplace_back();
+        livery.airl = element.attribute("airl").as_string();
+        livery.type = element.attribute("type").as_string();
+        livery.title = element.attribute("title").as_string();
+        livery.atcid = element.attribute("atcid").as_string();
+        livery.cargo = element.attribute("cargo").as_bool();
+    }
+}
+
+/// So many liveries are their owners' alone.
+std::vector<RegEntry> reservations() {
+    std::vector<RegEntry> entries;
+    for (const Livery& livery : Liveries) {
+        if (entries.size() < reservedCount && !livery.atcid.empty()) {
+            entries.push_back({livery.title, {livery.atcid}, true});
+        }
+    }
+    return entries;
+}
+
+void buildTables(const std::vector<RegEntry>& reserved) {
+    clearLiveryTables();
+    readXml();
+    lf_buildAirlineTables();
+    gf_processInlineRegcodes();
+    std::vector<std::string> report;
+    lf_mergeRegcodes(reserved, report);
+    logRegistrationCodes();
+    lf_buildModelTables();
+    logModelTables();
+    lf_buildSimilarModels();
+    summarizeCategories();
+    summarizeGenericLiveries();
+    Liveries.clear();
+}
+
+// --- The figures ---
+
+void print(std::string_view filter, std::string_view name, double value, std::string_view unit) {
+    if (name.find(filter) != std::string_view::npos) {
+        std::puts(fmt::format("{} = {:.3f} {}", name, value, unit).c_str());
+        std::fflush(stdout);
+    }
+}
+
+/// The two take turns, so that both see the same machine.
+void measureTables(std::string_view filter, const std::vector<RegEntry>& reserved) {
+    std::vector<double> loads;
+    std::vector<double> builds;
+    for (int round = 0; round < rounds; ++round) {
+        loads.push_back(microsecondsOf([] {
+            pugi::xml_document document;
+            sink += document.load_file(xmlName) ? 1 : 0;
+        }));
+        clearLiveryTables();
+        builds.push_back(microsecondsOf([&reserved] { buildTables(reserved); }));
+    }
+    constexpr double perMillisecond = 1000;
+    print(filter, "tables.xml_load_ms", median(loads) / perMillisecond, "ms");
+    print(filter, "tables.build_ms", median(builds) / perMillisecond, "ms");
+    print(filter, "tables.over_xml_load", median(builds) / median(loads), "x");
+}
+
+/// Live aircraft of all kinds: some find their own livery, some nothing at all.
+std::vector<AircraftRecord> makeAircraft() {
+    std::mt19937 random(2);
+    std::vector<AircraftRecord> aircraft;
+    for (int i = 0; i < 40 * aircraftPerStep; ++i) {
+        AircraftRecord one;
+        one.callsign = fmt::format("KLM{}", i % 1000);
+        one.airline = i % 5 == 0 ? "PVT" : airlineCode(drawn(random, airlineCount + 200));
+        one.model = typeCode(static_cast<int>(random() % (typeCount + 40)));
+        one.registration = i % 9 == 0 ? "" : registration(static_cast<int>(random() % registrationCount));
+        one.isCargo = i % 15 == 0 ? 1 : 0;
+        one.category = gf_categoryOfType(one.model);
+        aircraft.push_back(std::move(one));
+    }
+    return aircraft;
+}
+
+using ByStep = std::map<std::string, std::vector<AircraftRecord>>;
+
+/// What the aircraft end with, by a first walk up the ladder.
+ByStep sortedByStep(const std::vector<AircraftRecord>& aircraft) {
+    ByStep steps;
+    for (const AircraftRecord& one : aircraft) {
+        const auto before = MatchesAtStep;
+        AircraftRecord matched = one;
+        gf_rematchLivery(matched);
+        const auto differs = std::mismatch(before.begin(), before.end(), MatchesAtStep.begin());
+        const std::string step =
+            differs.first == before.end() ? "none" : std::to_string(std::distance(before.begin(), differs.first));
+        if (std::vector<AircraftRecord>& list = steps["step_" + step]; list.size() < aircraftPerStep) {
+            list.push_back(one);
+        }
+    }
+    return steps;
+}
+
+double usPerMatch(const std::vector<AircraftRecord>& aircraft, const std::function<void(AircraftRecord&)>& match) {
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round) {
+        std::vector<AircraftRecord> fresh = aircraft;
+        times.push_back(microsecondsOf([&fresh, &match] {
+            for (AircraftRecord& one : fresh) {
+                match(one);
+                sink += one.liveryTitle.size();
+            }
+        }));
+    }
+    return median(times) / static_cast<double>(aircraft.size());
+}
+
+void measureMatches(std::string_view filter, std::string_view kind, const std::vector<AircraftRecord>& aircraft,
+                    const std::function<void(AircraftRecord&)>& match, double& worstUs) {
+    for (const auto& [step, list] : sortedByStep(aircraft)) {
+        const double us = usPerMatch(list, match);
+        print(filter, fmt::format("match.{}_{}_us", kind, step), us, "us");
+        print(filter, fmt::format("match.{}_{}_aircraft", kind, step), static_cast<double>(list.size()), "aircraft");
+        worstUs = std::max(worstUs, us);
+    }
+}
+
+void measureLadder(std::string_view filter) {
+    const std::vector<AircraftRecord> aircraft = makeAircraft();
+    double worstUs = 0;
+    for (const bool random : {false, true}) {
+        RANDOM.value = random;
+        const char* const order = random ? "random" : "first";
+        measureMatches(filter, fmt::format("live_{}", order), aircraft, gf_rematchLivery, worstUs);
+        measureMatches(
+            filter, fmt::format("static_{}", order), aircraft,
+            [](AircraftRecord& one) { gf_matchLivery(one, one.isCargo != 0); }, worstUs);
+    }
+    print(filter, "match.worst_us", worstUs, "us");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::string_view wanted = argc > 1 ? argv[1] : "";
+    const bool isWanted = wanted.empty() || wanted.starts_with("liveries_match") || wanted.starts_with("match") ||
+                          wanted.starts_with("tables");
+    if (!isWanted) {
+        return 0;
+    }
+    const std::string_view filter = wanted.starts_with("liveries_match") ? "" : wanted;
+    const Folder folder;
+    gf_openLog();
+    gf_seedRandom(1);
+    makeReferenceData();
+    writeXml(makeLiveries());
+    readXml();
+    const std::vector<RegEntry> reserved = reservations();
+    Liveries.clear();
+    measureTables(filter, reserved);
+    if (!filter.starts_with("tables")) {
+        measureLadder(filter);
+    }
+    gf_closeLog();
+    return sink == 0 ? 1 : 0;
+}

@@ -1,0 +1,224 @@
+// liveries/regcode_files.cpp
+#include "liveries/regcode_files.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include <fmt/format.h>
+#include <pugixml.hpp>
+
+#include "core/log.h"
+#include "core/text_files.h"
+#include "platform/files.h"
+#include "platform/text_encoding.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t shortestRegcode = 3;
+constexpr std::size_t longestRegcode = 12;
+constexpr std::size_t usualLines = 1024;
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t begin = text.find_first_not_of(blanks);
+    return begin == std::string_view::npos ? std::string_view()
+                                           : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+}
+
+/// What stands between the separators, trimmed; at least one.
+std::vector<std::string_view> fieldsOf(std::string_view text, char separator) {
+    std::vector<std::string_view> fields;
+    for (;;) {
+        const std::size_t end = text.find(separator);
+        fields.push_back(trimmed(text.substr(0, end)));
+        if (end == std::string_view::npos) {
+            return fields;
+        }
+        text.remove_prefix(end + 1);
+    }
+}
+
+std::vector<std::string> registrationsOf(std::string_view list) {
+    std::vector<std::string> regs;
+    for (const std::string_view reg : fieldsOf(list, ',')) {
+        if (!reg.empty()) {
+            regs.emplace_back(reg);
+        }
+    }
+    return regs;
+}
+
+const char* liveriesWord(std::size_t count) {
+    return count == 1 ? "livery" : "liveries";
+}
+
+// --- AIG-regcodes.xml ---
+
+/// False when elements were left out.
+bool readLiveryElements(const pugi::xml_node& section, std::vector<RegEntry>& entries) {
+    bool whole = true;
+    std::string_view previous;
+    for (const pugi::xml_node& element : section.children("livery")) {
+        const std::string_view title = element.attribute("title").as_string();
+        if (!title.empty() && title == previous) {
+            logError(fmt::format("Duplicate title '{}' (same as previous)", title));
+            whole = false;
+            continue;
+        }
+        previous = title;
+        entries.push_back({std::string(title), registrationsOf(element.attribute("reg").as_string()),
+                           element.attribute("special").as_bool()});
+    }
+    return whole;
+}
+
+// --- The user's text files ---
+
+bool isRegcodeLength(std::string_view reg) {
+    return reg.size() >= shortestRegcode && reg.size() <= longestRegcode;
+}
+
+std::string wrongLength(std::string_view reg, std::string_view file) {
+    return fmt::format("wrong regcode length '{}' in {}", reg, file);
+}
+
+/// Reads the lines of one file.
+class LineReader {
+public:
+    LineReader(std::string file, std::vector<RegEntry>& entries) : file_(std::move(file)), entries_(entries) {}
+
+    void read(const std::string& line) {
+        const std::vector<std::string_view> fields = fieldsOf(line, ';');
+        switch (fields.size()) {
+        case 1:
+            if (!fields[0].empty()) {
+                entries_.push_back({std::string(fields[0]), {}, false});
+            }
+            break;
+        case 2: readRegistrations(fields[0], registrationsOf(fields[1]), false); break;
+        case 3: readRegistrations(fields[0], registrationsOf(fields[1]), fields[2] == "#"); break;
+        default: logError(fmt::format("{}: wrong format '{}'", file_, line));
+        }
+    }
+
+private:
+    void readRegistrations(std::string_view title, std::vector<std::string> regs, bool isMarkedSpecial) {
+        if (regs.size() == 1) {
+            readOnly(title, std::move(regs));
+        } else if (!regs.empty()) {
+            readSeveral(title, std::move(regs), isMarkedSpecial);
+        }
+    }
+
+    /// A title with one registration is that aircraft's own.
+    void readOnly(std::string_view title, std::vector<std::string> regs) {
+        if (isRegcodeLength(regs[0])) {
+            entries_.push_back({std::string(title), std::move(regs), true});
+        } else {
+            logError(wrongLength(regs[0], file_));
+        }
+    }
+
+    void readSeveral(std::string_view title, std::vector<std::string> regs, bool isSpecial) {
+        std::erase_if(regs, [this](const std::string& reg) {
+            if (isRegcodeLength(reg)) {
+                return false;
+            }
+            log(wrongLength(reg, file_));
+            return true;
+        });
+        if (regs.empty()) {
+            logError(fmt::format("{} ; regs empty?", title));
+            return;
+        }
+        entries_.push_back({std::string(title), std::move(regs), isSpecial});
+    }
+
+    std::string file_;
+    std::vector<RegEntry>& entries_;
+};
+
+bool isTextFile(const fs::directory_entry& entry) {
+    if (!entry.is_regular_file()) {
+        return false;
+    }
+    std::string extension = platform::utf8FromPath(entry.path().extension());
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    return extension == ".TXT";
+}
+
+std::vector<fs::path> textFilesIn(const fs::path& folder) {
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        if (isTextFile(entry)) {
+            files.push_back(entry.path());
+        }
+    }
+    // The later entry wins, so it must not be the file system that decides which one that is.
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+/// False when it cannot be read; readLines has said why. A file without a byte in it is no fault.
+bool readTextFile(const fs::path& path, std::vector<std::string>& lines, std::vector<RegEntry>& entries) {
+    log(fmt::format("Processing regcodes file '{}'", platform::utf8FromPath(path)));
+    if (fs::file_size(path) == 0) {
+        return true;
+    }
+    if (!readLines(charsetOfFile(path), path, lines).empty()) {
+        return false;
+    }
+    LineReader reader(platform::utf8FromPath(path.filename()), entries);
+    for (const std::string& line : lines) {
+        reader.read(line);
+    }
+    return true;
+}
+
+} // namespace
+
+bool lf_readAigRegcodes(const fs::path& file, std::vector<RegEntry>& entries) {
+    const std::string name = platform::utf8FromPath(file.filename());
+    pugi::xml_document document;
+    if (!document.load_file(file.c_str(), pugi::parse_default, pugi::encoding_auto)) {
+        logError(fmt::format("Failed to load {}", name));
+        std::error_code ignored;
+        fs::remove(file, ignored);
+        return false;
+    }
+    const pugi::xml_node root = document.child("root");
+    const pugi::xml_node section = root.child("AIG-regcodes");
+    if (!section) {
+        logError("No <AIG-regcodes> node found in XML.");
+        return false;
+    }
+    const std::size_t before = entries.size();
+    const bool whole = readLiveryElements(section, entries);
+    const std::size_t count = entries.size() - before;
+    log(fmt::format("{} {} read from {}", count, liveriesWord(count), name));
+    return whole && root.child("meta");
+}
+
+bool lf_readRegcodeFiles(const fs::path& folder, std::vector<RegEntry>& entries) {
+    const std::size_t before = entries.size();
+    bool whole = true;
+    try {
+        std::vector<std::string> lines;
+        lines.reserve(usualLines);
+        for (const fs::path& path : textFilesIn(folder)) {
+            whole = readTextFile(path, lines, entries) && whole;
+        }
+    } catch (const fs::filesystem_error& failure) {
+        log(fmt::format("Error reading regcode files in {}, what: {}", platform::utf8FromPath(folder),
+                        platform::readableText(failure.what())));
+        whole = false;
+    }
+    const std::size_t count = entries.size() - before;
+    log(fmt::format("{} {}", count, liveriesWord(count)));
+    return whole;
+}

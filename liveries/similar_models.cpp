@@ -1,0 +1,198 @@
+// liveries/similar_models.cpp
+#include "liveries/similar_models.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "core/log.h"
+#include "liveries/aircraft_types.h"
+#include "liveries/livery_tables.h"
+
+TextTable<std::vector<std::string>> SimilarAll;
+TextTable<std::vector<CategorizedType>> SimilarWithLiveries;
+TextTable<AirlineSubstitutes> SimilarByAirline;
+
+namespace {
+
+constexpr std::size_t airlineCodeLength = 3;
+
+/// A type in front of the others of its group. Where a type stands in several groups the first list in this order counts.
+using SimilarLists = std::set<std::vector<std::string>>;
+
+bool hasLivery(std::string_view type) {
+    return ModelTable[passengerIndex].contains(type) || ModelTable[cargoIndex].contains(type);
+}
+
+template <typename Accepts>
+SimilarLists listsOf(Accepts accepts) {
+    SimilarLists lists;
+    for (const SimilarGroup& group : gSimilarGroups) {
+        for (const std::string& member : group) {
+            std::vector<std::string> list{member};
+            std::copy_if(group.begin(), group.end(), std::back_inserter(list),
+                         [&](const std::string& other) { return other != member && accepts(other); });
+            if (list.size() > 1) {
+                lists.insert(std::move(list));
+            }
+        }
+    }
+    return lists;
+}
+
+void fillSimilarAll() {
+    SimilarAll.clear();
+    for (const auto& list : listsOf([](const std::string&) { return true; })) {
+        SimilarAll.try_emplace(list.front(), list.begin() + 1, list.end());
+    }
+}
+
+/// Views the keys of SimilarAll, which knows every type that has a similar one.
+CategorizedType categorized(std::string_view type) {
+    return {SimilarAll.find(type)->first, gf_categoryOfType(type)};
+}
+
+void fillSimilarWithLiveries() {
+    SimilarWithLiveries.clear();
+    for (const auto& list : listsOf(hasLivery)) {
+        const auto [entry, isNew] = SimilarWithLiveries.try_emplace(list.front());
+        if (isNew) {
+            std::transform(list.begin() + 1, list.end(), std::back_inserter(entry->second), categorized);
+        }
+    }
+}
+
+using AirlineTypes = TextTable<std::vector<AirlineTitle>>;
+
+/// SimilarWithLiveries by numbers: what is asked of each airline is asked of bits.
+class SimilarByNumber {
+public:
+    SimilarByNumber() {
+        for (const auto& [type, similar] : SimilarWithLiveries) {
+            entries_.push_back({type, &similar, numberOf(type), {}});
+        }
+        std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.type < b.type; });
+        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
+            noteSimilar(entry);
+        }
+        had_.resize(admirers_.size());
+    }
+
+    AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
+        AirlineSubstitutes substitutes;
+        for (const std::size_t entry : takeFleet(types)) {
+            if (!had_[entries_[entry].own]) {
+                append(entries_[entry], substitutes);
+            }
+        }
+        return substitutes;
+    }
+
+private:
+    struct Entry {
+        std::string_view type;
+        const std::vector<CategorizedType>* similar;
+        std::size_t own;                  ///< number of the type
+        std::vector<std::size_t> numbers; ///< of the similar types, in their order
+    };
+
+    std::size_t numberOf(std::string_view type) {
+        const auto [known, isNew] = numbers_.try_emplace(std::string(type), admirers_.size());
+        if (isNew) {
+            admirers_.emplace_back();
+        }
+        return known->second;
+    }
+
+    void noteSimilar(std::size_t entry) {
+        for (const CategorizedType& other : *entries_[entry].similar) {
+            const std::size_t known = numberOf(other.type);
+            entries_[entry].numbers.push_back(known);
+            admirers_[known].push_back(entry);
+        }
+    }
+
+    /// Notes what the airline has; the answer is the entries that have any of it among their similar types, ascending.
+    const std::vector<std::size_t>& takeFleet(const AirlineTypes& types) {
+        std::fill(had_.begin(), had_.end(), false);
+        wanted_.clear();
+        for (const auto& [type, titles] : types) {
+            if (const auto known = numbers_.find(type); known != numbers_.end()) {
+                had_[known->second] = true;
+                const std::vector<std::size_t>& admirers = admirers_[known->second];
+                wanted_.insert(wanted_.end(), admirers.begin(), admirers.end());
+            }
+        }
+        std::sort(wanted_.begin(), wanted_.end());
+        wanted_.erase(std::unique(wanted_.begin(), wanted_.end()), wanted_.end());
+        return wanted_;
+    }
+
+    void append(const Entry& entry, AirlineSubstitutes& substitutes) const {
+        substitutes.beginType(entry.type);
+        for (std::size_t i = 0; i < entry.numbers.size(); ++i) {
+            if (had_[entry.numbers[i]]) {
+                substitutes.add((*entry.similar)[i]);
+            }
+        }
+    }
+
+    std::vector<Entry> entries_; ///< ascending by type
+    TextTable<std::size_t> numbers_;
+    std::vector<std::vector<std::size_t>> admirers_; ///< by number: the entries that have it among their similar types
+    std::vector<bool> had_;                          ///< by number: by the airline in hand
+    std::vector<std::size_t> wanted_;
+};
+
+void fillSimilarByAirline() {
+    SimilarByAirline.clear();
+    SimilarByNumber similar;
+    for (const auto& [key, unused] : AirlineTable) {
+        const std::string_view code = key;
+        const std::string_view airline = code.substr(0, airlineCodeLength);
+        const auto known = AirlineTable.find(airline);
+        if (known == AirlineTable.end()) {
+            continue;
+        }
+        if (AirlineSubstitutes substitutes = similar.substitutesOf(known->second); substitutes.size() > 0) {
+            SimilarByAirline.insert_or_assign(std::string(airline), std::move(substitutes));
+        }
+    }
+}
+
+} // namespace
+
+std::span<CategorizedType> AirlineSubstitutes::of(std::string_view missing) {
+    const auto list = std::lower_bound(lists_.begin(), lists_.end(), missing,
+                                       [](const List& one, std::string_view type) { return one.missing < type; });
+    if (list == lists_.end() || list->missing != missing) {
+        return {};
+    }
+    return std::span(types_).subspan(list->begin, list->end - list->begin);
+}
+
+void AirlineSubstitutes::beginType(std::string_view missing) {
+    const auto end = static_cast<std::uint32_t>(types_.size());
+    lists_.push_back({missing, end, end});
+}
+
+void AirlineSubstitutes::add(const CategorizedType& substitute) {
+    types_.push_back(substitute);
+    ++lists_.back().end;
+}
+
+void lf_buildSimilarModels() {
+    fillSimilarAll();
+    fillSimilarWithLiveries();
+    fillSimilarByAirline();
+    log(fmt::format("{} similar model definitions", SimilarAll.size()));
+}
+
+void clearSimilarModels() {
+    SimilarByAirline.clear();
+    SimilarWithLiveries.clear();
+    SimilarAll.clear();
+}
