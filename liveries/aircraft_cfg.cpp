@@ -157,9 +157,9 @@ std::optional<NumberedLines> lf_checkFltsimNumbers(const ScannedFile& file, cons
             return std::nullopt;
         }
         if (found.number > highestSection) {
-            scan.reports.add(ScanReport::invalidFiles,
-                             fmt::format("{} contains a [fltsim.x] section with a number < 0 or > {}", file.text,
-                                         highestSection));
+            scan.reports.add(
+                ScanReport::invalidFiles,
+                fmt::format("{} contains a [fltsim.x] section with a number < 0 or > {}", file.text, highestSection));
             return std::nullopt;
         }
         result.kinds[i] = found.number ? LineKind::header : LineKind::otherBracket;

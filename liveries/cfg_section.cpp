@@ -43,9 +43,7 @@ struct Section {
 
     const std::string& path() const { return in.file.text; }
     std::string_view header() const { return lines.front(); }
-    void incomplete(std::string line) const {
-        scan.reports.add(ScanReport::incompleteSections, std::move(line));
-    }
+    void incomplete(std::string line) const { scan.reports.add(ScanReport::incompleteSections, std::move(line)); }
     void invalidAirline(std::string_view code) const {
         scan.reports.add(ScanReport::invalidAirlineCodes, fmt::format("{:12} in {} {}", code, path(), header()));
     }
@@ -164,10 +162,11 @@ bool hasItsFiles(const Section& section) {
     if (missing == nullptr) {
         return true;
     }
-    const std::string_view folder = std::string_view(section.path()).substr(0, section.path().rfind('\\') + 1);
+    const std::string_view path = section.path();
+    const std::string_view folder = path.substr(0, path.rfind('\\') + 1);
     section.incomplete(section.form == SectionForm::ordinary
-                           ? fmt::format("{} {} or related path does not exist: {}{}", section.path(),
-                                         section.header(), folder, *missing)
+                           ? fmt::format("{} {} or related path does not exist: {}{}", section.path(), section.header(),
+                                         folder, *missing)
                            : fmt::format("{}{} {} does not exist", folder, *missing, section.header()));
     return false;
 }
@@ -254,8 +253,8 @@ std::optional<Livery> processSection(Section& section) {
     }
     const bool isOrdinary = section.form == SectionForm::ordinary;
     if (isOrdinary && section.airline.empty()) {
-        section.incomplete(fmt::format("{} {} icao_airline is missing, or it has invalid info ", section.path(),
-                                       section.header()));
+        section.incomplete(
+            fmt::format("{} {} icao_airline is missing, or it has invalid info ", section.path(), section.header()));
     }
     if (!hasItsFiles(section) || !hasUsableTitle(section)) {
         return std::nullopt;

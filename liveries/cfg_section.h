@@ -26,5 +26,5 @@ enum class SectionForm { ordinary, ivao };
 
 /// The livery of a section. Nothing when the section is refused; the reports of the scan then say why, but for titles that
 /// must not be used and the airline code "RFO". No exceptions.
-std::optional<Livery> lf_procesFltSimSection(SectionForm form, CfgLines section, const SectionFile& file,
+std::optional<Livery> lf_procesFltSimSection(SectionForm form, CfgLines lines, const SectionFile& file,
                                              ScanState& scan);

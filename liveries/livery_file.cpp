@@ -87,8 +87,8 @@ void saveWhole(const pugi::xml_document& document) {
 std::string required(pugi::xml_node element, const char* name) {
     const pugi::xml_attribute attribute = element.attribute(name);
     if (!attribute) {
-        throw kvd::UserErrorException(
-            attributeMissingError, fmt::format("Missing required attribute '{}' in <{}>", name, element.name()));
+        throw kvd::UserErrorException(attributeMissingError,
+                                      fmt::format("Missing required attribute '{}' in <{}>", name, element.name()));
     }
     return attribute.as_string();
 }
