@@ -62,8 +62,9 @@ double median(std::vector<double> values) {
 }
 
 void print(std::string_view filter, std::string_view name, double value, std::string_view unit) {
-    if (name.starts_with(filter)) {
-        fmt::print("{} {:.2f} {}\n", name, value, unit);
+    if (name.find(filter) != std::string_view::npos) {
+        std::puts(fmt::format("{} = {:.3f} {}", name, value, unit).c_str());
+        std::fflush(stdout);
     }
 }
 
