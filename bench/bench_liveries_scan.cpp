@@ -109,7 +109,7 @@ std::vector<fs::path> makeTree(bool sharedTextures) {
             }
         }
         fs::create_directory(folder / "model.std");
-        std::ofstream(folder / "sample_a320.air", std::ios::binary);
+        std::ofstream(folder / "sample_a320.air", std::ios::binary) << "";
         files.push_back(folder / "aircraft.cfg");
         std::ofstream(files.back(), std::ios::binary) << text << model;
     }
@@ -121,6 +121,7 @@ std::vector<fs::path> makeTree(bool sharedTextures) {
 void readAll(const std::vector<fs::path>& files, int threads) {
     std::atomic<std::size_t> next = 0;
     std::vector<std::thread> readers;
+    readers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i) {
         readers.emplace_back([&] {
             for (std::size_t at = next++; at < files.size(); at = next++) {
@@ -146,6 +147,7 @@ template <typename Work>
 double medianOf(Work work) {
     work(); // warms the cache
     std::vector<double> times;
+    times.reserve(static_cast<std::size_t>(rounds));
     for (int i = 0; i < rounds; ++i) {
         times.push_back(millisecondsOf(work));
     }

@@ -5,14 +5,12 @@
 #include "liveries/livery_file.h"
 #include "tests/liveries/scan_test.h"
 
-using testing::Contains;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace {
 
 constexpr const char* skipped = "Processing scanned liveries skipped; already done in previous start-up";
-constexpr const char* read = "1 liveries read from output\\LiveriesScanned.xml";
+constexpr const char* readLine = "1 liveries read from output\\LiveriesScanned.xml";
 
 class LiveryDriver : public ScanTest {
 public:
@@ -37,7 +35,7 @@ protected:
 TEST_F(LiveryDriver, readsTheFileAndFreesTheList) {
     gf_scanLiveries();
     gf_processScannedLiveries();
-    EXPECT_EQ(times(read), 1);
+    EXPECT_EQ(times(readLine), 1);
     EXPECT_EQ(times(skipped), 0);
     EXPECT_THAT(Liveries, IsEmpty());
 }
@@ -46,7 +44,7 @@ TEST_F(LiveryDriver, aRepeatedStartUpSkips) {
     gf_scanLiveries();
     gf_processScannedLiveries();
     gf_processScannedLiveries();
-    EXPECT_EQ(times(read), 1);
+    EXPECT_EQ(times(readLine), 1);
     EXPECT_EQ(times(skipped), 1);
 }
 
@@ -55,7 +53,7 @@ TEST_F(LiveryDriver, aNewScanIsProcessed) {
     gf_processScannedLiveries();
     gf_scanLiveries();
     gf_processScannedLiveries();
-    EXPECT_EQ(times(read), 2);
+    EXPECT_EQ(times(readLine), 2);
     EXPECT_EQ(times(skipped), 0);
 }
 
@@ -64,5 +62,5 @@ TEST_F(LiveryDriver, aFailureIsNoProcessing) {
     gf_scanLiveries();
     takeNewScan();
     gf_processScannedLiveries();
-    EXPECT_EQ(times(read), 1);
+    EXPECT_EQ(times(readLine), 1);
 }

@@ -15,7 +15,6 @@
 
 namespace fs = std::filesystem;
 
-using testing::Each;
 using testing::HasSubstr;
 
 namespace {

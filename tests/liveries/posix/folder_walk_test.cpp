@@ -13,7 +13,6 @@
 
 namespace fs = std::filesystem;
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
