@@ -1,0 +1,313 @@
+// liveries/livery_scan.cpp
+#include "liveries/livery_scan.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "core/exit_reason.h"
+#include "core/folders.h"
+#include "core/log.h"
+#include "core/parameter_file.h"
+#include "core/parameters.h"
+#include "core/program_info.h"
+#include "core/run_flags.h"
+#include "core/user_error.h"
+#include "liveries/aircraft_cfg.h"
+#include "liveries/folder_walk.h"
+#include "liveries/livery_file.h"
+#include "liveries/reference_tables.h"
+#include "liveries/registration_codes.h"
+#include "liveries/scan_state.h"
+#include "liveries/scan_tasks.h"
+#include "platform/files.h"
+#include "platform/text_encoding.h"
+#include "window/window_state.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int noFolderSetError = 48;
+constexpr int noLiveriesError = 53;
+constexpr int folderMissingError = 243;
+constexpr std::size_t folderCount = std::tuple_size_v<decltype(lfolder)>;
+constexpr std::uint32_t highestScan = folderCount;
+
+bool isNewScan = false;
+
+std::string scanningText() {
+    return fmt::format("Scanning {}for liveries ...", LIG_PRIORITIZE.value ? "prioritized " : "");
+}
+
+/// Tells the user, at least once a second, where the scan is.
+class ScanProgress {
+public:
+    explicit ScanProgress(const ScanState& state) : state_(state) {}
+
+    void enter(std::string_view folder) { folder_ = folder; }
+
+    /// False when the scan is to end.
+    bool goesOn() {
+        if (gf_isScanStopping()) {
+            return false;
+        }
+        if (const auto now = std::chrono::steady_clock::now(); now - shownAt_ >= interval) {
+            shownAt_ = now;
+            showMessage(fmt::format("{} {}: {} files read, {} liveries found", scanningText(), folder_,
+                                    state_.filesRead.load(), state_.liveriesFound.load()),
+                        LogCopy::no);
+        }
+        return true;
+    }
+
+private:
+    static constexpr std::chrono::milliseconds interval{500};
+
+    const ScanState& state_;
+    std::string folder_;
+    std::chrono::steady_clock::time_point shownAt_ = std::chrono::steady_clock::now();
+};
+
+/// One scan of all folders.
+class Scan {
+public:
+    Scan()
+        : state_(std::make_shared<ScanState>()), progress_(*state_),
+          tasks_(std::max(1, gHardwareThreads.load()), [this] { return progress_.goesOn(); }) {
+        state_->dontUseTitles.insert(DontUseTitles.begin(), DontUseTitles.end());
+    }
+
+    void lf_walkFolder(std::uint32_t scanNumber, const fs::path& folder);
+    ScanReports& reports() { return state_->reports; }
+
+private:
+    bool startTask(std::uint32_t scanNumber, const ScannedFile& file);
+
+    std::shared_ptr<ScanState> state_; // shared with tasks that may outlive the scan
+    ScanProgress progress_;
+    ScanTasks tasks_;
+};
+
+bool Scan::startTask(std::uint32_t scanNumber, const ScannedFile& file) {
+    const auto search = isIvaoPath(file.text) ? lf_searchLiveriesinIVAOFile : lf_searchLiveriesinFile;
+    return tasks_.start([state = state_, scanNumber, file, search] { return search(scanNumber, file, *state); },
+                        Liveries);
+}
+
+std::string logText(const std::exception& error) {
+    return platform::readableText(error.what());
+}
+
+void Scan::lf_walkFolder(std::uint32_t scanNumber, const fs::path& folder) {
+    const std::string text = platform::backslashText(folder);
+    const auto enter = [this](std::string_view path) {
+        progress_.enter(path);
+        return progress_.goesOn();
+    };
+    bool goesOn = true;
+    const auto visit = [&](const ScannedFile& file) {
+        try {
+            goesOn = startTask(scanNumber, file);
+        } catch (const std::exception& error) {
+            log(fmt::format("liveries inner search aborted: {}", logText(error)));
+            goesOn = false;
+        }
+        return goesOn;
+    };
+    try {
+        walkFolder(folder, enter, visit);
+    } catch (const std::exception& error) {
+        log(fmt::format("liveries search in {} aborted, cause: {}", text, logText(error)));
+        goesOn = false;
+    }
+    try {
+        if (goesOn) {
+            tasks_.collectAll(Liveries);
+        }
+    } catch (const std::exception& error) {
+        log(fmt::format("liveries search aborted, futs outer, {}", logText(error)));
+    }
+    tasks_.abandon();
+}
+
+/// Whether the folder is one; else a line in the log says why not.
+bool isScannable(const fs::path& folder) {
+    const std::string text = platform::backslashText(folder);
+    std::error_code ignored;
+    if (!fs::exists(folder, ignored)) {
+        log(fmt::format("{} does not exist, skipped!", text));
+        return false;
+    }
+    if (!fs::is_directory(folder, ignored)) {
+        log(fmt::format("{} is not a folder name, skipped!", text));
+        return false;
+    }
+    return true;
+}
+
+void logFound(std::size_t count, const fs::path& folder) {
+    const std::string place = fmt::format("found in {}", platform::backslashText(folder));
+    log(count == 0 ? fmt::format("No liveries {}", place)
+                   : fmt::format("{} liverie{} {}", count, count == 1 ? "" : "s", place));
+}
+
+/// False when the scan was stopped.
+bool scanEach(Scan& scan, const std::vector<fs::path>& folders) {
+    std::uint32_t scanNumber = 0;
+    for (const fs::path& folder : folders) {
+        if (folder.empty() || !isScannable(folder)) {
+            continue;
+        }
+        scanNumber = std::min(scanNumber + 1, highestScan);
+        const std::size_t before = Liveries.size();
+        scan.lf_walkFolder(scanNumber, folder);
+        if (gf_isScanStopping()) {
+            return false;
+        }
+        logFound(Liveries.size() - before, folder);
+    }
+    if (folders.size() > 1 && !Liveries.empty()) {
+        log(fmt::format("{} in total", Liveries.size()));
+    }
+    return true;
+}
+
+/// The registration's airline: the one that flies it, or else the one that owns it; empty if neither is known.
+std::string_view airlineOf(const DbaseRecord& record) {
+    return record.opr.empty() ? record.airl : record.opr;
+}
+
+void correctText(std::string& text, std::string_view known, std::string_view what, const Livery& livery,
+                 ScanReports& reports) {
+    if (!known.empty() && text != known) {
+        reports.add(ScanReport::corrections,
+                    fmt::format("{:80} {} {} {} => {}", livery.title, livery.atcid, what, text, known));
+        text = known;
+    }
+}
+
+/// The list is empty again however the work ends.
+class LiveriesEmptied {
+public:
+    LiveriesEmptied() { Liveries.clear(); }
+    ~LiveriesEmptied() { Liveries.clear(); }
+    LiveriesEmptied(const LiveriesEmptied&) = delete;
+    LiveriesEmptied& operator=(const LiveriesEmptied&) = delete;
+};
+
+} // namespace
+
+bool gf_isScanStopping() {
+    return gProductionMode ? gCloseButtonUsed.load() : gf_isStopping();
+}
+
+bool takeNewScan() {
+    return std::exchange(isNewScan, false);
+}
+
+void lf_collectLfolders(std::vector<fs::path>& folders) {
+    folders.reserve(folderCount);
+    for (const StringParameter& parameter : lfolder) {
+        const std::string value = parameter.value();
+        if (value.empty()) {
+            continue;
+        }
+        const fs::path folder = platform::pathFromUtf8(value);
+        if (std::error_code ignored; !fs::exists(folder, ignored)) {
+            logError(fmt::format("{}: '{}' does not exist", parameter.key, value));
+            throw kvd::UserErrorException(
+                folderMissingError,
+                fmt::format("the path pointed to by parameter '{}' does not exist, see Log.txt!", parameter.key));
+        }
+        folders.push_back(folder);
+    }
+}
+
+void lf_updateFromDbase(std::list<Livery>& liveries, ScanReports& reports) {
+    for (Livery& livery : liveries) {
+        const auto record = gf_findRegcodeRecord(livery.atcid);
+        if (!record) {
+            continue;
+        }
+        if (livery.cargo != record->cargo) {
+            reports.add(ScanReport::corrections, fmt::format("{:80} {} cargo {} => {}", livery.title, livery.atcid,
+                                                             livery.cargo, record->cargo));
+            livery.cargo = record->cargo;
+        }
+        correctText(livery.airl, airlineOf(*record), "airl", livery, reports);
+        correctText(livery.type, record->type, "model", livery, reports);
+    }
+}
+
+void prioritize(std::list<Livery>& liveries) {
+    std::map<std::pair<std::string, std::string>, std::uint32_t> lowestScans; // so far, by airline and type
+    liveries.remove_if([&lowestScans](const Livery& livery) {
+        const auto [lowest, isFirst] = lowestScans.try_emplace({livery.airl, livery.type}, livery.scan);
+        const bool isLower = lowest->second < livery.scan;
+        lowest->second = std::min(lowest->second, livery.scan);
+        return isLower;
+    });
+}
+
+void sortLiveries(std::list<Livery>& liveries) {
+    liveries.sort([](const Livery& a, const Livery& b) {
+        return std::tie(a.airl, a.type, a.title) < std::tie(b.airl, b.type, b.title);
+    });
+    const auto identity = [](const Livery& livery) {
+        return std::tie(livery.title, livery.airl, livery.type, livery.atcid, livery.cargo);
+    };
+    liveries.unique([&identity](const Livery& a, const Livery& b) { return identity(a) == identity(b); });
+}
+
+bool lf_scanFolders(const std::vector<fs::path>& folders) {
+    const LiveriesEmptied emptied;
+    removeOldReports();
+    gf_loadDontUseTitles();
+    Scan scan;
+    if (!scanEach(scan, folders)) {
+        return true;
+    }
+    if (Liveries.empty()) {
+        return false;
+    }
+    lf_updateFromDbase(Liveries, scan.reports());
+    if (LIG_PRIORITIZE.value) {
+        prioritize(Liveries);
+    }
+    sortLiveries(Liveries);
+    lf_writeLiveries();
+    Liveries.clear();
+    lf_writeScanReports(scan.reports());
+    repaintWindow();
+    return true;
+}
+
+void gf_scanLiveries() {
+    isNewScan = true;
+    showMessage(scanningText(), LogCopy::no);
+    log("\n++++++++++++++++++++++++ liveries scan manual starts ++++++++++++++++++++++++++++++++");
+    std::vector<fs::path> folders;
+    lf_collectLfolders(folders);
+    if (folders.empty()) {
+        throw kvd::UserErrorException(
+            noFolderSetError,
+            fmt::format("Exit {} first!   Then set one or more lfolder parameters to your liveries, see Manual 5.3",
+                        programName));
+    }
+    if (!lf_scanFolders(folders)) {
+        throw kvd::UserErrorException(noLiveriesError, "no liveries found");
+    }
+    SCAN_LIVERIES.value = false;
+    saveParameter(SCAN_LIVERIES);
+    showParameter(SCAN_LIVERIES);
+    repaintWindow();
+    log("\n++++++++++++++++++++++++ liveries scan ends ++++++++++++++++++++++++++++++++\n");
+}

@@ -1,0 +1,40 @@
+// liveries/scan_state.h
+// What the tasks of one scan share. A task that is given up may outlive its scan; it then holds the state alone.
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include "core/text_hash.h"
+#include "liveries/scan_reports.h"
+
+using ScanTexts = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
+/// The titles that stand in the scan so far. Any thread.
+class ScannedTitles {
+public:
+    /// False when the title was there already.
+    bool insert(const std::string& title) {
+        const std::lock_guard lock(lock_);
+        return titles_.insert(title).second;
+    }
+
+private:
+    std::mutex lock_;
+    ScanTexts titles_;
+};
+
+struct ScanState {
+    ScanTexts dontUseTitles; ///< filled before the first task starts
+    ScanReports reports;
+    ScannedTitles titles;
+    std::atomic<int> filesRead = 0;
+    std::atomic<int> liveriesFound = 0;
+};
+
+/// Whether the scan is to end: the run is stopping, or, in production mode, where a run is stopped from its start on, the user
+/// has pressed the close button. Any thread.
+bool gf_isScanStopping();

@@ -1,0 +1,454 @@
+// tests/liveries/aircraft_cfg_test.cpp
+#include "liveries/aircraft_cfg.h"
+
+#include "tests/liveries/scan_test.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+constexpr const char* path = "ac\\aircraft.cfg";
+constexpr const char* ivaoPath = "IVAO_MTL\\IVAO_B738\\aircraft.cfg";
+
+class AircraftCfg : public ScanTest {
+protected:
+    std::list<Livery> search(const std::filesystem::path& file) {
+        return lf_searchLiveriesinFile(3, scannedFile(file), scan_);
+    }
+    std::list<Livery> searchText(std::string_view cfg) { return search(makeAircraft("ac", cfg)); }
+
+    /// An A320 with one section.
+    std::list<Livery> searchSection(std::string_view values) {
+        return searchText(general("A320") + section(0, values));
+    }
+    std::list<Livery> searchSectionOf(std::string_view type, std::string_view values) {
+        return searchText(general(type) + section(0, values));
+    }
+
+    std::vector<std::string> report(ScanReport which) const { return scan_.reports.lines(which); }
+    bool nothingReported() const {
+        for (std::size_t i = 0; i < scanReportCount; ++i) {
+            if (!report(static_cast<ScanReport>(i)).empty()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    ScanState scan_;
+};
+
+class IvaoCfg : public AircraftCfg {
+protected:
+    std::list<Livery> searchIvao(const std::filesystem::path& folder, std::string_view cfg) {
+        // The rule wants something in front of the folder IVAO_MTL.
+        const auto file = makeAircraft(folder, cfg);
+        return lf_searchLiveriesinIVAOFile(3, scannedFile(file), scan_);
+    }
+    std::list<Livery> searchIvaoSection(std::string_view values) {
+        return searchIvao("x/IVAO_MTL/IVAO_B738", section(0, values));
+    }
+    const std::string path_ = "x\\" + std::string(ivaoPath);
+};
+
+} // namespace
+
+// --- A whole file ---
+
+TEST_F(AircraftCfg, aSectionBecomesALivery) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=KLM\natc_id=PH-ABC"),
+                ElementsAre(Livery{"KLM", "A320", "One", "PH-ABC", 3, false}));
+    EXPECT_TRUE(nothingReported());
+    EXPECT_EQ(scan_.filesRead, 1);
+    EXPECT_EQ(scan_.liveriesFound, 1);
+}
+
+TEST_F(AircraftCfg, blanksAndTabsAndLineEndsOfEitherKindAreNoPartOfAValue) {
+    EXPECT_THAT(searchText("[fltsim.0]\r\n title\t=\t One two \t\r\nmodel = M\r\nsim= S\ntexture =T\n"
+                           "atc_parking_codes\t= KLM\r\r\n[General]\natc_model\t=\tA320 \r\n"),
+                ElementsAre(Livery{"KLM", "A320", "One two", "", 3, false}));
+}
+
+TEST_F(AircraftCfg, everyEncodingIsRead) {
+    const std::string utf8 = general("A320") + section(0, "title=Z\xC3\xBCrich\natc_parking_codes=KLM");
+    const auto ansi = general("A320") + section(0, "title=Z\xFCrich\natc_parking_codes=KLM");
+    std::string little = "\xFF\xFE";
+    std::string big = "\xFE\xFF";
+    for (const char c : ansi) {
+        little += {c, '\0'};
+        big += {'\0', c};
+    }
+    for (const std::string& text : {utf8, "\xEF\xBB\xBF" + utf8, ansi, little, big}) {
+        ScanState scan;
+        const auto found = lf_searchLiveriesinFile(1, scannedFile(makeAircraft("ac", text)), scan);
+        EXPECT_THAT(titlesOf(found), ElementsAre("Z\xC3\xBCrich"));
+    }
+}
+
+TEST_F(AircraftCfg, aFileWithoutTextHasNoEncoding) {
+    EXPECT_THAT(searchText(""), IsEmpty());
+    EXPECT_THAT(searchText(std::string("a\0b", 3)), IsEmpty());
+    const std::string line = std::string("! No text encoding detected for ") + path;
+    EXPECT_THAT(log_.lines(), ElementsAre(line, line));
+}
+
+TEST_F(AircraftCfg, aFileThatIsGoneHasNoEncoding) {
+    EXPECT_THAT(search("ac/gone.cfg"), IsEmpty());
+    EXPECT_THAT(log_.lines(), ElementsAre("! No text encoding detected for ac\\gone.cfg"));
+}
+
+TEST_F(AircraftCfg, unicodeOfOddSizeHasNoLines) {
+    EXPECT_THAT(searchText(std::string("\xFF\xFE[", 3)), IsEmpty());
+    EXPECT_THAT(report(ScanReport::filesWithoutSections), ElementsAre(path));
+}
+
+TEST_F(AircraftCfg, aFileWithoutSectionsIsReported) {
+    EXPECT_THAT(searchText(general("A320")), IsEmpty());
+    EXPECT_THAT(report(ScanReport::filesWithoutSections), ElementsAre(path));
+    EXPECT_THAT(report(ScanReport::invalidFiles), IsEmpty());
+}
+
+TEST_F(AircraftCfg, survivesALineOfTenMegabytes) {
+    const std::string longLine(10 * 1024 * 1024, 'x');
+    EXPECT_THAT(titlesOf(searchText("// " + longLine + "\n" + general("A320") +
+                                    section(0, "title=One\ndescription=" + longLine + "\natc_parking_codes=KLM"))),
+                ElementsAre("One"));
+}
+
+// --- Numbers ---
+
+TEST_F(AircraftCfg, sectionTenThousandIsTakenAndTheNextStopsTheFile) {
+    const std::string values = "title=One\natc_parking_codes=KLM";
+    EXPECT_THAT(searchText(general("A320") + section(10000, values)), SizeIs(1));
+    EXPECT_TRUE(nothingReported());
+    EXPECT_THAT(searchText(general("A320") + section(10001, values)), IsEmpty());
+    EXPECT_THAT(report(ScanReport::invalidFiles),
+                ElementsAre(std::string(path) + " contains a [fltsim.x] section with a number < 0 or > 10000"));
+}
+
+TEST_F(AircraftCfg, aNumberThatDoesNotFitStopsTheFile) {
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.2147483648]\n"), IsEmpty());
+    EXPECT_THAT(log_.errors(), ElementsAre("==> fltsim num 2147483648 incorrect"));
+    EXPECT_TRUE(nothingReported());
+}
+
+TEST_F(AircraftCfg, aHeaderInUpperCaseOrWithACommentStillBeginsASection) {
+    const std::string values = "model=M\nsim=S\ntexture=T\natc_parking_codes=KLM\ntitle=";
+    EXPECT_THAT(titlesOf(searchText(general("A320") + "[FLTSIM.99999]\n" + values + "One\n[fltsim.99999] // two\n" +
+                                    values + "Two\n[fltsim.-1]\n" + values + "Three\n")),
+                ElementsAre("One", "Two", "Three"));
+    EXPECT_TRUE(nothingReported());
+}
+
+TEST_F(AircraftCfg, aHeaderInMixedCaseIsNone) {
+    EXPECT_THAT(searchText(general("A320") + "[Fltsim.0]\ntitle=One\n"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::filesWithoutSections), ElementsAre(path));
+}
+
+TEST_F(AircraftCfg, aHeaderBehindSlashesIsNoneAndEndsTheSectionBefore) {
+    EXPECT_THAT(
+        searchText(general("A320") + section(0, "title=One\natc_parking_codes=KLM\n//[fltsim.1]\natc_id=PH-ABC")),
+        ElementsAre(Livery{"KLM", "A320", "One", "", 3, false}));
+}
+
+TEST_F(AircraftCfg, aLineWithABracketEndsTheSection) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=KLM\nui_variation=[1]\natc_id=PH-ABC"),
+                ElementsAre(Livery{"KLM", "A320", "One", "", 3, false}));
+}
+
+// --- The type ---
+
+TEST_F(AircraftCfg, theFirstModelLineCountsWhereverItStands) {
+    EXPECT_THAT(searchText(section(0, "title=One\natc_parking_codes=KLM\natc_model=B738") + general("A320")),
+                ElementsAre(Livery{"KLM", "B738", "One", "", 3, false}));
+}
+
+TEST_F(AircraftCfg, aFileWithoutModelLineIsInvalid) {
+    EXPECT_THAT(searchText(section(0, "title=One")), IsEmpty());
+    EXPECT_THAT(report(ScanReport::invalidFiles),
+                ElementsAre(std::string("Line atc_model= is missing in [General] section of ") + path));
+}
+
+TEST_F(AircraftCfg, aWrongModelIsFixed) {
+    EXPECT_THAT(searchSectionOf("A32", "title=One\natc_parking_codes=KLM"),
+                ElementsAre(Livery{"KLM", "A320", "One", "", 3, false}));
+    EXPECT_THAT(report(ScanReport::codeFixes),
+                ElementsAre(std::string("Model fix: A32 found in ") + path + " changed into A320"));
+}
+
+TEST_F(AircraftCfg, anUnknownModelIsReported) {
+    EXPECT_THAT(searchSectionOf("CONC", "title=One\natc_parking_codes=KLM"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::invalidModelCodes), ElementsAre(std::string("CONC             in ") + path));
+}
+
+// --- Airline ---
+
+TEST_F(AircraftCfg, theFirstParkingCodeIsTheAirlineInUpperCase) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes= klm , DLH"),
+                ElementsAre(Livery{"KLM", "A320", "One", "", 3, false}));
+}
+
+TEST_F(AircraftCfg, aFourthLetterXOrCIsCut) {
+    EXPECT_EQ(searchSection("title=One\natc_parking_codes=KLMX").front().airl, "KLM");
+    EXPECT_EQ(searchSection("title=Two\natc_parking_codes=dlhc").front().airl, "DLH");
+    EXPECT_EQ(searchSection("title=Three\natc_parking_codes=KLMA").front().airl, "PVT");
+}
+
+TEST_F(AircraftCfg, anUnknownAirlineIsReportedAndTheLiveryIsPrivate) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=QQQ"),
+                ElementsAre(Livery{"PVT", "A320", "One", "", 3, false}));
+    EXPECT_THAT(report(ScanReport::invalidAirlineCodes),
+                ElementsAre(std::string("QQQ          in ") + path + " [fltsim.0]"));
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(std::string(path) + " [fltsim.0] icao_airline is missing, or it has invalid info "));
+}
+
+TEST_F(AircraftCfg, anAirlineThatIsMissingIsReported) {
+    EXPECT_THAT(searchSection("title=One"), SizeIs(1));
+    EXPECT_THAT(report(ScanReport::invalidAirlineCodes), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(std::string(path) + " [fltsim.0] icao_airline is missing, or it has invalid info "));
+}
+
+TEST_F(AircraftCfg, theCodeRfoDropsTheSectionWithoutAWord) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=rfo"), IsEmpty());
+    EXPECT_TRUE(nothingReported());
+}
+
+TEST_F(AircraftCfg, aGenericLiveryHasNoRegistration) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=ZZZ\natc_id=PH-ABC"),
+                ElementsAre(Livery{"ZZZ", "A320", "One", "", 3, false}));
+}
+
+TEST_F(AircraftCfg, aKnownRegistrationTellsTheAirline) {
+    EXPECT_THAT(searchSection("title=One\natc_id=PH-BXA"),
+                ElementsAre(Livery{"KLM", "A320", "One", "PH-BXA", 3, false}));
+}
+
+TEST_F(AircraftCfg, aKnownRegistrationWithoutAirlineIsPrivate) {
+    EXPECT_THAT(searchSectionOf("C172", "title=One\natc_id=D-ECAR"),
+                ElementsAre(Livery{"PVT", "C172", "One", "D-ECAR", 3, false}));
+}
+
+TEST_F(AircraftCfg, aRegistrationInTheTitleOfAPrivateAircraftIsFound) {
+    EXPECT_THAT(searchSectionOf("C172", "title=Skyhawk N12AB"),
+                ElementsAre(Livery{"PVT", "C172", "Skyhawk N12AB", "N12AB", 3, false}));
+}
+
+TEST_F(AircraftCfg, aHeavyWithoutAirlineAndRegistrationIsReported) {
+    EXPECT_THAT(searchSectionOf("B744", "title=One"), ElementsAre(Livery{"PVT", "B744", "One", "", 3, false}));
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                Contains(std::string("'") + path + "' 'One' has no airline and no regcode info"));
+}
+
+TEST_F(AircraftCfg, aHeavyWithoutAirlineAndWithAnUnknownRegistrationIsReported) {
+    EXPECT_THAT(searchSectionOf("B744", "title=One\natc_id=PH-QQQ"),
+                ElementsAre(Livery{"PVT", "B744", "One", "PH-QQQ", 3, false}));
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                Contains(std::string("'") + path + "' 'One' has no airline and regcode not in dbase"));
+}
+
+TEST_F(AircraftCfg, onlyHeaviesAreReportedForTheirMissingAirline) {
+    EXPECT_THAT(searchSection("title=One\natc_id=PH-QQQ"),
+                ElementsAre(Livery{"PVT", "A320", "One", "PH-QQQ", 3, false}));
+    EXPECT_THAT(report(ScanReport::incompleteSections), SizeIs(1));
+}
+
+// --- Registration and cargo ---
+
+TEST_F(AircraftCfg, aRegistrationEndsAtASemicolon) {
+    EXPECT_EQ(searchSection("title=One\natc_parking_codes=KLM\natc_id=PH-ABC;the first").front().atcid, "PH-ABC");
+}
+
+TEST_F(AircraftCfg, twoRegistrationsAreNoneAndNoFault) {
+    EXPECT_EQ(searchSection("title=One\natc_parking_codes=KLM\natc_id=PH-ABC,PH-ABD").front().atcid, "");
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(AircraftCfg, anInvalidRegistrationIsLoggedAndLeftOut) {
+    int number = 0;
+    for (const char* id : {"PH-*", "PH-ABC,", "PH-ABC, ", "ABCDEFGHIJKLM", "; none"}) {
+        const std::string title = std::to_string(++number);
+        EXPECT_EQ(searchSection("title=" + title + "\natc_parking_codes=KLM\natc_id=" + id).front().atcid, "") << id;
+    }
+    EXPECT_EQ(searchSection("title=12\natc_parking_codes=KLM\natc_id=ABCDEFGHIJKL").front().atcid, "ABCDEFGHIJKL");
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("invalid atc_id=PH-* in: ac\\aircraft.cfg", "invalid atc_id=PH-ABC, in: ac\\aircraft.cfg",
+                            "invalid atc_id=PH-ABC, in: ac\\aircraft.cfg",
+                            "invalid atc_id=ABCDEFGHIJKLM in: ac\\aircraft.cfg",
+                            "invalid atc_id= in: ac\\aircraft.cfg"));
+}
+
+TEST_F(AircraftCfg, cargoInTheParkingTypesMakesAFreighter) {
+    EXPECT_TRUE(searchSection("title=One\natc_parking_codes=KLM\natc_parking_types=ramp,mil_cargo").front().cargo);
+    EXPECT_FALSE(searchSection("title=Two\natc_parking_codes=KLM\natc_parking_types=GATE").front().cargo);
+}
+
+// --- What drops a section ---
+
+TEST_F(AircraftCfg, aSecondLineOfAKeyDropsTheSection) {
+    const std::string begin = std::string(path) + " [fltsim.0] has more than one ";
+    EXPECT_THAT(searchSection("title=One\ntitle=Two\natc_parking_codes=KLM"), IsEmpty());
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=KLM\natc_parking_codes=KLM"), IsEmpty());
+    EXPECT_THAT(searchSection("title=One\natc_parking_types=GATE\natc_parking_types=GATE"), IsEmpty());
+    EXPECT_THAT(searchSection("title=One\natc_id=PH-*\natc_id=PH-ABC"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(begin + "title key", begin + "atc_parking_codes key", begin + "atc_parking_types key",
+                            std::string(path) + ", [fltsim.0], has more than one atc_id key"));
+}
+
+TEST_F(AircraftCfg, ofModelAirAndTextureTheFirstCounts) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=KLM\nmodel=no\nsim=no\ntexture=no"), SizeIs(1));
+}
+
+TEST_F(AircraftCfg, modelAirAndTextureMustBeThere) {
+    const std::string end = "title=One\natc_parking_codes=KLM\n";
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nmodel=X\nsim=S\ntexture=T\n" + end), IsEmpty());
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.1]\nmodel=M\nsim=X\ntexture=T\n" + end), IsEmpty());
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.2]\nmodel=M\nsim=S\ntexture=X\n" + end), IsEmpty());
+    const std::string middle = "] or related path does not exist: ac\\";
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(std::string(path) + " [fltsim.0" + middle + "model.X",
+                            std::string(path) + " [fltsim.1" + middle + "X.air",
+                            std::string(path) + " [fltsim.2" + middle + "texture.X"));
+}
+
+TEST_F(AircraftCfg, aFileIsNoModelAndAFolderNoAirFile) {
+    writeFile("ac/model.file", "");
+    std::filesystem::create_directories("ac/folder.air");
+    const std::string end = "texture=T\ntitle=One\natc_parking_codes=KLM\n";
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nmodel=file\nsim=S\n" + end), IsEmpty());
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nmodel=M\nsim=folder\n" + end), IsEmpty());
+}
+
+TEST_F(AircraftCfg, withoutAValueTheFolderHasNoEnding) {
+    std::filesystem::create_directories("ac/model");
+    std::filesystem::create_directories("ac/texture");
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nmodel=\nsim=S\ntexture=\ntitle=One\natc_parking_codes=KLM"),
+                SizeIs(1));
+}
+
+TEST_F(AircraftCfg, theNamesThatTheWalkSawSpareTheDisk) {
+    writeFile("ac/aircraft.cfg", general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
+    ScannedFile file = scannedFile("ac/aircraft.cfg");
+    EXPECT_THAT(lf_searchLiveriesinFile(1, file, scan_), IsEmpty());
+    file.names = std::make_shared<FolderNames>(FolderNames{{"model.M", "texture.T"}, {"S.air"}});
+    EXPECT_THAT(lf_searchLiveriesinFile(1, file, scan_), SizeIs(1));
+}
+
+TEST_F(AircraftCfg, aSectionWithoutTitleIsReported) {
+    EXPECT_THAT(searchSection("atc_parking_codes=KLM"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections), ElementsAre(std::string(path) + " [fltsim.0] misses title"));
+}
+
+TEST_F(AircraftCfg, aTitleThatMustNotBeUsedIsDroppedWithoutAWord) {
+    scan_.dontUseTitles.insert("One");
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=KLM"), IsEmpty());
+    EXPECT_TRUE(nothingReported());
+}
+
+TEST_F(AircraftCfg, aTitleStandsOnceInAScan) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=KLM"), SizeIs(1));
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=DLH"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(std::string(path) + " [fltsim.0] title 'One' already exists"));
+}
+
+// --- The IVAO form ---
+
+TEST_F(IvaoCfg, theTypeIsInThePathAndTheAirlineInTheTitle) {
+    EXPECT_THAT(
+        searchIvaoSection("title=B738 KLM Royal\natc_id=PH-ABC\natc_parking_types=CARGO\natc_parking_codes=DLH"),
+        ElementsAre(Livery{"KLM", "B738", "B738 KLM Royal", "PH-ABC", 3, false}));
+    EXPECT_TRUE(nothingReported());
+}
+
+TEST_F(IvaoCfg, folderCodesAreShortenedToTypes) {
+    EXPECT_EQ(ivaoModel("B738w"), "B738");
+    EXPECT_EQ(ivaoModel("B744F"), "B744");
+    EXPECT_EQ(ivaoModel("T154M"), "T154");
+    EXPECT_EQ(ivaoModel("T154B2"), "T154");
+    EXPECT_EQ(ivaoModel("GLID_SH"), "GLID");
+    for (const char* code : {"GLID_A13", "GLID_A25", "GLID_KA6", "GLID_KA8", "GLID_L13"}) {
+        EXPECT_EQ(ivaoModel(code), "GLID");
+    }
+    EXPECT_EQ(ivaoModel("A320"), "A320");
+}
+
+TEST_F(IvaoCfg, theFolderCodeTellsTheType) {
+    EXPECT_EQ(searchIvao("x/IVAO_MTL/IVAO_GLID_KA8", section(0, "title=GLID DLH 1")).front().type, "GLID");
+    EXPECT_EQ(searchIvao("x/IVAO_MTL/IVAO_T154B2", section(0, "title=T154 DLH 1")).front().type, "T154");
+    EXPECT_EQ(searchIvao("x/IVAO_MTL/IVAO_A32", section(0, "title=A320 DLH 1")).front().type, "A320");
+    EXPECT_THAT(report(ScanReport::codeFixes),
+                ElementsAre("Model fix: A32 found in x\\IVAO_MTL\\IVAO_A32\\aircraft.cfg changed into A320"));
+}
+
+TEST_F(IvaoCfg, anUnknownOrMissingFolderCodeIsReported) {
+    EXPECT_THAT(searchIvao("x/IVAO_MTL/IVAO_CONC", section(0, "title=CONC KLM")), IsEmpty());
+    EXPECT_THAT(searchIvao("x/ivao_x-csl/B738", section(0, "title=B738 KLM")), IsEmpty());
+    EXPECT_THAT(report(ScanReport::invalidModelCodes),
+                ElementsAre("CONC             in x\\IVAO_MTL\\IVAO_CONC\\aircraft.cfg",
+                            "                 in x\\ivao_x-csl\\B738\\aircraft.cfg"));
+}
+
+TEST_F(IvaoCfg, anUnknownAirlineInTheTitleIsReported) {
+    EXPECT_THAT(searchIvaoSection("title=B738 QQQ"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::invalidAirlineCodes), ElementsAre("QQQ          in " + path_ + " [fltsim.0]"));
+}
+
+TEST_F(IvaoCfg, aGenericLiveryHasNoRegistration) {
+    EXPECT_THAT(searchIvaoSection("title=B738 ZZZ\natc_id=PH-ABC"),
+                ElementsAre(Livery{"ZZZ", "B738", "B738 ZZZ", "", 3, false}));
+}
+
+TEST_F(IvaoCfg, aKnownRegistrationTellsTheAirline) {
+    EXPECT_THAT(searchIvaoSection("title=One\natc_id=PH-BXA"),
+                ElementsAre(Livery{"KLM", "B738", "One", "PH-BXA", 3, false}));
+}
+
+TEST_F(IvaoCfg, withoutAnyAirlineTheTitleIsReported) {
+    EXPECT_THAT(searchIvaoSection("title=One\natc_id=PH-QQQ"), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=Two"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(path_ + " misses airlinecode in title: One, and regcode unknown PH-QQQ",
+                            path_ + " misses airlinecode in title: Two, and no regcode"));
+}
+
+TEST_F(IvaoCfg, aSecondLineOfAKeyDropsTheSection) {
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM\ntitle=B738 KLM"), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM\natc_parking_types=GATE\natc_parking_types=GATE"), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM\natc_id=A\natc_id=B"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(path_ + " [fltsim.0] has more than one title key",
+                            path_ + " [fltsim.0] has more than one atc_parking_types key",
+                            path_ + ", [fltsim.0], has more than one atc_id key"));
+}
+
+TEST_F(IvaoCfg, aSecondLineOfTheParkingCodesIsNoFault) {
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM\natc_parking_codes=A\natc_parking_codes=B"), SizeIs(1));
+}
+
+TEST_F(IvaoCfg, anInvalidRegistrationIsLogged) {
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM\natc_id=PH-*"), SizeIs(1));
+    EXPECT_THAT(log_.lines(), ElementsAre("invalid atc_id=PH-* in " + path_));
+}
+
+TEST_F(IvaoCfg, modelAirAndTextureMustBeThere) {
+    EXPECT_THAT(searchIvao("x/IVAO_MTL/IVAO_B738", "[fltsim.7]\nmodel=X\nsim=S\ntexture=T\ntitle=B738 KLM\n"),
+                IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre("x\\IVAO_MTL\\IVAO_B738\\model.X [fltsim.7] does not exist"));
+}
+
+TEST_F(IvaoCfg, aSectionNeedsATitleThatMayBeUsedAndIsNew) {
+    scan_.dontUseTitles.insert("B738 DLH");
+    EXPECT_THAT(searchIvaoSection("atc_id=PH-BXA"), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=B738 DLH"), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM"), SizeIs(1));
+    EXPECT_THAT(searchIvaoSection("title=B738 KLM"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(path_ + " [fltsim.0] misses title", path_ + " title already exists: B738 KLM"));
+}

@@ -1,0 +1,66 @@
+// tests/liveries/livery_driver_test.cpp
+#include "liveries/livery_driver.h"
+
+#include "core/user_error.h"
+#include "liveries/livery_file.h"
+#include "tests/liveries/scan_test.h"
+
+using testing::IsEmpty;
+
+namespace {
+
+constexpr const char* skipped = "Processing scanned liveries skipped; already done in previous start-up";
+constexpr const char* readLine = "1 liveries read from output\\LiveriesScanned.xml";
+
+class LiveryDriver : public ScanTest {
+public:
+    LiveryDriver() {
+        resetLiveryDriver();
+        makeAircraft("x/ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
+        setFolder(0, "x");
+    }
+    ~LiveryDriver() override { resetLiveryDriver(); }
+    LiveryDriver(const LiveryDriver&) = delete;
+    LiveryDriver& operator=(const LiveryDriver&) = delete;
+
+protected:
+    std::size_t times(const char* line) const {
+        const std::vector<std::string> lines = log_.lines();
+        return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
+    }
+};
+
+} // namespace
+
+TEST_F(LiveryDriver, readsTheFileAndFreesTheList) {
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    EXPECT_EQ(times(readLine), 1);
+    EXPECT_EQ(times(skipped), 0);
+    EXPECT_THAT(Liveries, IsEmpty());
+}
+
+TEST_F(LiveryDriver, aRepeatedStartUpSkips) {
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    gf_processScannedLiveries();
+    EXPECT_EQ(times(readLine), 1);
+    EXPECT_EQ(times(skipped), 1);
+}
+
+TEST_F(LiveryDriver, aNewScanIsProcessed) {
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    EXPECT_EQ(times(readLine), 2);
+    EXPECT_EQ(times(skipped), 0);
+}
+
+TEST_F(LiveryDriver, aFailureIsNoProcessing) {
+    EXPECT_THROW(gf_processScannedLiveries(), kvd::UserErrorException);
+    gf_scanLiveries();
+    takeNewScan();
+    gf_processScannedLiveries();
+    EXPECT_EQ(times(readLine), 1);
+}

@@ -1,0 +1,128 @@
+// tests/liveries/livery_file_test.cpp
+#include "liveries/livery_file.h"
+
+#include <chrono>
+
+#include "core/program_info.h"
+#include "core/program_version.h"
+#include "core/user_error.h"
+#include "platform/clock.h"
+#include "tests/liveries/scan_test.h"
+#include "tests/support/message_of.h"
+
+namespace fs = std::filesystem;
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class LiveryFile : public ScanTest {
+protected:
+    static int readCode() {
+        try {
+            lf_readLiveries();
+        } catch (const kvd::UserErrorException& error) {
+            return error.code();
+        }
+        return 0;
+    }
+    static void writeXml(std::string_view liveries) {
+        writeFile(scannedLiveriesFile, "<root>" + std::string(liveries) + "</root>");
+    }
+};
+
+} // namespace
+
+TEST_F(LiveryFile, holdsTheLiveriesInTheirOrder) {
+    Liveries = {{"KLM", "A320", "One & \"only\"", "PH-ABC", 4, false}, {"DLH", "B744", "Two", "", 1, true}};
+    lf_writeLiveries();
+    const std::string text = readFile(scannedLiveriesFile);
+    const std::size_t liveries = text.find("\t<liveries>");
+    ASSERT_NE(liveries, std::string::npos);
+    EXPECT_EQ(text.substr(liveries),
+              "\t<liveries>\n"
+              "\t\t<liv airl=\"KLM\" type=\"A320\" title=\"One &amp; &quot;only&quot;\" atcid=\"PH-ABC\" />\n"
+              "\t\t<liv airl=\"DLH\" type=\"B744\" cargo=\"true\" title=\"Two\" />\n"
+              "\t</liveries>\n"
+              "</root>\n");
+    EXPECT_THAT(log_.lines(), ElementsAre("2 liveries in output\\LiveriesScanned.xml"));
+}
+
+TEST_F(LiveryFile, beginsWithWhoWroteItAndWhen) {
+    lf_writeLiveries();
+    const std::string text = readFile(scannedLiveriesFile);
+    EXPECT_THAT(text, testing::MatchesRegex("<\\?xml version=\"1.0\"\\?>\n<root>\n\t<meta>\n"
+                                            "\t\t<info name=\"author\" value=\"Tarnwing_P3D\" />\n"
+                                            "\t\t<info name=\"version\" value=\"" +
+                                            versionText(thisVersion) +
+                                            "\" />\n"
+                                            "\t\t<info name=\"date\" value=\"[A-Za-z]* [A-Za-z]* [0-9: ]*\" />\n"
+                                            "\t\t<info name=\"copyright\" value=\".*\" />\n\t</meta>\n(.|\n)*"));
+}
+
+TEST_F(LiveryFile, isReadAsItWasWrittenButForTheFolder) {
+    const std::list<Livery> written{{"KLM", "A320", "Z\xC3\xBCrich\twith a tab", "PH-ABC", 0, false},
+                                    {"PVT", "C172", "<Two>", "", 0, true}};
+    Liveries = written;
+    Liveries.front().scan = 7;
+    lf_writeLiveries();
+    Liveries.clear();
+    lf_readLiveries();
+    EXPECT_EQ(Liveries, written);
+    EXPECT_THAT(log_.lines(), Contains("2 liveries read from output\\LiveriesScanned.xml"));
+}
+
+TEST_F(LiveryFile, doesNotAppearWhenItCannotBeWrittenWhole) {
+    fs::create_directories("output/LiveriesScanned.xml.new/inside");
+    EXPECT_THAT(messageOf(lf_writeLiveries), testing::StartsWith("Error writing file output\\LiveriesScanned.xml: "));
+    EXPECT_FALSE(fs::exists(scannedLiveriesFile));
+}
+
+TEST_F(LiveryFile, leavesNothingBesideItself) {
+    lf_writeLiveries();
+    EXPECT_FALSE(fs::exists("output/LiveriesScanned.xml.new"));
+}
+
+TEST_F(LiveryFile, missingOrUnreadableIsError51) {
+    EXPECT_EQ(readCode(), 51);
+    EXPECT_EQ(messageOf(lf_readLiveries), "File output\\LiveriesScanned.xml not found");
+    writeFile(scannedLiveriesFile, "<root>");
+    EXPECT_EQ(readCode(), 51);
+    fs::remove(scannedLiveriesFile);
+    fs::create_directories(scannedLiveriesFile);
+    EXPECT_EQ(readCode(), 51);
+}
+
+TEST_F(LiveryFile, withoutRootOrLiveriesIsError52) {
+    writeXml("<other/>");
+    EXPECT_EQ(readCode(), 52);
+    EXPECT_EQ(messageOf(lf_readLiveries), "output\\LiveriesScanned.xml does not contain a <liveries> section");
+    writeFile(scannedLiveriesFile, "<other><liveries/></other>");
+    EXPECT_EQ(readCode(), 52);
+}
+
+TEST_F(LiveryFile, aLiveryWithoutARequiredAttributeIsError999) {
+    writeXml("<liveries><liv type='A320' title='One'/></liveries>");
+    EXPECT_EQ(readCode(), 999);
+    EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'airl' in <liv>");
+    writeXml("<liveries><liv airl='KLM' title='One'/></liveries>");
+    EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'type' in <liv>");
+    writeXml("<liveries><liv airl='KLM' type='A320'/></liveries>");
+    EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'title' in <liv>");
+    EXPECT_THAT(Liveries, IsEmpty());
+}
+
+TEST_F(LiveryFile, whatMayBeMissingIsEmptyOrFalse) {
+    writeXml("<liveries><liv airl='KLM' type='A320' title='One'/><liv airl='' type='' title='' cargo='1'/></liveries>");
+    lf_readLiveries();
+    EXPECT_EQ(Liveries, (std::list<Livery>{{"KLM", "A320", "One", "", 0, false}, {"", "", "", "", 0, true}}));
+}
+
+TEST_F(LiveryFile, anEmptySectionIsToldToTheUser) {
+    writeXml("<liveries/>");
+    lf_readLiveries();
+    EXPECT_EQ(shownMessage(), "output\\LiveriesScanned.xml does not contain liveries");
+    EXPECT_THAT(Liveries, IsEmpty());
+}

@@ -1,0 +1,66 @@
+// tests/liveries/posix/folder_walk_test.cpp
+// What only a machine with these names and links can show.
+#include "liveries/folder_walk.h"
+
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "liveries/aircraft_cfg.h"
+#include "tests/liveries/scan_test.h"
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class UnusualFolders : public ScanTest {
+protected:
+    static std::vector<std::string> filesIn(const fs::path& folder) {
+        std::vector<std::string> files;
+        walkFolder(
+            folder, [](std::string_view) { return true; },
+            [&files](const ScannedFile& file) {
+                files.push_back(file.text);
+                return true;
+            });
+        return files;
+    }
+};
+
+} // namespace
+
+TEST_F(UnusualFolders, aLinkThatLoopsIsNotFollowed) {
+    writeFile("x/ac/aircraft.cfg", "");
+    fs::create_directory_symlink("..", "x/ac/loop");
+    EXPECT_THAT(filesIn("x"), ElementsAre("x\\ac\\aircraft.cfg"));
+}
+
+TEST_F(UnusualFolders, aNameThatIsNoTextIsReadAllTheSame) {
+    const fs::path folder = fs::path("x") / "ac\xFF";
+    makeAircraft(folder, general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
+    ASSERT_THAT(filesIn("x"), ElementsAre("x\\ac\xEF\xBF\xBD\\aircraft.cfg"));
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+}
+
+TEST_F(UnusualFolders, aFolderThatCannotBeReadCostsItself) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "to the superuser no folder is closed";
+    }
+    writeFile("x/closed/aircraft.cfg", "");
+    writeFile("x/open/aircraft.cfg", "");
+    fs::permissions("x/closed", fs::perms::none);
+    EXPECT_THAT(filesIn("x"), ElementsAre("x\\open\\aircraft.cfg"));
+    fs::permissions("x/closed", fs::perms::owner_all);
+}
+
+TEST_F(UnusualFolders, aFolderInThePlaceOfAFileCannotBeRead) {
+    fs::create_directories("x/aircraft.cfg");
+    ScanState scan;
+    EXPECT_THAT(lf_searchLiveriesinFile(1, scannedFile("x/aircraft.cfg"), scan), IsEmpty());
+    EXPECT_THAT(log_.lines(), ElementsAre("! Failed reading x\\aircraft.cfg"));
+}

@@ -1,0 +1,127 @@
+// tests/liveries/scan_tasks_test.cpp
+#include "liveries/scan_tasks.h"
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "core/detached_threads.h"
+#include "tests/liveries/scan_test.h"
+#include "tests/support/message_of.h"
+
+using testing::IsEmpty;
+
+namespace {
+
+constexpr std::chrono::milliseconds shortWait{20};
+
+ScanTasks::Task giving(const std::string& title) {
+    return [title] { return std::list<Livery>{{"KLM", "A320", title, "", 1, false}}; };
+}
+
+bool goOn() {
+    return true;
+}
+
+/// A task that waits until it is let go, which its end does at the latest.
+class HeldTask {
+public:
+    HeldTask() = default;
+    ~HeldTask() {
+        letGo();
+        gf_waitForDetachedThreads(std::chrono::seconds(10));
+    }
+    HeldTask(const HeldTask&) = delete;
+    HeldTask& operator=(const HeldTask&) = delete;
+
+    ScanTasks::Task task() {
+        return [hold = hold_.get_future().share()] {
+            hold.wait();
+            return std::list<Livery>{};
+        };
+    }
+    void letGo() {
+        if (!isLetGo_) {
+            isLetGo_ = true;
+            hold_.set_value();
+        }
+    }
+
+private:
+    std::promise<void> hold_;
+    bool isLetGo_ = false;
+};
+
+} // namespace
+
+TEST(ScanTasksThreads, giveTheirListsInTheOrderOfTheirStart) {
+    ScanTasks tasks(3, goOn);
+    std::list<Livery> all;
+    std::vector<std::string> expected;
+    for (int i = 0; i < 200; ++i) {
+        expected.push_back(std::to_string(i));
+        ASSERT_TRUE(tasks.start(giving(expected.back()), all));
+    }
+    EXPECT_TRUE(tasks.collectAll(all));
+    EXPECT_EQ(titlesOf(all), expected);
+}
+
+TEST(ScanTasksThreads, neverMoreOfThemRunThanMay) {
+    constexpr int atMost = 2;
+    std::atomic<int> running = 0;
+    std::atomic<int> most = 0;
+    ScanTasks tasks(atMost, goOn);
+    std::list<Livery> all;
+    for (int i = 0; i < 200; ++i) {
+        tasks.start(
+            [&] {
+                const int now = ++running;
+                int seen = most;
+                while (now > seen && !most.compare_exchange_weak(seen, now)) {
+                }
+                std::this_thread::yield();
+                --running;
+                return std::list<Livery>{};
+            },
+            all);
+    }
+    EXPECT_TRUE(tasks.collectAll(all));
+    EXPECT_LE(most, atMost);
+    EXPECT_GE(most, 1);
+}
+
+TEST(ScanTasksThreads, oneThatTakesTooLongIsGivenUp) {
+    HeldTask held;
+    ScanTasks tasks(1, goOn, shortWait);
+    std::list<Livery> all;
+    ASSERT_TRUE(tasks.start(held.task(), all));
+    EXPECT_EQ(messageOf([&] { tasks.collectAll(all); }), "Future wait timed out after 10 seconds");
+    tasks.abandon();
+    EXPECT_TRUE(tasks.collectAll(all));
+    EXPECT_THAT(all, IsEmpty());
+}
+
+TEST(ScanTasksThreads, aWaitEndsWhenItIsTold) {
+    HeldTask held;
+    bool goesOn = true;
+    ScanTasks tasks(1, [&goesOn] { return goesOn; });
+    std::list<Livery> all;
+    ASSERT_TRUE(tasks.start(held.task(), all));
+    goesOn = false;
+    EXPECT_FALSE(tasks.start(giving("never"), all));
+    EXPECT_FALSE(tasks.collectAll(all));
+    EXPECT_THAT(all, IsEmpty());
+}
+
+TEST(ScanTasksThreads, oneThatOutlivesItsScanEndsByItself) {
+    HeldTask held;
+    std::list<Livery> all;
+    {
+        ScanTasks tasks(1, goOn);
+        ASSERT_TRUE(tasks.start(held.task(), all));
+    }
+    held.letGo();
+    EXPECT_TRUE(gf_waitForDetachedThreads(std::chrono::seconds(10)));
+}
