@@ -31,10 +31,15 @@ void settleStart(SampleStream& stream) {
     }
 }
 
-/// A title that the simulator has refused since is of no use.
+/// A title that the simulator has refused since is of no use, and forgotten.
 void takeRememberedLivery(LiveAircraft& aircraft) {
     const auto remembered = hexidLiveries.find(aircraft.hexid);
-    if (remembered != hexidLiveries.end() && !FailedTitles.contains(remembered->second)) {
+    if (remembered == hexidLiveries.end()) {
+        return;
+    }
+    if (FailedTitles.contains(remembered->second)) {
+        hexidLiveries.erase(remembered);
+    } else {
         aircraft.liveryTitle = remembered->second;
     }
 }
@@ -100,6 +105,9 @@ void spawnLiveAc(LiveAircraft& aircraft) {
     }
     settleStart(aircraft.stream);
     if (aircraft.phase == FlightPhase::birth && !giveBirth(aircraft)) {
+        return;
+    }
+    if (aircraft.dropRecord != 0) {
         return;
     }
     initialState(aircraft);

@@ -68,6 +68,15 @@ TEST_F(Spawning, whatStandsAtItsSecondPositionStandsAtItsFirst) {
     EXPECT_EQ(aircraft.stream[3].gs, 9);
 }
 
+TEST_F(Spawning, whatIsToBeDroppedIsNotCreated) {
+    LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
+    aircraft.dropRecord = 1;
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.lifeState, LifeState::buffer);
+    EXPECT_THAT(addingStack, IsEmpty());
+    EXPECT_THAT(twinCheckQueue, IsEmpty());
+}
+
 TEST_F(Spawning, aShortStreamIsOnlySaid) {
     LiveAircraft& aircraft = buffered(airSample(0, 0, 100));
     spawnLiveAc(aircraft);
@@ -91,6 +100,14 @@ TEST_F(Spawning, aFormerLiveryThatTheSimulatorRefusedIsOfNoUse) {
     spawnLiveAc(aircraft);
     EXPECT_EQ(aircraft.liveryTitle, "Some Livery");
     EXPECT_EQ(hexidLiveries[testHexid], "Some Livery");
+}
+
+TEST_F(Spawning, aFormerLiveryThatTheSimulatorRefusedIsForgottenAlsoWhenThereIsNoOther) {
+    hexidLiveries[testHexid] = "Former Livery";
+    FailedTitles.insert("Former Livery");
+    RegcodeTable.clear();
+    spawnLiveAc(buffered(airSample(0, 0, 100), airSample(1, 0, 1000)));
+    EXPECT_FALSE(hexidLiveries.contains(testHexid));
 }
 
 TEST_F(Spawning, aNewLiveryIsRemembered) {
