@@ -28,6 +28,9 @@ void logFailure(std::string_view function, const std::exception& failure, const 
 }
 
 void removeSaying(LiveAircraft& aircraft, std::string_view reason) {
+    if (aircraft.removeWhenAdded != 0) {
+        return; // it goes already, as soon as its object is there
+    }
     log(fmt::format("          {} goes: {}", longLine(aircraft), reason));
     removeAircraftFromSim(aircraft);
 }

@@ -11,4 +11,5 @@
 void logFailure(std::string_view function, const std::exception& failure, const LiveAircraft& aircraft);
 
 /// removeAircraftFromSim, with the reason in the log: without it nobody could tell why an aircraft was not seen any more.
+/// Nothing for one whose removal only waits for its object.
 void removeSaying(LiveAircraft& aircraft, std::string_view reason);

@@ -91,9 +91,12 @@ bool hasTypeAndAirline(const AircraftRecord& a, const AircraftRecord& b) {
     return a.airline == b.airline && a.model == b.model;
 }
 
+bool isUsableCallsign(std::string_view callsign) {
+    return !callsign.empty() && callsign != noCallsign && callsign.size() <= longestUsableCallsign;
+}
+
 bool hasUsableCallsign(const AircraftRecord& aircraft) {
-    return !aircraft.callsign.empty() && aircraft.callsign != noCallsign &&
-           aircraft.callsign.size() <= longestUsableCallsign;
+    return isUsableCallsign(aircraft.callsign);
 }
 
 std::string aircraftTag(const AircraftRecord& aircraft) {

@@ -84,6 +84,8 @@ void takeGroundPitch(AircraftRecord& aircraft, double radians);
 bool isGhostCallsign(std::string_view callsign);
 /// Whether airline and model are the same texts.
 bool hasTypeAndAirline(const AircraftRecord& a, const AircraftRecord& b);
+/// Neither empty nor the placeholder, and of at most 8 characters.
+bool isUsableCallsign(std::string_view callsign);
 bool hasUsableCallsign(const AircraftRecord& aircraft);
 
 // The printed forms of logs and window.

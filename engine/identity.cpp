@@ -138,7 +138,8 @@ void checkRegistration(LiveAircraft& aircraft, const FeedRecord& record, Change&
     aircraft.registration = record.registration;
 }
 
-/// False for the ghost of an aircraft that is there.
+/// False for the ghost of an aircraft that is there. A call sign that cannot be used tells nothing: made anew, the aircraft
+/// would go by its registration, and be made anew with each record from then on.
 bool checkCallsign(LiveAircraft& aircraft, const FeedRecord& record, Change& change) {
     const bool isNew = differs(aircraft.callsign, record.callsign) && record.callsign != aircraft.registration;
     if (!isNew) {
@@ -146,6 +147,9 @@ bool checkCallsign(LiveAircraft& aircraft, const FeedRecord& record, Change& cha
     }
     if (isGhostCallsign(record.callsign) && hasPlainTwin(record.callsign)) {
         return false;
+    }
+    if (!isUsableCallsign(record.callsign)) {
+        return true;
     }
     aircraft.callsign = record.callsign;
     aircraft.flightCode1 = record.callsign;

@@ -71,9 +71,16 @@ void drive(LiveAircraft& aircraft) {
     appendPosition(aircraft);
 }
 
+/// One that goes at the end of this walk must not make room for itself before.
+void testBuffered(LiveAircraft& aircraft) {
+    if (aircraft.dropRecord == 0) {
+        lf_spawnTest(aircraft);
+    }
+}
+
 void update(LiveAircraft& aircraft) {
     switch (aircraft.lifeState) {
-    case LifeState::buffer: lf_spawnTest(aircraft); break;
+    case LifeState::buffer: testBuffered(aircraft); break;
     case LifeState::adding2sim: checkAnswer(aircraft); break;
     case LifeState::active: drive(aircraft); break;
     case LifeState::liveryrespawn:

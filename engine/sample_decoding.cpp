@@ -146,8 +146,8 @@ void endWaitingOfPair(SampleStream& stream) {
 }
 
 void decodeMoving(LiveAircraft& aircraft, Sample& sample) {
-    if (aircraft.stream.empty() || waitsOnStand(aircraft) || !checkExtendingSituations(aircraft, sample) ||
-        aircraft.stream.empty()) {
+    if (waitsOnStand(aircraft) || aircraft.stream.firstOrLog("decodeExisting") == nullptr ||
+        !checkExtendingSituations(aircraft, sample) || aircraft.stream.empty()) {
         return;
     }
     shortenWaiting(aircraft.stream, sample);

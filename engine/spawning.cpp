@@ -106,6 +106,9 @@ void spawnLiveAc(LiveAircraft& aircraft) {
     if (aircraft.phase == FlightPhase::birth && !giveBirth(aircraft)) {
         return;
     }
+    if (aircraft.dropRecord != 0) {
+        return;
+    }
     initialState(aircraft);
     aircraft.lifeState = LifeState::adding2sim;
     addingStack.push_back(aircraft.hexid);

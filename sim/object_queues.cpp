@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "core/log.h"
+#include "engine/aircraft_tables.h"
 #include "sim/simulator_link.h"
 
 std::deque<CreateRequest> liveCreateQueue;
@@ -32,8 +33,13 @@ bool withdraw(std::deque<CreateRequest>& queue, const AircraftRecord& aircraft) 
     return true;
 }
 
+/// What was not asked for yet need not be: an object would come into being only to be removed.
+bool withdrawFromStack(const AircraftRecord& aircraft) {
+    return std::erase(addingStack, aircraft.hexid) != 0;
+}
+
 void cancelCreation(AircraftRecord& aircraft) {
-    if (withdraw(liveCreateQueue, aircraft) || withdraw(staticCreateQueue, aircraft)) {
+    if (withdrawFromStack(aircraft) || withdraw(liveCreateQueue, aircraft) || withdraw(staticCreateQueue, aircraft)) {
         aircraft.dropRecordQueued = 1;
     } else {
         aircraft.removeWhenAdded = 1;

@@ -255,6 +255,14 @@ TEST_F(Identity, aCallSignThatIsTheRegistrationTellsNothing) {
     EXPECT_EQ(aircraft->callsign, "KLM123");
 }
 
+TEST_F(Identity, aCallSignThatCannotBeUsedTellsNothing) {
+    // It would go by its registration when it is made anew, and be made anew with each record from then on.
+    record.callsign = "KLM123456";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->callsign, "KLM123");
+    EXPECT_FALSE(respawned());
+}
+
 TEST_F(Identity, aGhostOfAnAircraftThatIsThereIsDropped) {
     LiveAircraft& twin = flying();
     twin.callsign = "KLM9";
@@ -266,6 +274,13 @@ TEST_F(Identity, aGhostOfAnAircraftThatIsThereIsDropped) {
     EXPECT_FALSE(check());
     EXPECT_EQ(aircraft->callsign, "KLM9_");
     EXPECT_TRUE(respawned());
+}
+
+TEST_F(Identity, aGhostMayHaveALongerCallSignThanItsRealSelf) {
+    flying().callsign = "KLM12345";
+    record.callsign = "KLM12345_";
+    EXPECT_FALSE(check());
+    EXPECT_EQ(aircraft->callsign, "KLM123");
 }
 
 // Without changes of objects.

@@ -91,6 +91,15 @@ TEST_F(LiveUpdate, aRecordThatIsToBeDroppedIsTold) {
     EXPECT_TRUE(updateLiveAc(aircraft));
 }
 
+TEST_F(LiveUpdate, whatIsToBeDroppedIsNotTestedForItsCreation) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0), airSample(1, 0, 1000));
+    aircraft.lifeState = LifeState::buffer;
+    aircraft.dropRecord = 1;
+    EXPECT_TRUE(updateLiveAc(aircraft));
+    EXPECT_EQ(aircraft.lifeState, LifeState::buffer);
+    EXPECT_THAT(addingStack, IsEmpty());
+}
+
 // Without an answer of the simulator.
 
 TEST_F(LiveUpdate, aCreationWithoutAnswerIsGivenUp30SecondsAfterItsLastSample) {

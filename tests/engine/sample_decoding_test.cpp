@@ -70,6 +70,13 @@ TEST_F(SampleDecoding, anUnbornAircraftWithoutSamplesTakesNone) {
     EXPECT_TRUE(aircraft.stream.empty());
 }
 
+TEST_F(SampleDecoding, aBornAircraftWithoutSamplesOnlySaysSo) {
+    LiveAircraft& aircraft = flying();
+    decodeExisting(aircraft, airSample(1, 0, 1500));
+    EXPECT_TRUE(aircraft.stream.empty());
+    EXPECT_THAT(log.lines(), ElementsAre("decodeExisting empty sz?"));
+}
+
 TEST_F(SampleDecoding, aStreamOf201SamplesEndsTheAircraft) {
     LiveAircraft& aircraft = flying();
     for (int i = 0; i < 200; ++i) {
@@ -80,6 +87,18 @@ TEST_F(SampleDecoding, aStreamOf201SamplesEndsTheAircraft) {
     EXPECT_EQ(aircraft.stream.size(), 201u);
     decodeExisting(aircraft, airSample(201, 0, 20100));
     EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+}
+
+TEST_F(SampleDecoding, aStreamThatIsTooLongWhileTheObjectComesIntoBeingIsSaidOnce) {
+    LiveAircraft& aircraft = flying();
+    aircraft.lifeState = LifeState::adding2sim;
+    for (int i = 0; i < 201; ++i) {
+        give(aircraft, airSample(i, 0, 100 * i));
+    }
+    decodeExisting(aircraft, airSample(201, 0, 20100));
+    decodeExisting(aircraft, airSample(202, 0, 20200));
+    EXPECT_EQ(aircraft.removeWhenAdded, 1);
+    EXPECT_THAT(log.lines(), ElementsAre("                   KLM123   PH-ABC KLM A320 goes: too many positions"));
 }
 
 // Holding.

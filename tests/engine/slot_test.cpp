@@ -114,6 +114,29 @@ TEST_F(Slot, forgetsARequestWhoseAircraftIsGone) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
+TEST_F(Slot, anAircraftThatIsRemovedBeforeItsRequestIsNeverAskedFor) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
+    aircraft.lifeState = LifeState::adding2sim;
+    addingStack = {4711, testHexid};
+    removeAircraftFromSim(aircraft);
+    EXPECT_THAT(addingStack, ElementsAre(4711));
+    slots(1);
+    EXPECT_TRUE(liveTable.empty());
+    EXPECT_THAT(liveCreateQueue, IsEmpty());
+}
+
+TEST_F(Slot, aSingleReportGoes29SecondsLaterWithoutHavingBeenCreated) {
+    feed(20000);
+    slots(1);
+    slotClock = testSlot + 3000 - 100 - 1;
+    slots(1);
+    EXPECT_EQ(liveTable.size(), 1u);
+    slots(1);
+    EXPECT_TRUE(liveTable.empty());
+    EXPECT_THAT(addingStack, IsEmpty());
+    EXPECT_THAT(liveCreateQueue, IsEmpty());
+}
+
 TEST_F(Slot, erasesDroppedRecordsAndKeepsTheOrderOfTheOthers) {
     for (const std::uint32_t hexid : {20001u, 20002u, 20003u, 20004u}) {
         LiveAircraft& aircraft = give(flying(), airSample(0, 0, 500));
@@ -231,6 +254,23 @@ TEST_F(Slot, aBlockedAircraftInTheBufferIsDropped) {
     EXPECT_TRUE(log.contains("         KLM123   PH-ABC will be removed from buffer while blocked"));
 }
 
+TEST_F(Slot, aBlockedAircraftThatIsDueGoesWithoutMakingRoomForItself) {
+    MAX_LIVE_SEL.value = 1;
+    LiveAircraft& farther = give(flying(), airSample(5, 0, 500));
+    farther.hexid = 20001;
+    farther.lat += 1;
+    farther.callsign = "KLM9";
+    LiveAircraft& due = give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
+    due.lifeState = LifeState::buffer;
+    due.objectId = 0;
+    tell(EngineMessageKind::blockAircraft, 0, testHexid);
+    slots(1);
+    ASSERT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(liveTable[0].hexid, 20001u);
+    EXPECT_EQ(liveTable[0].lifeState, LifeState::active);
+    EXPECT_THAT(log.lines(), ElementsAre("         KLM123   PH-ABC will be removed from buffer while blocked"));
+}
+
 TEST_F(Slot, aBlockedActiveAircraftIsRemoved) {
     LiveAircraft& aircraft = flying();
     tell(EngineMessageKind::blockAircraft, 0, testHexid);
@@ -274,11 +314,16 @@ TEST_F(Slot, allAircraftLeave) {
     liveCreateQueue.push_back({.tailNumber = "KLM123", .title = "X", .hexid = 20001});
     LiveAircraft& respawning = flying();
     respawning.lifeState = LifeState::liveryrespawn;
+    LiveAircraft& aboutToBeAskedFor = flying();
+    aboutToBeAskedFor.lifeState = LifeState::adding2sim;
+    aboutToBeAskedFor.hexid = 20002;
+    addingStack.push_back(20002);
     removeAllAircraft();
     ASSERT_EQ(liveTable.size(), 2u);
     EXPECT_EQ(liveTable[0].lifeState, LifeState::removingfromsim);
     EXPECT_EQ(liveTable[1].lifeState, LifeState::removingfromsim);
     EXPECT_TRUE(liveCreateQueue.empty());
+    EXPECT_TRUE(addingStack.empty());
     EXPECT_THAT(removalQueue, SizeIs(1));
 }
 

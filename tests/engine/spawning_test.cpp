@@ -69,6 +69,15 @@ TEST_F(Spawning, whatStandsAtItsSecondPositionStandsAtItsFirst) {
     EXPECT_EQ(aircraft.stream[3].gs, 9);
 }
 
+TEST_F(Spawning, whatIsToBeDroppedIsNotCreated) {
+    LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
+    aircraft.dropRecord = 1;
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.lifeState, LifeState::buffer);
+    EXPECT_THAT(addingStack, IsEmpty());
+    EXPECT_THAT(twinCheckQueue, IsEmpty());
+}
+
 TEST_F(Spawning, aShortStreamIsOnlySaid) {
     LiveAircraft& aircraft = buffered(airSample(0, 0, 100));
     spawnLiveAc(aircraft);

@@ -51,6 +51,15 @@ TEST_F(ObjectQueues, anAircraftInTheBufferIsMarkedForDropping) {
     EXPECT_THAT(removalQueue, IsEmpty());
 }
 
+TEST_F(ObjectQueues, aCreationThatIsNotRequestedYetIsWithdrawn) {
+    LiveAircraft aircraft = aircraftIn(LifeState::adding2sim, 0);
+    addingStack = {1, aircraft.hexid, 2};
+    removeAircraftFromSim(aircraft);
+    EXPECT_EQ(aircraft.dropRecordQueued, 1);
+    EXPECT_EQ(aircraft.removeWhenAdded, 0);
+    EXPECT_THAT(addingStack, ElementsAre(1, 2));
+}
+
 TEST_F(ObjectQueues, aLiveCreationThatStillWaitsIsWithdrawn) {
     LiveAircraft aircraft = aircraftIn(LifeState::adding2sim, 0);
     liveCreateQueue = {requestOf(1), requestOf(aircraft.hexid), requestOf(2)};
