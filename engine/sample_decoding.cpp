@@ -146,8 +146,7 @@ void endWaitingOfPair(SampleStream& stream) {
 }
 
 void decodeMoving(LiveAircraft& aircraft, Sample& sample) {
-    if (aircraft.stream.empty() || waitsOnStand(aircraft) || !checkExtendingSituations(aircraft, sample) ||
-        aircraft.stream.empty()) {
+    if (waitsOnStand(aircraft) || !checkExtendingSituations(aircraft, sample)) {
         return;
     }
     shortenWaiting(aircraft.stream, sample);

@@ -341,6 +341,15 @@ TEST_F(AfterAGap, onTheGroundItEndsTheHoldingToo) {
     EXPECT_EQ(aircraft.stream[0].slot, testSlot + 1);
 }
 
+TEST_F(AfterAGap, anAircraftWithoutSamplesTakesNoneAndSaysSo) {
+    LiveAircraft& aircraft = flying();
+    aircraft.extensions = 5;
+    decodeExisting(aircraft, airSample(1, 0, 3000));
+    EXPECT_TRUE(aircraft.stream.empty());
+    EXPECT_EQ(aircraft.extensions, 5);
+    EXPECT_TRUE(log.contains("checkExtendingSituations empty sz?"));
+}
+
 TEST_F(AfterAGap, whatTheFilterDropsEndsNothing) {
     LiveAircraft& aircraft = extended(give(flying(), airSample(0.5, 0, 800)));
     Sample same = airSample(0.5, 0, 3000);
