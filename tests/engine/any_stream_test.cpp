@@ -30,10 +30,10 @@ constexpr double slotsPerMinute = 6000;
 /// What one slot may change.
 struct Attitude {
     LatLon at;
-    double alt;
-    double pitch;
-    double bank;
-    double heading;
+    double alt = 0;
+    double pitch = 0;
+    double bank = 0;
+    double heading = 0;
 };
 
 class AnyStream : public EngineTest {
