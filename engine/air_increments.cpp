@@ -94,7 +94,7 @@ void descendToGround(LiveAircraft& aircraft) {
 }
 
 /// The element before this one becomes the next target, if it is airborne. The leg is another one then, so its way is
-/// planned anew.
+/// planned anew, and whatever it was against the sample before it, the new target is flown to.
 bool skipToAirborne(LiveAircraft& aircraft, std::size_t index) {
     SampleStream& stream = aircraft.stream;
     if (stream.size() < index || stream[index - 1].airborne == 0) {
@@ -103,6 +103,7 @@ bool skipToAirborne(LiveAircraft& aircraft, std::size_t index) {
     for (std::size_t i = index - 1; i > 1; --i) {
         stream.erase(1);
     }
+    stream[1].stationary = 0;
     limitToWindow(aircraft, slotsForWay(stream[0], stream[1], averageSpeed(stream[0], stream[1])));
     planWay(aircraft);
     aircraft.dAlt = climbStep(aircraft);
@@ -129,8 +130,10 @@ void flyOverGround(LiveAircraft& aircraft) {
             return;
         }
     }
-    moveAt(aircraft, std::max(aircraft.stream[1].vs, leastClimbFpm));
-    aircraft.dAlt = std::min(aircraft.dAlt, aircraft.maxClimbPerSlot);
+    Sample& to = aircraft.stream[1];
+    to.vs = std::max(to.vs, leastClimbFpm);
+    // A wild report shoots nothing up.
+    aircraft.dAlt = std::min(to.vs / slotsPerMinute, aircraft.maxClimbPerSlot);
 }
 
 void planAltitude(LiveAircraft& aircraft) {

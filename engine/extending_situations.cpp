@@ -20,14 +20,14 @@ bool liesBehind(const LiveAircraft& aircraft, const Sample& sample) {
 } // namespace
 
 bool checkExtendingSituations(LiveAircraft& aircraft, Sample& sample) {
-    if (!positionFilter(aircraft, sample)) {
+    Sample* head = aircraft.stream.firstOrLog("checkExtendingSituations");
+    if (head == nullptr || !positionFilter(aircraft, sample)) {
         return false;
     }
     if (aircraft.extensions <= 0) {
         return true;
     }
-    Sample* head = aircraft.stream.firstOrLog("checkExtendingSituations");
-    if (head == nullptr || (aircraft.onGround == 0 && liesBehind(aircraft, sample))) {
+    if (aircraft.onGround == 0 && liesBehind(aircraft, sample)) {
         return false;
     }
     endExtension(aircraft);

@@ -146,8 +146,7 @@ void endWaitingOfPair(SampleStream& stream) {
 }
 
 void decodeMoving(LiveAircraft& aircraft, Sample& sample) {
-    if (waitsOnStand(aircraft) || aircraft.stream.firstOrLog("decodeExisting") == nullptr ||
-        !checkExtendingSituations(aircraft, sample) || aircraft.stream.empty()) {
+    if (waitsOnStand(aircraft) || !checkExtendingSituations(aircraft, sample)) {
         return;
     }
     shortenWaiting(aircraft.stream, sample);

@@ -146,6 +146,19 @@ TEST_F(AirIncrements, aLowPassIsFlownOn) {
     EXPECT_TRUE(setsGearDown());
 }
 
+TEST_F(AirIncrements, aLowPassKeepsTheVerticalSpeedOfItsReport) {
+    plan(withVs(groundSample(0, 0, 0), 200), withVs(groundSample(1, 0, 1000), 300));
+    EXPECT_EQ(aircraft->vsFpm, 300);
+    EXPECT_EQ(aircraft->stream[1].vs, 601);
+}
+
+TEST_F(AirIncrements, aLowPassClimbsAsReportedUpToTheCategorysLimit) {
+    plan(withVs(groundSample(0, 0, 0), 0), withVs(groundSample(1, 0, 1000), 1200));
+    EXPECT_DOUBLE_EQ(aircraft->dAlt, 0.2);
+    aircraft->stream[1].vs = 20000;
+    EXPECT_DOUBLE_EQ(replan().dAlt, 0.6);
+}
+
 TEST_F(AirIncrements, aLandingIsNeverALowPass) {
     aircraft->landing = 1;
     plan(withVs(groundSample(0, 0, 0), 500), withVs(groundSample(1, 0, 1000), 500));
@@ -164,6 +177,20 @@ TEST_F(AirIncrements, aLowPassGoesStraightToTheNextAirborneSample) {
     EXPECT_NEAR(aircraft->dAlt, 0.1, 1e-3);
     EXPECT_NEAR(aircraft->lat + aircraft->dLat * legSlots(*aircraft), aircraft->stream[1].lat, 1e-9);
     EXPECT_TRUE(setsGearDown());
+}
+
+/// A Rotorcraft reports that it hovers where it was in a sample that is passed over.
+TEST_F(AirIncrements, whereALowPassGoesStraightToIsFlownTo) {
+    LiveAircraft& helicopter = flying("EC35");
+    Sample hovers = airSample(0.4, 0, 600, 100, 50);
+    hovers.stationary = 1;
+    give(helicopter, withVs(groundSample(0, 0, 0, 50), 600), airSample(0.4, 0, 300, 100, 50), hovers,
+         airSample(1, 0, 1440, 144));
+    helicopter.stream[1].airborne = 0;
+    airIncrements(helicopter);
+    ASSERT_EQ(helicopter.stream.size(), 3u);
+    EXPECT_DOUBLE_EQ(helicopter.stream[1].lat, hovers.lat);
+    EXPECT_EQ(helicopter.stream[1].stationary, 0);
 }
 
 TEST_F(AirIncrements, aRunningFlareKeepsItsHeight) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "core/geography.h"
@@ -23,34 +24,36 @@ inline double metresBetween(const LatLon& a, const LatLon& b) {
     return greatCircleNm(a, b) * metersPerNm;
 }
 
-/// How far a position lies beside a line of points, metres. It looks near the place where the last position was, so positions
-/// are to be given in the order in which they were flown.
+/// A point of a track, and when it is passed.
+struct TrackPoint {
+    LatLon at;
+    double seconds = 0;
+};
+
+/// How far a position lies beside a track, metres. Only that part of the track is looked at which is flown at about that time,
+/// for a track may cross itself. Positions are to be given in the order in which they were flown.
 class CrossTrack {
 public:
-    explicit CrossTrack(std::vector<LatLon> points) : points_(std::move(points)) {}
+    /// So many seconds a flight may be before or behind the times of its track.
+    explicit CrossTrack(std::vector<TrackPoint> points, double reachSeconds)
+        : points_(std::move(points)), reachSeconds_(reachSeconds) {}
 
-    double metres(const LatLon& position) {
-        double best = 1e12;
-        std::size_t bestLeg = leg_;
-        const std::size_t first = leg_ > reach ? leg_ - reach : 0;
-        const std::size_t last = isFirst_ ? points_.size() : leg_ + reach;
-        for (std::size_t i = first; i + 1 < points_.size() && i <= last; ++i) {
-            if (const double distance = metresFromLeg(i, position); distance < best) {
-                best = distance;
-                bestLeg = i;
-            }
+    /// The track has at least one point.
+    double metres(const LatLon& position, double seconds) {
+        while (first_ + 2 < points_.size() && points_[first_ + 1].seconds < seconds - reachSeconds_) {
+            ++first_;
         }
-        leg_ = bestLeg;
-        isFirst_ = false;
+        double best = metresBetween(points_[first_].at, position);
+        for (std::size_t i = first_; i + 1 < points_.size() && points_[i].seconds <= seconds + reachSeconds_; ++i) {
+            best = std::min(best, metresFromLeg(i, position));
+        }
         return best;
     }
 
 private:
-    static constexpr std::size_t reach = 12;
-
     double metresFromLeg(std::size_t leg, const LatLon& position) const {
-        const LatLon& a = points_[leg];
-        const LatLon& b = points_[leg + 1];
+        const LatLon& a = points_[leg].at;
+        const LatLon& b = points_[leg + 1].at;
         const double eastPerDegree = metersPerDegreeLatitude * std::cos(a.lat * radiansPerDegree);
         const double bx = longitudeDifference(b.lon, a.lon) * eastPerDegree;
         const double by = (b.lat - a.lat) * metersPerDegreeLatitude;
@@ -61,9 +64,9 @@ private:
         return std::hypot(px - share * bx, py - share * by);
     }
 
-    std::vector<LatLon> points_;
-    std::size_t leg_ = 0;
-    bool isFirst_ = true;
+    std::vector<TrackPoint> points_;
+    double reachSeconds_;
+    std::size_t first_ = 0; // of the legs in reach
 };
 
 /// The value that this share of them does not exceed; 0 of none.
@@ -73,6 +76,12 @@ inline double atShare(std::vector<double> values, double share) {
     }
     std::sort(values.begin(), values.end());
     return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
+}
+
+/// When the real aircraft was where the flown one is at that slot: it flies 30 seconds behind. Seconds from the slot at which
+/// the feed began.
+inline double secondsInFeed(std::int32_t slot, std::int32_t firstSlot) {
+    return (slot - firstSlot) * secondsPerSlot - 30;
 }
 
 /// A slot that moves the aircraft more than three times as far as its speed does, and visibly.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -22,6 +23,7 @@ namespace {
 
 constexpr double mostCrossTrackMetres = 15;
 constexpr double leastMovingMetresPerSecond = 20;
+constexpr double mostDelaySeconds = 60; ///< against the times of the recording
 
 std::vector<std::string> fieldsOf(const std::string& line) {
     std::vector<std::string> fields{""};
@@ -83,23 +85,73 @@ std::optional<FeedRecord> recordOfJson(const nlohmann::json& row) {
     return record;
 }
 
+/// A row of a receiver network's trace: seconds, position, height, speed, track, flags, vertical speed, more.
+std::optional<FeedRecord> recordOfTrace(const nlohmann::json& row) {
+    for (const std::size_t i : {1, 2, 3, 4, 5, 7}) {
+        if (!row.at(i).is_number()) {
+            return std::nullopt;
+        }
+    }
+    FeedRecord record;
+    record.hexid = 0xac671b;
+    record.sample.lat = row.at(1);
+    record.sample.lon = row.at(2);
+    record.sample.alt = row.at(3);
+    record.sample.gs = record.sample.tas = row.at(4);
+    record.sample.track = row.at(5);
+    record.sample.vs = row.at(7);
+    record.sample.airborne = record.sample.alt > 0 ? 1 : 0;
+    if (const nlohmann::json& more = row.at(8); more.is_object()) {
+        if (more.contains("roll")) {
+            record.sample.roll = -more["roll"].get<double>() * radiansPerDegree;
+        }
+        if (more.contains("true_heading")) {
+            record.sample.heading = more["true_heading"].get<double>() * radiansPerDegree;
+            record.sample.hasHeading = 1;
+        }
+    }
+    record.callsign = "DAL1812";
+    record.registration = "N899DN";
+    record.type = "A320";
+    record.feedTime = row.at(0);
+    return record;
+}
+
+/// Where the aircraft is in relation to its samples.
+enum class Course { onTrack, madeUp, wayBack };
+
 /// What one aircraft has flown so far.
 struct Flight {
-    std::vector<LatLon> recorded;
+    std::string registration;
+    std::vector<TrackPoint> recorded;
     std::unique_ptr<CrossTrack> crossTrack;
     std::optional<PositionUpdate> last;
     std::int32_t lastSlot = 0;
+    Course course = Course::onTrack;
+    LatLon target;
+    int created = 0;
 };
 
 struct Figures {
-    std::vector<double> crossTrack; ///< metres, ten times a second
-    double worstStep = 0;           ///< metres
-    double worstStepShare = 0;      ///< against the speed
+    std::vector<double> crossTrack;  ///< metres, ten times a second
+    std::vector<double> wayBack;     ///< the same on the way to the first sample after a gap in the feed
+    std::vector<double> headingRate; ///< degrees per second, ten times a second
+    double worstStep = 0;            ///< metres
+    double worstStepShare = 0;       ///< against the speed
     double mostBankDeg = 0;
+    double mostBankShare = 0; ///< against what the category banks
     double mostPitchDeg = 0;
+    double mostPitchRateShare = 0; ///< against the category's rate
+    double mostBankRateShare = 0;
     int jumps = 0;
     int unsound = 0;
+    std::size_t silentLosses = 0;          ///< objects that went without a line in the log
+    std::map<std::string, int> neverShown; ///< aircraft by what the log says about them
 };
+
+/// What the log says of aircraft that went after they had been created.
+constexpr std::array<const char*, 4> reasonsToGo{"no positions any more", "too many positions",
+                                                 "it held here, and has moved on", "it makes room for a nearer one"};
 
 class RecordedFlights : public EngineTest {
 protected:
@@ -120,9 +172,11 @@ protected:
             }
             RegcodeTable[record.registration] = "Some Livery";
             gAllTypes.insert(record.type);
-            std::vector<LatLon>& recorded = flights[record.hexid].recorded;
-            if (const LatLon at{record.sample.lat, record.sample.lon}; recorded.empty() || recorded.back() != at) {
-                recorded.push_back(at);
+            Flight& flight = flights[record.hexid];
+            flight.registration = record.registration;
+            const LatLon at{record.sample.lat, record.sample.lon};
+            if (flight.recorded.empty() || flight.recorded.back().at != at) {
+                flight.recorded.push_back({at, record.feedTime - records.front().feedTime});
             }
         }
         gUserState.lat = records.front().sample.lat;
@@ -138,28 +192,67 @@ protected:
             }
             world.slot();
         }
+        for (const auto& [objectId, hexid] : world.objects()) {
+            ++flights[hexid].created;
+        }
+        countLosses();
         print(title, records.size(), world.created());
     }
 
+    /// Holds what was created and is not there any more against what the log says.
+    void countLosses() {
+        const std::vector<std::string> lines = log.lines();
+        for (const auto& [hexid, flight] : flights) {
+            const std::vector<std::string> reasons = reasonsFor(flight, lines);
+            const auto told =
+                static_cast<std::size_t>(std::count_if(reasons.begin(), reasons.end(), [](const auto& reason) {
+                    return std::find(reasonsToGo.begin(), reasonsToGo.end(), reason) != reasonsToGo.end();
+                }));
+            const auto gone = static_cast<std::size_t>(flight.created - (findLiveByHexid(hexid) != nullptr ? 1 : 0));
+            figures.silentLosses += flight.created > 0 && gone > told ? gone - told : 0;
+            if (flight.created == 0) {
+                ++figures.neverShown[reasons.empty() ? "no word" : reasons.back()];
+            }
+        }
+    }
+
+    static std::vector<std::string> reasonsFor(const Flight& flight, const std::vector<std::string>& lines) {
+        static constexpr std::string_view goes = " goes: ";
+        std::vector<std::string> reasons;
+        for (const std::string& line : lines) {
+            const std::size_t at = line.find(goes);
+            if (at != std::string::npos && line.find(" " + flight.registration + " ") < at) {
+                reasons.push_back(line.substr(at + goes.size()));
+            }
+        }
+        return reasons;
+    }
+
     void watch(std::uint32_t hexid, const PositionUpdate& at) {
-        const LiveAircraft* aircraft = findLiveByHexid(hexid);
+        const LiveAircraft* found = findLiveByHexid(hexid);
+        if (found == nullptr) {
+            ++figures.unsound; // a position of an aircraft that does not exist
+            return;
+        }
+        const LiveAircraft& aircraft = *found;
         Flight& flight = flights[hexid];
         if (!std::isfinite(at.lat + at.lon + at.alt + at.pitch + at.bank + at.heading + at.vsFps + at.tas)) {
             ++figures.unsound;
         }
+        const CategoryLimits& limits = limitsOf(aircraft.category);
         if (flight.last && flight.lastSlot == slotClock - 1) {
             watchStep(*flight.last, at);
+            watchAttitude(*flight.last, at, limits);
         }
         flight.last = at;
         flight.lastSlot = slotClock;
-        figures.mostBankDeg = std::max(figures.mostBankDeg, std::abs(at.bank) * degreesPerRadian);
+        const double bankDeg = std::abs(at.bank) * degreesPerRadian;
+        figures.mostBankDeg = std::max(figures.mostBankDeg, bankDeg);
+        figures.mostBankShare = std::max(figures.mostBankShare, bankDeg / limits.maxBankDeg);
         figures.mostPitchDeg = std::max(figures.mostPitchDeg, std::abs(at.pitch) * degreesPerRadian);
-        // What is made up beyond the recording has nothing to be compared with.
-        if (slotClock % 10 == 0 && aircraft != nullptr && aircraft->extensions == 0) {
-            if (!flight.crossTrack) {
-                flight.crossTrack = std::make_unique<CrossTrack>(flight.recorded);
-            }
-            figures.crossTrack.push_back(flight.crossTrack->metres({at.lat, at.lon}));
+        watchCourse(flight, aircraft);
+        if (slotClock % 10 == 0) {
+            compareWithRecording(flight, {at.lat, at.lon});
         }
     }
 
@@ -171,20 +264,76 @@ protected:
         figures.jumps += isJump(step, speed) ? 1 : 0;
     }
 
+    void watchAttitude(const PositionUpdate& before, const PositionUpdate& now, const CategoryLimits& limits) {
+        const auto share = [](double turnRad, double limitDeg) {
+            return std::abs(turnRad) * degreesPerRadian / limitDeg;
+        };
+        figures.mostPitchRateShare =
+            std::max(figures.mostPitchRateShare, share(now.pitch - before.pitch, limits.maxPitchRateDeg));
+        figures.mostBankRateShare =
+            std::max(figures.mostBankRateShare, share(now.bank - before.bank, limits.maxBankRateDeg));
+        if (slotClock % 10 == 0) {
+            figures.headingRate.push_back(share(headingDifference(now.heading, before.heading), secondsPerSlot));
+        }
+    }
+
+    /// Behind what was made up, the next target is the first sample after the gap; when that is left, all is as before.
+    static void watchCourse(Flight& flight, const LiveAircraft& aircraft) {
+        const LatLon target = positionOf(aircraft.stream[0]);
+        if (aircraft.extensions != 0) {
+            flight.course = Course::madeUp;
+        } else if (target != flight.target && flight.course != Course::onTrack) {
+            flight.course = flight.course == Course::madeUp ? Course::wayBack : Course::onTrack;
+        }
+        flight.target = target;
+    }
+
+    void compareWithRecording(Flight& flight, const LatLon& at) {
+        // What is made up beyond the recording has nothing to be compared with.
+        if (flight.course == Course::madeUp) {
+            return;
+        }
+        if (!flight.crossTrack) {
+            flight.crossTrack = std::make_unique<CrossTrack>(flight.recorded, mostDelaySeconds);
+        }
+        std::vector<double>& beside = flight.course == Course::onTrack ? figures.crossTrack : figures.wayBack;
+        beside.push_back(flight.crossTrack->metres(at, secondsInFeed(slotClock, testSlot)));
+    }
+
     void print(const std::string& title, std::size_t records, std::size_t created) const {
-        std::cout << fmt::format("{}: {} records, {} of {} aircraft created\n"
-                                 "    cross-track median {:.1f} m, 95th {:.1f} m, worst {:.0f} m\n"
-                                 "    worst step {:.2f} m, {:.2f} times the speed, {} jumps; bank up to {:.1f}, pitch "
-                                 "up to {:.1f} degrees\n",
-                                 title, records, created, flights.size(), atShare(figures.crossTrack, 0.5),
-                                 atShare(figures.crossTrack, 0.95), atShare(figures.crossTrack, 1), figures.worstStep,
-                                 figures.worstStepShare, figures.jumps, figures.mostBankDeg, figures.mostPitchDeg);
+        std::cout << fmt::format("{}: {} records of {} aircraft, {} objects created\n"
+                                 "    cross-track median {:.1f} m, 95th {:.1f} m, worst {:.0f} m; on the way back "
+                                 "after a gap, {:.1f}% of the "
+                                 "time, median {:.0f} m, worst {:.0f} m\n"
+                                 "    worst step {:.2f} m, {:.2f} times the speed, {} jumps; heading rate 95th {:.2f}, "
+                                 "worst {:.1f} degrees a "
+                                 "second\n"
+                                 "    bank up to {:.1f} degrees, {:.2f} of the category's, its rate up to {:.2f}; "
+                                 "pitch up to {:.1f} degrees, "
+                                 "its rate up to {:.2f} of the category's\n"
+                                 "    {} values unsound; {} objects lost without a line in the log\n",
+                                 title, records, flights.size(), created, atShare(figures.crossTrack, 0.5),
+                                 atShare(figures.crossTrack, 0.95), atShare(figures.crossTrack, 1),
+                                 100.0 * static_cast<double>(figures.wayBack.size()) /
+                                     static_cast<double>(figures.crossTrack.size() + figures.wayBack.size() + 1),
+                                 atShare(figures.wayBack, 0.5), atShare(figures.wayBack, 1), figures.worstStep,
+                                 figures.worstStepShare, figures.jumps, atShare(figures.headingRate, 0.95),
+                                 atShare(figures.headingRate, 1), figures.mostBankDeg, figures.mostBankShare,
+                                 figures.mostBankRateShare, figures.mostPitchDeg, figures.mostPitchRateShare,
+                                 figures.unsound, figures.silentLosses);
+        for (const auto& [reason, count] : figures.neverShown) {
+            std::cout << fmt::format("    {} aircraft never shown: {}\n", count, reason);
+        }
     }
 
     void expectRealism() const {
+        ASSERT_FALSE(figures.crossTrack.empty());
         EXPECT_LT(atShare(figures.crossTrack, 0.95), mostCrossTrackMetres);
         EXPECT_EQ(figures.jumps, 0);
         EXPECT_EQ(figures.unsound, 0);
+        EXPECT_EQ(figures.silentLosses, 0u);
+        EXPECT_LE(figures.mostBankShare, 1 + 1e-9);
+        EXPECT_LE(figures.mostPitchRateShare, 1 + 1e-6);
         EXPECT_LE(figures.mostPitchDeg, 20);
     }
 
@@ -237,6 +386,43 @@ TEST_F(RecordedFlights, twoHoursOverSwitzerland) {
         }
     }
     play("Switzerland", std::move(records));
+    expectRealism();
+}
+
+TEST_F(RecordedFlights, finalApproachesToZurich) {
+    const std::string text = recordedText("lszh_ground_2019.json.gz");
+    if (text.empty()) {
+        GTEST_SKIP() << "no such recording on this machine";
+    }
+    // They were recorded on several days; here they fly at the same time, side by side in their own places.
+    std::map<std::uint32_t, double> begins;
+    std::vector<FeedRecord> records;
+    for (const nlohmann::json& row : nlohmann::json::parse(text)) {
+        std::optional<FeedRecord> record = recordOfJson(row);
+        if (record && !row.value("onground", true)) {
+            record->feedTime -= begins.try_emplace(record->hexid, record->feedTime).first->second;
+            records.push_back(std::move(*record));
+        }
+    }
+    play("Zurich, airborne", std::move(records));
+    expectRealism();
+}
+
+/// With the reports of roll and heading that the other recordings lack.
+TEST_F(RecordedFlights, anAirlinersFlight) {
+    const std::string text = recordedText("n899dn_b739_trace.json.gz");
+    if (text.empty()) {
+        GTEST_SKIP() << "no such recording on this machine";
+    }
+    const nlohmann::json trace = nlohmann::json::parse(text);
+    std::vector<FeedRecord> records;
+    for (const nlohmann::json& row : trace["trace"]) {
+        std::optional<FeedRecord> record = recordOfTrace(row);
+        if (record && record->feedTime >= 5000 && record->feedTime < 15000) {
+            records.push_back(std::move(*record));
+        }
+    }
+    play("An airliner", std::move(records));
     expectRealism();
 }
 

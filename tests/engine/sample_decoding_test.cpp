@@ -74,7 +74,7 @@ TEST_F(SampleDecoding, aBornAircraftWithoutSamplesOnlySaysSo) {
     LiveAircraft& aircraft = flying();
     decodeExisting(aircraft, airSample(1, 0, 1500));
     EXPECT_TRUE(aircraft.stream.empty());
-    EXPECT_THAT(log.lines(), ElementsAre("decodeExisting empty sz?"));
+    EXPECT_THAT(log.lines(), ElementsAre("checkExtendingSituations empty sz?"));
 }
 
 TEST_F(SampleDecoding, aStreamOf201SamplesEndsTheAircraft) {
@@ -358,6 +358,15 @@ TEST_F(AfterAGap, onTheGroundItEndsTheHoldingToo) {
     EXPECT_EQ(aircraft.holding, 0);
     EXPECT_EQ(aircraft.holdStartSlot, 0);
     EXPECT_EQ(aircraft.stream[0].slot, testSlot + 1);
+}
+
+TEST_F(AfterAGap, anAircraftWithoutSamplesTakesNoneAndSaysSo) {
+    LiveAircraft& aircraft = flying();
+    aircraft.extensions = 5;
+    decodeExisting(aircraft, airSample(1, 0, 3000));
+    EXPECT_TRUE(aircraft.stream.empty());
+    EXPECT_EQ(aircraft.extensions, 5);
+    EXPECT_TRUE(log.contains("checkExtendingSituations empty sz?"));
 }
 
 TEST_F(AfterAGap, whatTheFilterDropsEndsNothing) {

@@ -43,6 +43,7 @@ struct FlightFigures {
 class ScriptedFlights : public EngineTest {
 protected:
     static constexpr double knots = 250;
+    static constexpr double mostDelaySeconds = 40; ///< against the times of the track
     static constexpr double metresPerSecond = knots * metersPerNm / 3600;
 
     ScriptedFlights() { gRadiusNm = 100; }
@@ -121,15 +122,15 @@ protected:
     }
 
     void measure(const Track& track, double lastReport) {
-        std::vector<LatLon> line;
-        for (double seconds = 0; seconds <= lastReport + 70; seconds += 0.25) {
-            line.push_back(track(seconds).at);
+        std::vector<TrackPoint> line;
+        for (double seconds = 0; seconds <= lastReport + 70; seconds += 0.5) {
+            line.push_back({track(seconds).at, seconds});
         }
         const double end = testSlot + (lastReport + 30) * slotsPerSecond;
         std::vector<double> beside;
         double bankSum = 0;
         for (const auto& [hexid, slots] : world.flown()) {
-            CrossTrack crossTrack(line);
+            CrossTrack crossTrack(line, mostDelaySeconds);
             for (std::size_t i = 1; i < slots.size() && slots[i].slot < end; ++i) {
                 const PositionUpdate& before = slots[i - 1].at;
                 const PositionUpdate& now = slots[i].at;
@@ -140,7 +141,9 @@ protected:
                 figures.mostPitchStepDeg =
                     std::max(figures.mostPitchStepDeg, std::abs(now.pitch - before.pitch) * degreesPerRadian);
                 bankSum += now.bank * degreesPerRadian;
-                beside.push_back(crossTrack.metres({now.lat, now.lon}));
+                if (i % 10 == 0) {
+                    beside.push_back(crossTrack.metres({now.lat, now.lon}, secondsInFeed(slots[i].slot, testSlot)));
+                }
                 ++figures.slots;
                 compareWithTruth(track, now);
             }
