@@ -1,5 +1,6 @@
 // tests/tools/tools_test.cpp
 #include <gmock/gmock.h>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -31,7 +32,6 @@
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace fs = std::filesystem;
 
@@ -375,7 +375,8 @@ TEST_F(Tools, publishingGivesNoVersionToADataFileThatTheServerDoesNotHave) {
     publishDownloads("xml", {1, 0, 0}, "served", gf_dataKey());
     const auto keys = [] {
         std::vector<std::string> names;
-        for (const auto& [key, version] : *parseWebVersions(readFile("served/downloads/versions.json"))) {
+        const auto versions = parseWebVersions(readFile("served/downloads/versions.json"));
+        for (const auto& [key, version] : versions.value()) {
             names.push_back(key);
         }
         return names;
@@ -454,7 +455,7 @@ std::vector<std::string> knownWorld(const fs::path& referenceXml) {
         }
     }
     for (const auto& [wrong, right] : std::map<std::string, std::string>(gFixes.begin(), gFixes.end())) {
-        lines.push_back(wrong + " " + right);
+        lines.push_back(fmt::format("{} {}", wrong, right));
     }
     for (const ThirdParty& party : gThirdParties) {
         lines.push_back(fmt::format("{} {}", party.pub, fmt::join(party.arpts, ",")));

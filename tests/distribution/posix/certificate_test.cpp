@@ -61,6 +61,7 @@ public:
     explicit SecureServer(const std::string& certifiedAddress)
         : certificate_(selfSigned(key_.get(), certifiedAddress)), server_(certificate_.get(), key_.get()) {
         writeCertificate("certificate.pem", certificate_.get());
+        server_.set_keep_alive_max_count(1);
         server_.Get("/a",
                     [](const httplib::Request&, httplib::Response& response) { response.set_content("new", "a/b"); });
         port_ = server_.bind_to_any_port(host);
