@@ -129,18 +129,23 @@ bool carryOut(const VersionRule& rule) {
     }
 }
 
-void bringUpToDate(const VersionRule& rule, const WebVersions& web) {
-    const auto found = web.find(rule.key);
+/// Nothing, with a log line, when the server tells no such version.
+std::optional<ProgramVersion> webVersion(const WebVersions& web, const char* key) {
+    const auto found = web.find(key);
     if (found == web.end()) {
-        log(fmt::format("{} version not found", rule.key));
-        return;
+        log(fmt::format("{} version not found", key));
+        return std::nullopt;
     }
-    if (found->second <= installedVersion(rule) && !isMissing(rule)) {
+    return found->second;
+}
+
+void bringUpToDate(const VersionRule& rule, const ProgramVersion& web) {
+    if (web <= installedVersion(rule) && !isMissing(rule)) {
         log(fmt::format("{} version up-to-date", rule.key));
         return;
     }
     if (carryOut(rule)) {
-        const std::string version = versionText(found->second);
+        const std::string version = versionText(web);
         rule.installed.setValue(version);
         saveParameter(rule.installed);
         log(fmt::format("{} updated to {}", rule.key, version));
@@ -152,9 +157,14 @@ void bringAllUpToDate() {
         logNoVersionInfo();
         return;
     }
-    if (const auto web = readVersionFile()) {
-        for (const VersionRule& rule : versionRules) {
-            bringUpToDate(rule, *web);
+    const auto web = readVersionFile();
+    if (!web) {
+        return;
+    }
+    webVersion(*web, "p3d"); // the program itself stands first; missing, it is named like the others
+    for (const VersionRule& rule : versionRules) {
+        if (const auto version = webVersion(*web, rule.key)) {
+            bringUpToDate(rule, *version);
         }
     }
 }

@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string text(reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 100));
     gf_findPublisher(text);
-    gf_publisherFromFileName(text);
+    gf_publisherFromFileName(text, [](std::string_view) {});
     gf_wingspanOfType(text);
     if (const auto reg = gf_findRegcodeInText(text)) {
         require(reg->size() < 6 && text.find(*reg) != std::string::npos);

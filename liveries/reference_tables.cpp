@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 
+#include <fmt/format.h>
+
 TypeSet gAllTypes;
 TypeSet gCargoTypes;
 TypeSet gIcaoAirlines;
@@ -102,9 +104,11 @@ std::optional<std::string> gf_findPublisher(std::string_view name) {
     return std::nullopt;
 }
 
-std::string gf_publisherFromFileName(std::string_view path) {
+std::string gf_publisherFromFileName(std::string_view path, const std::function<void(std::string_view)>& scanLog) {
     if (lowerCase(path).find("orbx") != std::string::npos) {
-        return "simaddon";
+        constexpr const char* publisher = "simaddon";
+        scanLog(fmt::format("from filename => publisher {}", publisher));
+        return publisher;
     }
     return gf_findPublisher(path).value_or("");
 }

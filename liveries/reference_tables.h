@@ -57,8 +57,9 @@ std::optional<std::string> gf_findRegcodeInText(std::string_view text);
 /// The publisher one of whose names occurs in `name`, whatever the case of the letters A to Z. An empty name occurs in all.
 std::optional<std::string> gf_findPublisher(std::string_view name);
 
-/// The publisher that the text of a path tells; empty if none.
-std::string gf_publisherFromFileName(std::string_view path);
+/// The publisher that the text of a path tells; empty if none. A line about a path of the simulator add-on goes to `scanLog`,
+/// the log of the scan that asks.
+std::string gf_publisherFromFileName(std::string_view path, const std::function<void(std::string_view)>& scanLog);
 
 /// Nothing known, aircraft types included.
 void resetReferenceTables();

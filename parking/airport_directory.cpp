@@ -49,9 +49,18 @@ std::string faultOf(const pugi::xml_node& row, std::string_view code, const Repo
     return {};
 }
 
+/// The text of an attribute without the blanks around it.
+std::string_view numberText(const pugi::xml_node& row, const char* name) {
+    constexpr std::string_view blanks = " \t\n\r";
+    const std::string_view text = row.attribute(name).as_string();
+    const std::size_t begin = text.find_first_not_of(blanks);
+    return begin == std::string_view::npos ? std::string_view{}
+                                           : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+}
+
 /// An empty text counts as 0.
 double numberOf(const pugi::xml_node& row, const char* name) {
-    const std::string_view text = row.attribute(name).as_string();
+    const std::string_view text = numberText(row, name);
     if (text.empty()) {
         return 0.0;
     }
@@ -63,8 +72,7 @@ double numberOf(const pugi::xml_node& row, const char* name) {
 
 void addAirport(const pugi::xml_node& row, std::string_view code) {
     gAirports.push_back({std::string(code), row.attribute("iata").as_string(), numberOf(row, "lat"),
-                         numberOf(row, "lon"), numberOf(row, "alt"),
-                         parseInt(row.attribute("stands").as_string()).value_or(0)});
+                         numberOf(row, "lon"), numberOf(row, "alt"), parseInt(numberText(row, "stands")).value_or(0)});
     codes.emplace(code);
 }
 

@@ -33,7 +33,9 @@ ClosestStand closestOf(const pugi::xml_node& stands, const LatLon& position) {
 ClosestStand lf_closestStandInFile(const fs::path& path, const LatLon& position) {
     try {
         pugi::xml_document document;
-        document.load_file(path.c_str());
+        if (!document.load_file(path.c_str())) {
+            return {}; // what was read before the fault stands in the document, but counts for nothing
+        }
         return closestOf(document.child("parkpositions"), position);
     } catch (const std::exception& exception) {
         log(fmt::format("{}: {}", "gf_readDestApfForClosestStand", exception.what()));

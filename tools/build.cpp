@@ -187,8 +187,8 @@ void readSpans(const fs::path& path, const Types& types, Spans& spans, BuildRepo
             report.leftOut("wing span", "type not known", code);
         } else if (!meters || *meters <= 0) {
             report.leftOut("wing span", "no number", code);
-        } else {
-            spans.emplace(code, *meters);
+        } else if (!spans.emplace(code, *meters).second) {
+            report.leftOut("wing span", "type twice", code);
         }
     }
 }

@@ -20,6 +20,18 @@ namespace {
 
 constexpr const char* versionFile = "downloads/versions.json";
 
+/// A data file without its ending, and its key in the version file.
+struct DataFile {
+    const char* name;
+    const char* key;
+};
+
+constexpr std::array dataFiles{
+    DataFile{"dbase", "dbase"},
+    DataFile{"airports", "airports"},
+    DataFile{"AIG-regcodes", "aig"},
+};
+
 struct CopiedFolder {
     const char* source;
     const char* target;
@@ -35,22 +47,31 @@ nlohmann::json jsonOf(const ProgramVersion& version) {
     return {{"major", version.major}, {"minor", version.minor}, {"patch", version.patch}};
 }
 
-std::string versionsText(const ProgramVersion& version) {
+fs::path dataFolder(const fs::path& root) {
+    return root / "downloads" / std::to_string(thisVersion.major);
+}
+
+/// Without a version for a data file that the server does not have: every program would ask for it at every start.
+std::string versionsText(const ProgramVersion& version, const fs::path& target) {
     nlohmann::json versions{{"p3d", jsonOf(thisVersion)}};
-    for (const char* key : {"airports", "aig", "liveries", "addons", "dbase"}) {
+    for (const char* key : {"liveries", "addons"}) {
         versions[key] = jsonOf(version);
+    }
+    for (const DataFile& file : dataFiles) {
+        if (fs::exists(dataFolder(target) / (std::string(file.name) + ".enc"))) {
+            versions[file.key] = jsonOf(version);
+        }
     }
     return versions.dump(2) + "\n";
 }
 
 void sealDataFiles(const fs::path& source, const fs::path& stage, const DataKey& key) {
-    const fs::path folder = stage / "downloads" / std::to_string(thisVersion.major);
-    fs::create_directories(folder);
+    fs::create_directories(dataFolder(stage));
     int sealed = 0;
-    for (const char* name : {"dbase", "airports", "AIG-regcodes"}) {
-        const fs::path clear = source / (std::string(name) + ".xml");
+    for (const DataFile& file : dataFiles) {
+        const fs::path clear = source / (std::string(file.name) + ".xml");
         if (fs::exists(clear)) {
-            lf_streamSealFile(clear, folder / (std::string(name) + ".enc"), key);
+            lf_streamSealFile(clear, dataFolder(stage) / (std::string(file.name) + ".enc"), key);
             ++sealed;
         }
     }
@@ -117,6 +138,6 @@ void publishDownloads(const fs::path& source, const ProgramVersion& version, con
     for (const fs::path& file : filesOf(stage.path())) {
         moveIn(stage.path() / file, target / file);
     }
-    writeText(stage.path() / versionFile, versionsText(version));
+    writeText(stage.path() / versionFile, versionsText(version, target));
     moveIn(stage.path() / versionFile, target / versionFile);
 }

@@ -2,6 +2,7 @@
 #include "distribution/check_versions.h"
 
 #include <gmock/gmock.h>
+#include <thread>
 
 #include <fmt/format.h>
 
@@ -10,6 +11,7 @@
 #include "core/parameters.h"
 #include "distribution/download.h"
 #include "rig/server/download_server.h"
+#include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/message_of.h"
 #include "tests/support/sealed_input.h"
@@ -57,6 +59,7 @@ protected:
         setDownloadRoot({});
         resetParameters();
         resetWindowState();
+        gf_resetExitReason();
     }
 
     static void serve(std::string_view versions) { writeFile("served/downloads/versions.json", versions); }
@@ -167,6 +170,7 @@ TEST_F(CheckVersions, aMissingKeyIsNamedAndSkipped) {
         EXPECT_THAT(log.lines(), Contains(fmt::format("{} version not found", key)));
     }
     EXPECT_THAT(log.lines(), Contains("dbase updated to 2.0.0"));
+    EXPECT_EQ(log.lines().front(), "p3d version not found");
 }
 
 TEST_F(CheckVersions, anInstalledVersionThatIsNoneRaises) {
@@ -222,6 +226,20 @@ TEST_P(CheckVersionsFault, leavesTheProgramWithWhatItHad) {
 INSTANTIATE_TEST_SUITE_P(ofTheServer, CheckVersionsFault,
                          testing::Values(ServerFault::notFound, ServerFault::serverError, ServerFault::redirect,
                                          ServerFault::halfBody, ServerFault::wrongLength, ServerFault::otherPage));
+
+TEST_F(CheckVersions, aServerThatDoesNotGoOnIsLeftWithTheStopFlag) {
+    server.setFault(ServerFault::slow, "airports.enc");
+    std::thread stopper([this] {
+        eventually([this] { return server.requests().size() == 2; });
+        gf_stopRun(ExitReason::userClosed, 0);
+    });
+    EXPECT_TRUE(gf_checkVersions());
+    stopper.join();
+    for (const char* file : {"airports.enc", "AIG-regcodes.enc", "dbase.enc"}) {
+        EXPECT_TRUE(isFormer(file)) << file;
+    }
+    EXPECT_EQ(AIRPORTS_VERSION.value(), "1.9.9");
+}
 
 TEST_F(CheckVersions, noMessageIsLeftStanding) {
     gf_checkVersions();

@@ -207,6 +207,20 @@ TEST_F(Download, ofADataFileUnderAWrongLengthOrKeyOrAnotherPageKeepsTheFormerOne
                     "'dbase.enc' is incomplete, or sealed for another program", "Downloading 'dbase.enc' failed !"));
 }
 
+TEST_F(Download, ofADataFileThatIsEmptyOrTruncatedOrDamagedOnTheServerKeepsTheFormerOne) {
+    writeSealed("served/downloads/11/dbase.enc", std::string(10000, 'x'));
+    const std::string sound = readFile("served/downloads/11/dbase.enc");
+    std::string flipped = sound;
+    flipped[sound.size() / 2] = static_cast<char>(flipped[sound.size() / 2] ^ 1);
+    writeFile("input/dbase.enc", "former");
+    for (const std::string& bytes : {std::string(), sound.substr(0, sound.size() - 1), flipped}) {
+        writeFile("served/downloads/11/dbase.enc", bytes);
+        EXPECT_FALSE(lf_downloadDataFile("dbase.enc", "input/dbase.enc"));
+        EXPECT_EQ(readFile("input/dbase.enc"), "former");
+        EXPECT_THAT(filesOf("input"), ElementsAre("dbase.enc"));
+    }
+}
+
 TEST(DownloadRoot, ofThisBuildIsOnThisMachine) {
     EXPECT_THAT(gf_downloadUrl("downloads/x"), StartsWith("http://127.0.0.1:"));
     EXPECT_THAT(gf_downloadUrl("downloads/x"), EndsWith("/downloads/x"));

@@ -95,6 +95,22 @@ TEST_F(ReferenceData, thatDoesNotOpenIsNamed) {
                                           "==> gf_streamDecrypt exception: Decryption failed"));
 }
 
+TEST_F(ReferenceData, thatIsTruncatedOrDamagedOrUnderAnotherKeyDoesNotOpen) {
+    writeSealed("input/dbase.enc", ReferenceXml().text());
+    const std::string sound = readFile("input/dbase.enc");
+    std::string flipped = sound;
+    flipped[sound.size() / 2] = static_cast<char>(flipped[sound.size() / 2] ^ 1);
+    writeSealed("input/dbase.enc", ReferenceXml().text(), *parseDataKey("this is some other key, 32 bytes"));
+    const std::string otherKey = readFile("input/dbase.enc");
+    for (const std::string& bytes : {sound.substr(0, sound.size() - 1), flipped, otherKey}) {
+        writeFile("input/dbase.enc", bytes);
+        EXPECT_EQ(messageOf([] { gf_readDataFiles(); }), "dbase.enc stream decrypt failed");
+        EXPECT_FALSE(fs::exists("input/dbase.xml"));
+        EXPECT_EQ(readFile("input/dbase.enc"), bytes);
+    }
+    EXPECT_THAT(log.errors(), testing::Each("==> gf_streamDecrypt exception: Decryption failed"));
+}
+
 TEST_F(ReferenceData, thatDoesNotParseIsAnErrorLineAndAnswersFalse) {
     EXPECT_FALSE(readText("<root><aircrafts>"));
     EXPECT_THAT(log.errors(), ElementsAre("==> 'dbase.xml' not read because of Start-end tags mismatch"));
@@ -211,6 +227,20 @@ INSTANTIATE_TEST_SUITE_P(each, RequiredReferenceSection,
                                          RequiredSection{"cargo_operators", "ICAO", "codes"},
                                          RequiredSection{"simaddonsP3D", "simaddonP3D", "arpts"}),
                          [](const auto& each) { return std::string(each.param.section); });
+
+TEST_F(ReferenceData, sectionsThatMayBeMissingMayHaveOnlyEmptyAttributes) {
+    EXPECT_TRUE(read(ReferenceXml()
+                         .with("similar_types", R"(<similar types=""/>)")
+                         .with("publishers", R"(<pub names=""/>)")
+                         .with("wingspans", R"(<wingspan type="" meters=""/>)")
+                         .with("fixes", R"(<fx wro="" cor=""/>)")
+                         .with("thirdpartiesP3D", R"(<thirdpartieP3D pub="" arpts=""/>)")
+                         .with("dbase", R"(<db reg="" airl="" type="" opr="" cargo=""/>)")));
+    EXPECT_THAT(log.errors(), ElementsAre("==> wingspan model  is not valid, skipped",
+                                          "==> wrong fix  -> , the latter is not valid"));
+    EXPECT_FALSE(gf_findPublisher("any")) << "a publisher without a name is none";
+    EXPECT_EQ(DbaseTable.size(), 1U);
+}
 
 TEST_F(ReferenceData, sectionsThatMayBeMissingMayBeEmptyToo) {
     ReferenceXml xml;

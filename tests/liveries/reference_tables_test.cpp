@@ -122,12 +122,20 @@ TEST_F(ReferenceTables, anEmptyAliasOccursInEveryName) {
     EXPECT_EQ(gf_findPublisher(""), "Alpha");
 }
 
-TEST_F(ReferenceTables, aPathWithOrbxInAnyCaseIsTheSimulatorAddOn) {
+TEST_F(ReferenceTables, aPathWithOrbxInAnyCaseIsTheSimulatorAddOnAndTheScanLogSaysSo) {
     gPublishers = {{"Alpha", "airports"}};
-    EXPECT_EQ(gf_publisherFromFileName("C:\\ORBX\\airports"), "simaddon");
-    EXPECT_EQ(gf_publisherFromFileName("C:\\Orbx\\airports"), "simaddon");
-    EXPECT_EQ(gf_publisherFromFileName("C:\\x\\airports"), "Alpha");
-    EXPECT_EQ(gf_publisherFromFileName("C:\\x\\y"), "");
+    std::vector<std::string> scanLog;
+    const auto toScanLog = [&scanLog](std::string_view line) { scanLog.emplace_back(line); };
+    EXPECT_EQ(gf_publisherFromFileName("C:\\ORBX\\airports", toScanLog), "simaddon");
+    EXPECT_EQ(gf_publisherFromFileName("C:\\Orbx\\airports", toScanLog), "simaddon");
+    EXPECT_THAT(scanLog, ElementsAre("from filename => publisher simaddon", "from filename => publisher simaddon"));
+}
+
+TEST_F(ReferenceTables, anyOtherPathIsThatOfThePublisherInIt) {
+    gPublishers = {{"Alpha", "airports"}};
+    const auto toNowhere = [](std::string_view line) { FAIL() << line; };
+    EXPECT_EQ(gf_publisherFromFileName("C:\\x\\airports", toNowhere), "Alpha");
+    EXPECT_EQ(gf_publisherFromFileName("C:\\x\\y", toNowhere), "");
 }
 
 TEST_F(ReferenceTables, theRegistrationTableHoldsWhatAnOrdinaryMapHolds) {

@@ -132,6 +132,24 @@ TEST_F(AirportDirectory, emptyNumbersAreZero) {
     EXPECT_THAT(log.errors(), IsEmpty());
 }
 
+TEST_F(AirportDirectory, blanksAroundANumberDoNotCount) {
+    readRows(R"(<airport code="AAAA" iata="" lat=" 52.3" lon="4.7 " alt=" -11 " stands=" 2 "/>)");
+    EXPECT_THAT(log.errors(), IsEmpty());
+    ASSERT_EQ(gAirports.size(), 1U);
+    EXPECT_EQ(gAirports[0].lat, 52.3);
+    EXPECT_EQ(gAirports[0].lon, 4.7);
+    EXPECT_EQ(gAirports[0].alt, -11.0);
+    EXPECT_EQ(gAirports[0].stands, 2);
+}
+
+TEST_F(AirportDirectory, withAnAttributeOfAMegabyteIsRead) {
+    const std::string iata(1'000'000, 'X');
+    EXPECT_TRUE(readRows(
+        fmt::format(R"(<airport code="AAAA" iata="{}" lat="1" lon="2" alt="3" stands="0"/>{})", iata, schiphol)));
+    EXPECT_EQ(find_airport("AAAA")->iata, iata);
+    EXPECT_TRUE(is_supported_airport("EHAM"));
+}
+
 TEST_F(AirportDirectory, aPositionThatIsNoNumberIsLostAndReadingGoesOn) {
     readRows(fmt::format(R"(<airport code="AAAA" iata="" lat="52,3" lon="2" alt="3" stands="0"/>{})", schiphol));
     EXPECT_THAT(log.errors(), ElementsAre("==> Error parsing coordinates for airport 'AAAA': lat '52,3' is no number"));

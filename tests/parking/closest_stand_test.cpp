@@ -49,6 +49,14 @@ TEST(ClosestStand, isNoneInAFileThatDoesNotLoadOrHasNoStands) {
     EXPECT_EQ(lf_closestStandInFile("none.xml", {0, 0}).distanceNm, noStandNm);
 }
 
+TEST(ClosestStand, isNoneInAFileThatBreaksOffBehindAStand) {
+    const LogCapture log;
+    const std::string whole = stands;
+    const ClosestStand closest = closestIn(whole.substr(0, whole.rfind("</parkpositions>")));
+    EXPECT_EQ(closest.distanceNm, noStandNm);
+    EXPECT_EQ(closest.id, "");
+}
+
 TEST(ClosestStand, beyondAHundredMilesIsNone) {
     const LogCapture log;
     EXPECT_EQ(closestIn(R"(<parkpositions><parkpos id="x" latitude="2" longitude="0"/></parkpositions>)").id, "");

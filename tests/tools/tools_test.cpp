@@ -1,8 +1,12 @@
 // tests/tools/tools_test.cpp
 #include <gmock/gmock.h>
+#include <map>
 #include <sstream>
+#include <thread>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <pugixml.hpp>
 
 #include "core/exit_reason.h"
 #include "core/parameter_file.h"
@@ -13,12 +17,14 @@
 #include "liveries/reference_tables.h"
 #include "parking/airport_directory.h"
 #include "rig/server/download_server.h"
+#include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/message_of.h"
 #include "tests/support/reference_xml.h"
 #include "tests/support/sealed_input.h"
 #include "tools/build.h"
 #include "tools/check.h"
+#include "tools/command_line.h"
 #include "tools/files.h"
 #include "tools/publish.h"
 #include "tools/table.h"
@@ -26,7 +32,6 @@
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace fs = std::filesystem;
 
@@ -100,6 +105,22 @@ std::string builtSums() {
     return out.str();
 }
 
+/// What one call of the command line leaves.
+struct Ran {
+    int code = 0;
+    std::string out;
+    std::string err;
+};
+
+Ran run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "tarnwing_tools");
+    std::ostringstream out;
+    std::ostringstream err;
+    const int code = runTools(arguments, out, err);
+    resetTables();
+    return {code, out.str(), err.str()};
+}
+
 class Tools : public testing::Test {
 protected:
     Tools() {
@@ -111,6 +132,7 @@ protected:
         resetTables();
         resetParameters();
         setDownloadRoot({});
+        gf_resetExitReason();
     }
 
     LogCapture log;
@@ -190,15 +212,19 @@ TEST_F(Tools, theCheckOfSoundDataTellsWhatWasRead) {
 TEST_F(Tools, theCheckListsEveryRowThatTheProgramWouldSkip) {
     const Checked checked =
         check(ReferenceXml()
-                  .with("wingspans", R"(<wingspan type="XXXX" meters="1"/>)")
+                  .with("wingspans", R"(<wingspan type="XXXX" meters="1"/><wingspan type="XXXX" meters="1"/>)"
+                                     R"(<wingspan type="A320" meters="1"/><wingspan type="A320" meters="1"/>)")
+                  .with("publishers", R"(<pub names="Alpha,a"/><pub names="Alpha"/><pub names="Alpha,a"/>)")
                   .with("fixes", R"(<fx wro="A" cor="A320"/><fx wro="A" cor="A320"/><fx wro="B" cor=""/>)")
                   .with("dbase", R"(<db reg="PH-BXA"/><db reg="PH-BXA"/>)")
                   .text());
-    EXPECT_EQ(checked.complaints, 4);
+    EXPECT_EQ(checked.complaints, 7);
     EXPECT_THAT(checked.text, AllOf(HasSubstr("wingspan model XXXX is not valid, skipped\n"),
                                     HasSubstr("wrong part of fix: 'A', already exists, skipped\n"),
                                     HasSubstr("wrong fix B -> , the latter is not valid\n"),
-                                    HasSubstr("regcode PH-BXA already exists\n")));
+                                    HasSubstr("regcode PH-BXA already exists\n"),
+                                    HasSubstr("wingspan of A320 already exists, skipped\n"),
+                                    HasSubstr("publisher Alpha,a already exists, skipped\n")));
     EXPECT_EQ(
         check(R"(<airports><airport code="EHAM"/><airport code="X" iata="" lat="1" lon="2" alt="3"/></airports>)").text,
         "Missing latLons for airport 'EHAM'\nMissing stands for airport 'X'\n1 airports\n");
@@ -258,7 +284,8 @@ TEST_F(Tools, theBuildSaysWhatItLeftOutAndWhy) {
                            "left out 1 airport: no position\n"
                            "left out 1 type: no designator\n"
                            "left out 1 wing span: no number\n"
-                           "left out 1 wing span: type not known\n");
+                           "left out 1 wing span: type not known\n"
+                           "left out 1 wing span: type twice\n");
     EXPECT_THAT(readFile("built/report.txt"), HasSubstr("aircraft: type not known\n  PH-XXX ZZZZ\n"));
 }
 
@@ -342,6 +369,25 @@ TEST_F(Tools, publishingLaysOutWhatTheProgramAsksFor) {
     EXPECT_FALSE(fs::exists("served.new"));
 }
 
+TEST_F(Tools, publishingGivesNoVersionToADataFileThatTheServerDoesNotHave) {
+    writeFile("xml/dbase.xml", "d");
+    writeFile("xml/airports.xml", "a");
+    publishDownloads("xml", {1, 0, 0}, "served", gf_dataKey());
+    const auto keys = [] {
+        std::vector<std::string> names;
+        const auto versions = parseWebVersions(readFile("served/downloads/versions.json"));
+        for (const auto& [key, version] : versions.value()) {
+            names.push_back(key);
+        }
+        return names;
+    };
+    EXPECT_THAT(keys(), ElementsAre("addons", "airports", "dbase", "liveries", "p3d"));
+    fs::remove("xml/airports.xml");
+    writeFile("xml/AIG-regcodes.xml", "r");
+    publishDownloads("xml", {1, 0, 1}, "served", gf_dataKey());
+    EXPECT_THAT(keys(), ElementsAre("addons", "aig", "airports", "dbase", "liveries", "p3d"));
+}
+
 TEST_F(Tools, publishingThatFailsLeavesThePublishedFolder) {
     writeFile("xml/dbase.xml", "d");
     publishDownloads("xml", {1, 0, 0}, "served", gf_dataKey());
@@ -353,7 +399,120 @@ TEST_F(Tools, publishingThatFailsLeavesThePublishedFolder) {
     EXPECT_FALSE(fs::exists("served.new"));
 }
 
-TEST_F(Tools, whatIsBuiltAndPublishedIsFetchedAndReadByAProgramWithAnOlderVersion) {
+// --- The command line ---
+
+TEST_F(Tools, whatIsSealedOpensAgainWithTheSameKeyOnly) {
+    writeFile("clear.xml", std::string(10000, 'c'));
+    writeFile("key", "this is some other key, 32 bytes\n");
+    EXPECT_EQ(run({"seal", "clear.xml", "sealed.enc", "--key", "key"}).code, 0);
+    EXPECT_EQ(run({"open", "sealed.enc", "opened.xml", "--key", "key"}).code, 0);
+    EXPECT_EQ(readFile("opened.xml"), readFile("clear.xml"));
+
+    const Ran refused = run({"open", "sealed.enc", "opened.xml"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_EQ(refused.err, "tarnwing_tools: Decryption failed\n");
+    EXPECT_EQ(readFile("opened.xml"), readFile("clear.xml")) << "a failure leaves the former file";
+    EXPECT_FALSE(fs::exists("opened.xml.part"));
+}
+
+TEST_F(Tools, theCheckCommandEndsWithOneWhenThereIsAComplaint) {
+    writeFile("good.xml", ReferenceXml().text());
+    writeFile("bad.xml", ReferenceXml().with("fixes", R"(<fx wro="B" cor=""/>)").text());
+    EXPECT_EQ(run({"check", "good.xml"}).code, 0);
+    const Ran bad = run({"check", "bad.xml"});
+    EXPECT_EQ(bad.code, 1);
+    EXPECT_THAT(bad.out, HasSubstr("wrong fix B -> , the latter is not valid\n"));
+}
+
+TEST_F(Tools, aCommandThatIsNotThereIsRefused) {
+    EXPECT_NE(run({}).code, 0);
+    EXPECT_NE(run({"unseal", "a", "b"}).code, 0);
+    EXPECT_NE(run({"seal", "a"}).code, 0);
+    const Ran noVersion = run({"publish", "xml", "served", "--version", "newest"});
+    EXPECT_EQ(noVersion.code, 1);
+    EXPECT_EQ(noVersion.err, "tarnwing_tools: invalid version format\n");
+}
+
+// --- The whole road ---
+
+namespace {
+
+/// Everything that the program knows from its two data files, one line each; the registrations are those of the XML.
+std::vector<std::string> knownWorld(const fs::path& referenceXml) {
+    std::vector<std::string> lines;
+    for (const TypeSet* set : {&gAllTypes, &gCargoTypes, &gIcaoAirlines, &gCargoOperators, &gSimaddonAirports,
+                               &gCategoryTypes.highPerformance, &gCategoryTypes.heavy, &gCategoryTypes.large,
+                               &gCategoryTypes.buzjet, &gCategoryTypes.rotorcraft}) {
+        lines.push_back(fmt::format("{}", fmt::join(*set, ",")));
+    }
+    for (const auto& [type, halfSpanNm] : gHalfWingspans) {
+        lines.push_back(fmt::format("{} {}", type, halfSpanNm));
+    }
+    lines.push_back(fmt::format("{} {}", MaxHalfWingspan, fmt::join(gAverageHalfWingspans, " ")));
+    for (const auto* lists : {&gSimilarGroups, &gPublishers}) {
+        for (const std::vector<std::string>& list : *lists) {
+            lines.push_back(fmt::format("{}", fmt::join(list, ",")));
+        }
+    }
+    for (const auto& [wrong, right] : std::map<std::string, std::string>(gFixes.begin(), gFixes.end())) {
+        lines.push_back(fmt::format("{} {}", wrong, right));
+    }
+    for (const ThirdParty& party : gThirdParties) {
+        lines.push_back(fmt::format("{} {}", party.pub, fmt::join(party.arpts, ",")));
+    }
+    pugi::xml_document document;
+    document.load_file(referenceXml.c_str());
+    lines.push_back(fmt::format("{} registrations", DbaseTable.size()));
+    for (const pugi::xml_node& row : document.child("root").child("dbase").children("db")) {
+        const std::string reg = row.attribute("reg").as_string();
+        const DbaseRecord record = DbaseTable.find(reg).value_or(DbaseRecord{"none", "none", "none", false});
+        lines.push_back(fmt::format("{} {} {} {} {}", reg, record.airl, record.type, record.opr, record.cargo));
+    }
+    for (const Airport& airport : gAirports) {
+        lines.push_back(fmt::format("{} {} {} {} {} {}", airport.code, airport.iata, airport.lat, airport.lon,
+                                    airport.alt, airport.stands));
+    }
+    return lines;
+}
+
+/// The program's own key, as a maintainer keeps it.
+void writeKeyFile(const fs::path& path) {
+    writeFile(path, fmt::format("{:02x}\n", fmt::join(gf_dataKey(), "")));
+}
+
+/// The data files as a maintainer makes, checks and publishes them for a program with version 1.0.1, in "built" and "served".
+void buildCheckAndPublish() {
+    const BuildSources sources = writeSources();
+    std::string extra = readFile("extra.xml");
+    extra.insert(
+        extra.find("</root>"),
+        R"(<similar_types><similar types="A320,B744"/></similar_types><fixes><fx wro="A32" cor="A320"/></fixes>)"
+        R"(<thirdpartiesP3D><thirdpartieP3D pub="Beta" arpts="LSZH"/></thirdpartiesP3D>)");
+    writeFile("extra.xml", extra);
+    writeKeyFile("key");
+    EXPECT_EQ(run({"build", "built", "--airports", "airports.csv", "--types", "types.json", "--wingspans", "spans.csv",
+                   "feet.csv", "--airlines", "airlines.csv", "--aircraft", "aircraft.json", "operated.csv", "--extra",
+                   "extra.xml", "--archive", "archive"})
+                  .code,
+              0);
+    EXPECT_EQ(run({"check", "built/dbase.xml"}).code, 0);
+    EXPECT_EQ(run({"check", "built/airports.xml"}).code, 0);
+    writeFile("built/AIG-regcodes.xml", "new");
+    EXPECT_EQ(run({"publish", "built", "served", "--version", "1.0.1", "--key", "key"}).code, 0);
+    EXPECT_EQ(run({"open", "served/downloads/11/dbase.enc", "opened.xml", "--key", "key"}).code, 0);
+    EXPECT_EQ(readFile("opened.xml"), readFile("built/dbase.xml"));
+}
+
+/// What the clear files say, read without the road between.
+std::vector<std::string> builtWorld() {
+    resetTables();
+    const RowReport report = [](std::string_view line) { ADD_FAILURE() << line; };
+    EXPECT_TRUE(lf_readReferenceXml("built/dbase.xml", report));
+    lf_readAirportXml("built/airports.xml", report);
+    return knownWorld("built/dbase.xml");
+}
+
+void installOlderData() {
     fs::create_directories(gf_parameterFolder());
     writeSealed("input/dbase.enc", ReferenceXml().with("dbase", R"(<db reg="OLD-ONE"/>)").text());
     writeSealed("input/airports.enc",
@@ -362,34 +521,66 @@ TEST_F(Tools, whatIsBuiltAndPublishedIsFetchedAndReadByAProgramWithAnOlderVersio
     for (StringParameter* installed : {&DBASE_VERSION, &AIRPORTS_VERSION, &AIG_VERSION}) {
         installed->setValue("1.0.0");
     }
-    builtSums();
-    writeFile("built/AIG-regcodes.xml", "new");
-    publishDownloads("built", {1, 0, 1}, "served", gf_dataKey());
+}
+
+/// What a start does with the data.
+void start() {
+    resetTables();
+    EXPECT_TRUE(gf_checkVersions());
+    EXPECT_TRUE(gf_readDataFiles());
+    EXPECT_TRUE(gf_readAirports());
+}
+
+void expectOlderData(const std::string& why) {
+    EXPECT_TRUE(DbaseTable.find("OLD-ONE")) << why;
+    EXPECT_TRUE(is_supported_airport("OLDD")) << why;
+    EXPECT_TRUE(gf_streamDecrypt("input/AIG-regcodes.enc", "opened.xml")) << why;
+    EXPECT_EQ(readFile("opened.xml"), "old") << why;
+    for (const StringParameter* installed : {&DBASE_VERSION, &AIRPORTS_VERSION, &AIG_VERSION}) {
+        EXPECT_EQ(installed->value(), "1.0.0") << why;
+    }
+}
+
+/// A start against a server that sends no more, whose user loses patience.
+void startAndClose(const DownloadServer& server) {
+    const std::size_t before = server.requests().size();
+    std::thread user([&] {
+        eventually([&] { return server.requests().size() > before; });
+        gf_userCloses();
+    });
+    start();
+    user.join();
+    gf_resetExitReason();
+}
+
+} // namespace
+
+TEST_F(Tools, whatIsBuiltAndPublishedReplacesTheOlderDataOfAProgramAndNoFaultOfTheServerHarmsThem) {
+    buildCheckAndPublish();
+    const std::vector<std::string> expected = builtWorld();
+    installOlderData();
     DownloadServer server("served");
     setDownloadRoot(server.root());
-
-    const auto start = [] {
-        resetTables();
-        EXPECT_TRUE(gf_checkVersions());
-        EXPECT_TRUE(gf_readDataFiles());
-        EXPECT_TRUE(gf_readAirports());
-    };
-    for (const ServerFault fault : {ServerFault::notFound, ServerFault::serverError, ServerFault::redirect,
-                                    ServerFault::halfBody, ServerFault::wrongLength, ServerFault::otherPage}) {
+    for (const char* fault : {"404", "500", "redirect", "half", "length", "page"}) {
         for (const char* pathEnd : {"", ".enc"}) {
-            server.setFault(fault, pathEnd);
+            server.setFault(*faultOfWord(fault), pathEnd);
             start();
-            EXPECT_TRUE(DbaseTable.find("OLD-ONE"));
-            EXPECT_TRUE(is_supported_airport("OLDD"));
-            EXPECT_EQ(DBASE_VERSION.value(), "1.0.0");
+            expectOlderData(fmt::format("fault {} of *{}", fault, pathEnd));
         }
     }
+    server.setFault(ServerFault::slow);
+    startAndClose(server);
+    expectOlderData("slow");
+
     server.setFault(ServerFault::none);
     start();
+    EXPECT_EQ(knownWorld("built/dbase.xml"), expected);
     EXPECT_TRUE(DbaseTable.find("HB-JVA"));
     EXPECT_FALSE(DbaseTable.find("OLD-ONE"));
-    EXPECT_TRUE(is_supported_airport("LSZH"));
     EXPECT_TRUE(gf_streamDecrypt("input/AIG-regcodes.enc", "opened.xml"));
     EXPECT_EQ(readFile("opened.xml"), "new");
-    EXPECT_EQ(DBASE_VERSION.value(), "1.0.1");
+    for (const StringParameter* installed : {&DBASE_VERSION, &AIRPORTS_VERSION, &AIG_VERSION}) {
+        EXPECT_EQ(installed->value(), "1.0.1");
+    }
+    EXPECT_FALSE(fs::exists("input/dbase.xml") || fs::exists("input/airports.xml"));
 }

@@ -1,11 +1,7 @@
 // tests/liveries/posix/killed_reading_test.cpp
 // The reading of the reference data and the airports, killed at each of its system calls in turn.
-#include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <sys/ptrace.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -14,6 +10,7 @@
 #include "liveries/reference_tables.h"
 #include "parking/airport_directory.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/posix/killed_process.h"
 #include "tests/support/reference_xml.h"
 #include "tests/support/sealed_input.h"
 
@@ -30,44 +27,11 @@ std::string longText() {
     return ReferenceXml().with("dbase", rows).text();
 }
 
-[[noreturn]] void readUnderTrace() {
-    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-    raise(SIGSTOP);
-    gf_readDataFiles();
-    gf_readAirports();
-    _exit(0);
-}
-
-/// Lets a child read until its system calls have begun or ended so many times, and kills it there. False when it came to
-/// its end before.
 bool readIsKilledAfter(int stops) {
-    const pid_t child = fork();
-    if (child == 0) {
-        readUnderTrace();
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    for (int i = 0; i < stops; ++i) {
-        ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
-        waitpid(child, &status, 0);
-        if (WIFEXITED(status)) {
-            EXPECT_EQ(WEXITSTATUS(status), 0);
-            return false;
-        }
-    }
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    return true;
-}
-
-bool canTrace() {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return isKilledAfter(stops, [] {
+        gf_readDataFiles();
+        gf_readAirports();
+    });
 }
 
 bool aClearFileIsThere() {
