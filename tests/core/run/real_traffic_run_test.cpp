@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <mutex>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@
 #include "feed/line_outcome.h"
 #include "feed/qnh_reader.h"
 #include "feed/real_traffic_link.h"
+#include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -131,8 +133,13 @@ TEST_F(RealTrafficRunThreads, theCloseButtonEndsTheWaitForTheReturnWithinTwoSeco
     const RunningSimulator simulator;
     meet();
     client.close();
-    sendLine();
     ASSERT_TRUE(run.willLog("RealTraffic gone? Wait for RealTraffic to re-connect ...")) << run.log();
+    sendLine();
+    // The first slot of the loop waits for the return.
+    ASSERT_TRUE(eventually([] {
+        const std::lock_guard lock(gTrafficMutex);
+        return gAcceptSamples;
+    }));
     window_system::clickClose();
     EXPECT_TRUE(run.endsWithin(2s)) << run.log();
     EXPECT_FALSE(run.logs("re-connected"));
