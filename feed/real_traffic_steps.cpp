@@ -36,6 +36,13 @@ void lightLamp(bool lit) {
     repaintWindow();
 }
 
+/// The run's own copy would stay where the user was when the wait began.
+void followUser() {
+    if (const UserState now = requestUserPosition(); isPosition(positionOf(now))) {
+        gUserState = now;
+    }
+}
+
 /// Waits for a client. The run stands still meanwhile, but what is to leave the simulator leaves it, and the simulator's
 /// session keeps hearing where the user is: after a gap it would take a user in flight for one who has moved elsewhere.
 bool waitWhileTheRunStands() {
@@ -43,7 +50,7 @@ bool waitWhileTheRunStands() {
     return waitForClient([&nextRequest] {
         handOnRemoval();
         if (platform::steadyNow() >= nextRequest) {
-            requestUserPosition();
+            followUser();
             nextRequest += positionInterval;
         }
     });
@@ -81,6 +88,7 @@ void meetClient() {
         return;
     }
     lightLamp(true);
+    gBeforeFirstConnect = false;
     log("RealTraffic connected");
     clearMessage();
 }

@@ -22,7 +22,6 @@ TrafficReader gTrafficReader;
 namespace {
 
 constexpr std::size_t longestRegistration = 12;
-/// Lower numbers are those of static aircraft.
 /// Every aircraft runs this far behind the real one: the engine needs the samples ahead to turn, flare and rotate in
 /// time.
 constexpr std::int32_t delaySlots = 30 * slotsPerSecond;
@@ -76,7 +75,7 @@ LineOutcome enqueue(FeedRecord&& record) {
 } // namespace
 
 void TrafficReader::onDatagram() {
-    processLine(datagram);
+    lineCounter.count(processLine(datagram));
 }
 
 void TrafficReader::onStopped() {
@@ -302,5 +301,6 @@ void TrafficReader::reset() {
 }
 
 void runTrafficReader(std::uint16_t port, bool local) {
+    gTrafficReader.lineCounter.clear();
     runReader(gTrafficReader, "Traffic Reader", {&gWindowState.trafficLamp, &gWindowState.weatherLamp}, port, local);
 }

@@ -16,26 +16,11 @@
 #include "core/geography.h"
 #include "core/text_hash.h"
 #include "feed/feed_record.h"
+#include "feed/line_outcome.h"
 #include "feed/udp_reader.h"
 
 /// The QNH of the standard atmosphere, hectopascal: what counts until one is known.
 inline constexpr int standardQnh = 1013;
-
-/// What became of a line: accepted, or the cause of its end.
-enum class LineOutcome {
-    accepted,
-    groundVehicle,
-    doesNotParse,
-    outOfRange,
-    registrationTooLong,
-    unwantedKind,
-    hexidTooLow,
-    notAirborneEnough,
-    unwantedCallSign,
-    nameless,
-    groundNotWanted,
-    refused, ///< by the engine, which takes no records now
-};
 
 /// The airport whose ground traffic and stands the program looks after.
 struct ParkingAirport {
@@ -76,6 +61,8 @@ public:
     std::atomic<bool> collectCallSigns{false};
     /// Hectopascal. Written by the QNH Reader thread.
     std::atomic<int> qnh{standardQnh};
+    /// The lines that came as datagrams, since the reader thread began. Read by any thread.
+    LineCounter lineCounter;
     /// The time stamp of the last line whose time stamp could be read, accepted or not, seconds since 1970; 0 until the
     /// first. Read by any thread.
     std::atomic<double> lastFeedTime{0};

@@ -13,6 +13,7 @@ namespace {
 constexpr double shortestSpeed = 0.1;
 constexpr double longestSpeed = 100;
 constexpr double farthestNm = 10000;
+constexpr double longestDelay = 86400; // seconds
 
 /// CLI11 knows texts; paths come from UTF-8.
 CLI::Option* addPath(CLI::App& command, const std::string& option, std::filesystem::path& path,
@@ -42,6 +43,8 @@ void TrafficCommands::addTraffic(CLI::App& app) {
     traffic_->add_option("--host", options.host, "Where the program listens");
     traffic_->add_option("--port", options.port, "Its TCP port");
     traffic_->add_flag("!--without-link", options.link, "Plays at once, and connects to nobody");
+    traffic_->add_option("--delay", options.delaySeconds, "Seconds from the connect to the first row")
+        ->check(CLI::Range(0.0, longestDelay));
     traffic_->add_option("--udp-host", options.udpHost, "Where the datagrams go; a broadcast address reaches all");
     traffic_->add_option("--traffic-port", options.trafficPort, "UDP port of the traffic lines");
     traffic_->add_option("--weather-port", options.weatherPort, "UDP port of the weather");
@@ -93,6 +96,7 @@ void TrafficCommands::addCount(CLI::App& app) {
     count_->add_option("--radius", countOptions_.radiusNm, "Injection radius, nautical miles");
     count_->add_flag("--airport", countOptions_.userAirportCounts, "A parking airport is chosen there");
     count_->add_option("--elevation", countOptions_.elevationFt, "Its elevation, feet");
+    addPath(*count_, "--log", countOptions_.log, "Log.txt of a run that heard the whole recording, to compare with");
 }
 
 void TrafficCommands::run(std::ostream& out) const {

@@ -64,6 +64,12 @@ void stopReaders() {
     platform::sleepFor(readersNoticeWithin);
 }
 
+void logTrafficLines() {
+    if (const OutcomeCounts counts = gTrafficReader.lineCounter.counts(); !counts.empty()) {
+        log(fmt::format("Traffic lines: {}", textOf(counts)));
+    }
+}
+
 /// The error stays on the screen until the user has read it, or has typed the path that it asks for.
 void letUserReadTheError() {
     while (!gUserClosing && gf_exitReason() != ExitReason::newSettings) {
@@ -93,6 +99,7 @@ void stopEverything() {
     stopReaders();
     sayGoodbye();
     closeRealTrafficLink();
+    logTrafficLines();
     if (gf_exitReason() == ExitReason::systemError) {
         letUserReadTheError();
     }

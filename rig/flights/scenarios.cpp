@@ -5,6 +5,7 @@
 #include <array>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -138,24 +139,25 @@ public:
 
     /// A flight for each phase, which goes quiet in the middle of it.
     Scenario quiet() {
-        constexpr double between = 240; // seconds
-        const std::array departing{phase::parked,  phase::pushBack, phase::taxiOut,
+        constexpr double holdSeconds = 300;
+        const std::array departing{phase::parked,  phase::pushBack, phase::taxiOut, phase::holding,
                                    phase::takeOff, phase::climb,    phase::cruise};
-        const std::array arriving{phase::descent, phase::approach, phase::landing, phase::rollOut, phase::taxiIn};
+        const std::array arriving{phase::descent, phase::approach, phase::landing,
+                                  phase::rollOut, phase::taxiIn,   phase::parked};
         Scenario scenario;
-        int column = 0;
         for (const char* name : departing) {
-            add(scenario, outbound(fleet_.airliner()), between * column,
-                wholeDeparture(nextStand("B", column), parkedBefore, away(), shortCruise));
-            scenario.flights.back().transmission.quietIn = name;
-            ++column;
+            const double hold = name == std::string_view(phase::holding) ? holdSeconds : 0;
+            addQuiet(scenario, name, outbound(fleet_.airliner()),
+                     wholeDeparture(quietStand(scenario), parkedBefore, away(), shortCruise, hold));
         }
         for (const char* name : arriving) {
-            add(scenario, fleet_.airliner(), between * column,
-                wholeArrival(nextStand("B", column), parkedAfter, comingFrom(), shortCruise));
-            scenario.flights.back().transmission.quietIn = name;
-            ++column;
+            addQuiet(scenario, name, fleet_.airliner(),
+                     wholeArrival(quietStand(scenario), parkedAfter, comingFrom(), shortCruise));
         }
+        addQuiet(scenario, phase::goAround, fleet_.airliner(), rig::goAround(quietStand(scenario), parkedAfter));
+        addQuiet(scenario, phase::towing, fleet_.airliner(), tow(quietStand(scenario), stand("D12"), parkedBefore));
+        addQuiet(scenario, phase::circuit, fleet_.light(), rig::touchAndGo(quietStand(scenario), 2));
+        addQuiet(scenario, phase::hover, fleet_.helicopter(), rig::helicopter(stand("D30"), parkedBefore));
         return scenario;
     }
 
@@ -211,8 +213,15 @@ private:
         return scenario;
     }
 
-    static const ScriptedStand& nextStand(const char* row, int column) {
-        return stand(fmt::format("{}{}", row, 2 + 2 * column));
+    /// One behind the other.
+    static void addQuiet(Scenario& scenario, const char* quietIn, const Aircraft& aircraft, Legs legs) {
+        constexpr double between = 240; // seconds
+        add(scenario, aircraft, between * static_cast<double>(scenario.flights.size()), std::move(legs));
+        scenario.flights.back().transmission.quietIn = quietIn;
+    }
+    /// A stand for the next flight, apart from those of the others.
+    static const ScriptedStand& quietStand(const Scenario& scenario) {
+        return stand(fmt::format("B{}", 2 + 2 * scenario.flights.size()));
     }
 
     /// All stands but the user's, in an order of chance.

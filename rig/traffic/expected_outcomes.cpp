@@ -1,39 +1,21 @@
 // rig/traffic/expected_outcomes.cpp
 #include "rig/traffic/expected_outcomes.h"
 
-#include <array>
 #include <mutex>
+#include <optional>
 #include <ostream>
+#include <stdexcept>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "core/injection_radius.h"
 #include "feed/sample_queue.h"
+#include "rig/traffic/gzip_text.h"
 
 namespace rig {
 
 namespace {
-
-struct OutcomeName {
-    LineOutcome outcome;
-    const char* name;
-};
-
-constexpr std::array<OutcomeName, 12> outcomeNames{{
-    {LineOutcome::accepted, "accepted"},
-    {LineOutcome::groundVehicle, "ground vehicle"},
-    {LineOutcome::doesNotParse, "does not parse"},
-    {LineOutcome::outOfRange, "out of range"},
-    {LineOutcome::registrationTooLong, "registration too long"},
-    {LineOutcome::unwantedKind, "unwanted kind"},
-    {LineOutcome::hexidTooLow, "identity too low"},
-    {LineOutcome::notAirborneEnough, "not airborne enough"},
-    {LineOutcome::unwantedCallSign, "unwanted call sign"},
-    {LineOutcome::nameless, "neither call sign nor registration"},
-    {LineOutcome::groundNotWanted, "on the ground elsewhere"},
-    {LineOutcome::refused, "refused"},
-}};
 
 /// The queue takes records, and is as empty as it was.
 class OpenQueue {
@@ -56,7 +38,28 @@ private:
     bool accepted_;
 };
 
+void compare(const OutcomeCounts& counted, const OutcomeCounts& expected) {
+    if (counted != expected) {
+        throw std::runtime_error(
+            fmt::format("the program counted otherwise: {} instead of {}", textOf(counted), textOf(expected)));
+    }
+}
+
 } // namespace
+
+OutcomeCounts outcomesFromLog(std::string_view log) {
+    constexpr std::string_view mark = "Traffic lines: ";
+    std::optional<OutcomeCounts> last;
+    for (const std::string_view line : linesOf(log)) {
+        if (line.starts_with(mark)) {
+            last = outcomeCountsFrom(line.substr(mark.size()));
+        }
+    }
+    if (!last) {
+        throw std::runtime_error("the log does not say what became of the traffic lines");
+    }
+    return *last;
+}
 
 OutcomeCounts expectedOutcomes(const Recording& recording, const TrafficSurroundings& around, int radiusNm) {
     const OpenQueue queue;
@@ -85,10 +88,12 @@ void countOutcomes(const CountOptions& options, std::ostream& out) {
         around.referenceElevation = options.elevationFt;
     }
     const OutcomeCounts counts = expectedOutcomes(loadRecording(options.recording), around, options.radiusNm);
-    for (const auto& [outcome, name] : outcomeNames) {
-        if (const auto found = counts.find(outcome); found != counts.end()) {
-            out << fmt::format("{} {}\n", name, found->second);
-        }
+    for (const auto& [outcome, count] : counts) {
+        out << fmt::format("{} {}\n", nameOf(outcome), count);
+    }
+    if (!options.log.empty()) {
+        compare(outcomesFromLog(readText(options.log)), counts);
+        out << "the program counted the same\n";
     }
 }
 

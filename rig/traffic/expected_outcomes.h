@@ -3,20 +3,16 @@
 // It uses a traffic reader, the queue and the settings of this process: nothing else may use them meanwhile.
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <iosfwd>
-#include <map>
-#include <optional>
+#include <string_view>
 
+#include "feed/line_outcome.h"
 #include "feed/traffic_reader.h"
 #include "rig/traffic/recording.h"
 
 namespace rig {
 
-using OutcomeCounts = std::map<LineOutcome, std::size_t>;
-
-/// A cause that took no line is left out.
 OutcomeCounts expectedOutcomes(const Recording& recording, const TrafficSurroundings& around, int radiusNm);
 
 struct CountOptions {
@@ -25,9 +21,15 @@ struct CountOptions {
     int radiusNm = 40;
     bool userAirportCounts = false; ///< the user's place is a parking airport
     double elevationFt = 0;         ///< of that
+    std::filesystem::path log;      ///< of the program; empty: none
 };
 
-/// One line per cause, "accepted 102".
+/// What the program's log says of the lines of its last run. Throws std::runtime_error, with a text for the user, when it
+/// says nothing.
+OutcomeCounts outcomesFromLog(std::string_view log);
+
+/// One line per cause, "accepted 102". With a log it compares too, and throws std::runtime_error, with a text for the user,
+/// when the program counted otherwise.
 void countOutcomes(const CountOptions& options, std::ostream& out);
 
 } // namespace rig

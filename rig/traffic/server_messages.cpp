@@ -23,9 +23,16 @@ constexpr std::string_view timePrefix = "Qs123=";
 constexpr std::size_t longestMessage = 512;
 constexpr std::size_t stateFields = 7;
 
+/// How a number is written.
+enum class Form {
+    oneDigit,    ///< the general form with a single digit, "4e+07"
+    allDigits,   ///< as many digits as tell the number
+    sixDecimals, ///< behind the point
+};
+
 struct StateField {
     const char* name;
-    bool sixDecimals;
+    Form form;
     double most; ///< in magnitude
 };
 
@@ -35,13 +42,13 @@ constexpr double quarterTurn = 1.5707975;
 constexpr double anyNumber = 1e12;
 
 constexpr std::array<StateField, stateFields> stateFieldRules{{
-    {"pitch", false, halfTurn * 100000},
-    {"bank", false, aTurn * 100000},
-    {"heading", true, aTurn},
-    {"altitude", false, anyNumber},
-    {"speed", false, anyNumber},
-    {"latitude", true, quarterTurn},
-    {"longitude", true, aTurn},
+    {"pitch", Form::oneDigit, halfTurn * 100000},
+    {"bank", Form::oneDigit, aTurn * 100000},
+    {"heading", Form::sixDecimals, aTurn},
+    {"altitude", Form::oneDigit, anyNumber},
+    {"speed", Form::allDigits, anyNumber},
+    {"latitude", Form::sixDecimals, quarterTurn},
+    {"longitude", Form::sixDecimals, aTurn},
 }};
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
@@ -56,10 +63,22 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     }
 }
 
-bool hasSixDecimals(std::string_view number) {
-    const std::size_t point = number.find('.');
-    return point != std::string_view::npos && number.size() - point - 1 == 6 &&
-           number.find_first_not_of("-0123456789.") == std::string_view::npos;
+std::string written(double value, Form form) {
+    switch (form) {
+    case Form::oneDigit: return fmt::format("{:.0}", value);
+    case Form::allDigits: return fmt::format("{}", value);
+    case Form::sixDecimals: return fmt::format("{:.6f}", value);
+    }
+    return {};
+}
+
+const char* nameOf(Form form) {
+    switch (form) {
+    case Form::oneDigit: return "one digit";
+    case Form::allDigits: return "all its digits";
+    case Form::sixDecimals: return "six decimals";
+    }
+    return "";
 }
 
 /// What is wrong with a field; empty when nothing is.
@@ -68,8 +87,8 @@ std::string faultOf(const StateField& rule, std::string_view field) {
     if (!value) {
         return fmt::format("{} is no number", rule.name);
     }
-    if (rule.sixDecimals && !hasSixDecimals(field)) {
-        return fmt::format("{} has not six decimals", rule.name);
+    if (field != written(*value, rule.form)) {
+        return fmt::format("{} has not {}", rule.name, nameOf(rule.form));
     }
     return std::abs(*value) > rule.most ? fmt::format("{} is out of range", rule.name) : "";
 }

@@ -193,6 +193,7 @@ TrafficResult runTraffic(const TrafficOptions& options, std::ostream& out) {
     Link link(options, out, result);
     Sender sender(options);
     std::optional<Player> player;
+    std::optional<platform::SteadyTime> due;
     platform::SteadyTime begin;
     platform::watchStopRequests();
     while (!platform::stopRequested() && !(player && player->isOver()) &&
@@ -201,8 +202,12 @@ TrafficResult runTraffic(const TrafficOptions& options, std::ostream& out) {
         if (options.link) {
             link.look(now);
         }
-        if (!player && (link.hasBeenConnected() || !options.link)) {
+        if (!due && (link.hasBeenConnected() || !options.link)) {
             // Nothing is played to a program that is not there.
+            due = now +
+                  std::chrono::duration_cast<platform::SteadyTime::duration>(duration<double>(options.delaySeconds));
+        }
+        if (!player && due && now >= *due) {
             player.emplace(recording, options.player, secondsSince1970());
             begin = now;
         }

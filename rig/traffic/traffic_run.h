@@ -22,6 +22,8 @@ struct TrafficOptions {
     std::uint16_t weatherPort = 49004;
     /// Without it nothing is waited for or connected to, as when the program runs on another machine.
     bool link = true;
+    /// From the first connect, or the start without a link, to the first row.
+    double delaySeconds = 0;
     int level = 2;
     std::string version = "10.0.240";
     /// "exit" ends it; otherwise it waits for the program to come back, as long as there is something to play.

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <map>
 #include <string>
 
 #include "core/injection_radius.h"
@@ -14,23 +13,6 @@
 #include "tests/support/recorded_lines.h"
 
 namespace {
-
-const std::map<LineOutcome, std::string> outcomeNames{
-    {LineOutcome::accepted, "accepted"},
-    {LineOutcome::groundVehicle, "ground vehicle"},
-    {LineOutcome::doesNotParse, "does not parse"},
-    {LineOutcome::outOfRange, "out of range"},
-    {LineOutcome::registrationTooLong, "registration too long"},
-    {LineOutcome::unwantedKind, "unwanted kind"},
-    {LineOutcome::hexidTooLow, "identity too low"},
-    {LineOutcome::notAirborneEnough, "not airborne enough"},
-    {LineOutcome::unwantedCallSign, "unwanted call sign"},
-    {LineOutcome::nameless, "neither call sign nor registration"},
-    {LineOutcome::groundNotWanted, "on the ground elsewhere"},
-    {LineOutcome::refused, "refused"},
-};
-
-using Tally = std::map<LineOutcome, std::size_t>;
 
 constexpr LatLon amsterdam{52.31, 4.76};
 
@@ -56,14 +38,14 @@ protected:
     }
 
     /// What became of the lines, by cause; a cause that took none is left out.
-    Tally playAll(const std::string& title) {
-        Tally tally;
+    OutcomeCounts playAll(const std::string& title) {
+        OutcomeCounts tally;
         for (const std::string& line : lines) {
             ++tally[reader.processLine(line)];
         }
         std::cout << title << ": " << lines.size() << " lines\n";
         for (const auto& [outcome, count] : tally) {
-            std::cout << "    " << count << " " << outcomeNames.at(outcome) << "\n";
+            std::cout << "    " << count << " " << nameOf(outcome) << "\n";
         }
         return tally;
     }
@@ -88,11 +70,11 @@ protected:
 };
 
 TEST_F(RecordedTraffic, withoutAParkingAirportOnlyTheAirbornePass) {
-    EXPECT_EQ(playAll("Amsterdam, 40 nm, no parking airport"), (Tally{{LineOutcome::accepted, 102},
-                                                                      {LineOutcome::groundNotWanted, 109},
-                                                                      {LineOutcome::outOfRange, 1122},
-                                                                      {LineOutcome::groundVehicle, 48},
-                                                                      {LineOutcome::doesNotParse, 12}}));
+    EXPECT_EQ(playAll("Amsterdam, 40 nm, no parking airport"), (OutcomeCounts{{LineOutcome::accepted, 102},
+                                                                              {LineOutcome::groundNotWanted, 109},
+                                                                              {LineOutcome::outOfRange, 1122},
+                                                                              {LineOutcome::groundVehicle, 48},
+                                                                              {LineOutcome::doesNotParse, 12}}));
     EXPECT_EQ(log.lines().size(), 12u);
     expectSoundRecords(102);
 }
@@ -101,10 +83,10 @@ TEST_F(RecordedTraffic, withAParkingAirportItsGroundTrafficPassesToo) {
     reader.setParkingAirport(ParkingAirport{amsterdam, -11});
     reader.setReferenceElevation(-11);
     EXPECT_EQ(playAll("Amsterdam, 40 nm, parking airport with its elevation"),
-              (Tally{{LineOutcome::accepted, 211},
-                     {LineOutcome::outOfRange, 1122},
-                     {LineOutcome::groundVehicle, 48},
-                     {LineOutcome::doesNotParse, 12}}));
+              (OutcomeCounts{{LineOutcome::accepted, 211},
+                             {LineOutcome::outOfRange, 1122},
+                             {LineOutcome::groundVehicle, 48},
+                             {LineOutcome::doesNotParse, 12}}));
     expectSoundRecords(211);
 }
 

@@ -394,6 +394,24 @@ TEST_F(ReaderThreads, aRunAfterTheResetUsesTheSameReaderAgain) {
     }
 }
 
+TEST_F(ReaderThreads, theLinesOfARunAreCountedByWhatBecameOfThemAlsoAcrossALossOfTheLink) {
+    for (int run = 0; run < 2; ++run) {
+        resetFeed();
+        RunningReader running(gTrafficReader, [] { runTrafficReader(0, local); });
+        ASSERT_TRUE(eventually([] { return gTrafficReader.boundPort != 0; }));
+        sender.send(gTrafficReader, TrafficLineBuilder().line());
+        sender.send(gTrafficReader, "rubbish");
+        EXPECT_TRUE(eventually([] { return gTrafficReader.datagramCount == 2; }));
+        resetFeed();
+        sender.send(gTrafficReader, TrafficLineBuilder().line());
+        EXPECT_TRUE(eventually([] {
+            return gTrafficReader.lineCounter.counts() ==
+                   OutcomeCounts{{LineOutcome::accepted, 2}, {LineOutcome::doesNotParse, 1}};
+        })) << run
+            << ": " << textOf(gTrafficReader.lineCounter.counts());
+    }
+}
+
 TEST_F(ReaderThreads, aTakenPortStopsTheRun) {
     platform::DatagramSocket occupant;
     ASSERT_EQ(occupant.create(), 0);

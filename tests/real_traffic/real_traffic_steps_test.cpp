@@ -2,6 +2,7 @@
 #include "feed/real_traffic_steps.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -31,6 +32,7 @@
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
@@ -94,6 +96,18 @@ protected:
         ASSERT_TRUE(eventually([] { return clientSocket.peerHasGone(); }));
         sendUserState();
         ASSERT_FALSE(clientConnected);
+    }
+
+    /// Waits for the client's return until the user closes, which is by the program's own sleeps.
+    static void waitInVain(std::chrono::seconds time) {
+        const platform::ManualClock clock(platform::WallTime{});
+        const platform::SteadyTime end = platform::steadyNow() + time;
+        std::thread user([end] {
+            eventually([end] { return platform::steadyNow() >= end; });
+            gf_userCloses();
+        });
+        sendUserState();
+        user.join();
     }
 
     static LiveAircraft& addLive(std::uint32_t hexid, LifeState state, std::uint32_t objectId = 0) {
@@ -232,6 +246,49 @@ TEST_F(RealTraffic, aClientWithHalfAReplyIsConnectedAllTheSame) {
     EXPECT_TRUE(gWindowState.realTrafficLit);
     EXPECT_FALSE(gRealTrafficHistoric);
     EXPECT_EQ(realTrafficEdition(), "");
+}
+
+TEST_F(RealTraffic, aClientWithAReplyThatFillsTheBufferIsConnectedAllTheSame) {
+    openRealTrafficLink();
+    connect(client);
+    client.send(std::string(16384, 'x'));
+    connectRealTraffic();
+    EXPECT_TRUE(clientConnected);
+    EXPECT_TRUE(gWindowState.realTrafficLit);
+    EXPECT_FALSE(gRealTrafficHistoric);
+    EXPECT_EQ(realTrafficEdition(), "");
+    EXPECT_THAT(log.lines(), Contains("RealTraffic connected"));
+
+    sendUserState();
+    const std::string text = versionRequest + userStateText(gUserState);
+    EXPECT_EQ(client.read(text.size()), text);
+}
+
+TEST_F(RealTraffic, ofTenThatConnectAtOnceOneIsTheClientAndTheNextOnesReplaceIt) {
+    openRealTrafficLink();
+    std::array<TestClient, 10> clients;
+    for (TestClient& each : clients) {
+        connect(each);
+        each.send(professionalReply);
+    }
+    connectRealTraffic();
+    for (TestClient& each : clients) {
+        ASSERT_TRUE(clientConnected);
+        EXPECT_TRUE(gWindowState.realTrafficLit);
+        sendUserState();
+        const std::string first = &each == &clients[0] ? versionRequest : "";
+        EXPECT_EQ(each.read(first.size() + 6), first + "Qs121=");
+        each.closeWithoutReading();
+        ASSERT_TRUE(eventually([] {
+            sendUserState();
+            return !gWindowState.realTrafficLit;
+        }));
+        if (&each != &clients.back()) {
+            sendUserState();
+        }
+    }
+    EXPECT_FALSE(clientConnected);
+    EXPECT_EQ(realTrafficEdition(), "RT prof edition: 10.0");
 }
 
 TEST_F(RealTraffic, aClientThatComesAndGoesAtOnceIsWaitedForAgain) {
@@ -447,14 +504,7 @@ TEST_F(RealTraffic, whileItWaitsOneObjectLeavesTheSimulatorWithEachPoll) {
     connectClient();
     loseClient();
     removalQueue = {71, 72, 73, 74};
-    const platform::ManualClock clock(platform::WallTime{});
-    const platform::SteadyTime begin = platform::steadyNow();
-    std::thread user([begin] {
-        eventually([begin] { return platform::steadyNow() >= begin + 2s; });
-        gf_userCloses();
-    });
-    sendUserState();
-    user.join();
+    waitInVain(2s);
     EXPECT_THAT(removeRequests, ElementsAre(71u, 72u, 73u, 74u));
     EXPECT_THAT(removalQueue, IsEmpty());
 }
@@ -476,6 +526,22 @@ TEST_F(RealTraffic, whileItWaitsTheUsersPositionIsAskedForOnceASecond) {
     EXPECT_GE(requests.size(), seconds);
     EXPECT_LE(requests.size(), seconds + 1);
     EXPECT_EQ(requests.front(), "SimConnect_RequestDataOnSimObject(109, 403, 0, 1, 0, 0, 0, 0)");
+}
+
+TEST_F(RealTraffic, whileItWaitsTheRunsOwnCopyFollowsTheUser) {
+    connectClient();
+    loseClient();
+    setUserState(stateOf(53, 5));
+    waitInVain(1s);
+    EXPECT_EQ(positionOf(gUserState), (LatLon{53, 5}));
+}
+
+TEST_F(RealTraffic, whileItWaitsAPlaceThatIsNoneDoesNotReplaceTheUsers) {
+    connectClient();
+    loseClient();
+    setUserState({});
+    waitInVain(1s);
+    EXPECT_EQ(positionOf(gUserState), (LatLon{52.31, 4.76}));
 }
 
 TEST_F(RealTrafficThreads, theCloseButtonEndsTheWaitForTheReturnAtOnce) {

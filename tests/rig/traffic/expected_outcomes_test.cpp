@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <sstream>
+#include <stdexcept>
 
 #include "core/parameters.h"
 #include "feed/sample_queue.h"
@@ -50,6 +51,43 @@ TEST_F(ExpectedOutcomes, aParkingAirportAndTheRadiusCount) {
     std::ostringstream out;
     countOutcomes(options, out);
     EXPECT_EQ(out.str(), "accepted 3\ndoes not parse 1\nout of range 1\n");
+}
+
+// What the program has counted
+
+/// What countOutcomes throws, or nothing.
+std::string errorOf(const CountOptions& options, std::ostream& out) {
+    try {
+        countOutcomes(options, out);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST_F(ExpectedOutcomes, aLogThatSaysTheSameAgrees) {
+    writeText("recording.csv", text);
+    writeText("Log.txt", "Traffic lines: accepted 17\r\nother words\r\n"
+                         "Traffic lines: accepted 2, does not parse 1, out of range 1, on the ground elsewhere 1\r\n");
+    CountOptions options{.recording = "recording.csv", .user = amsterdam, .log = "Log.txt"};
+    std::ostringstream out;
+    EXPECT_EQ(errorOf(options, out), "");
+    EXPECT_EQ(out.str(), "accepted 2\ndoes not parse 1\nout of range 1\non the ground elsewhere 1\n"
+                         "the program counted the same\n");
+}
+
+TEST_F(ExpectedOutcomes, aLogThatSaysOtherwiseIsAnErrorThatNamesBoth) {
+    writeText("recording.csv", TrafficLineBuilder().line() + "\n");
+    writeText("Log.txt", "Traffic lines: refused 1\n");
+    CountOptions options{.recording = "recording.csv", .user = amsterdam, .log = "Log.txt"};
+    std::ostringstream out;
+    EXPECT_EQ(errorOf(options, out), "the program counted otherwise: refused 1 instead of accepted 1");
+}
+
+TEST_F(ExpectedOutcomes, aLogWithoutAWordOfTheLinesIsAnError) {
+    for (const char* silent : {"", "SimConnect closed ok\n", "Traffic lines: a few\n"}) {
+        EXPECT_THROW(outcomesFromLog(silent), std::runtime_error) << silent;
+    }
 }
 
 } // namespace

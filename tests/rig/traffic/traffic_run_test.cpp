@@ -7,6 +7,7 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -108,12 +109,25 @@ protected:
         return gLiveSampleQueue.size();
     }
 
-    /// How many lines of the recording the program takes, from the recording alone.
-    static std::size_t acceptedAlone(const Recording& recording) {
-        TrafficSurroundings around;
-        around.userLatLon = amsterdam;
-        const std::size_t count = expectedOutcomes(recording, around, 40)[LineOutcome::accepted];
-        return count;
+    /// What the program makes of the lines of the recording, from the recording alone.
+    static OutcomeCounts expectedOf(const Recording& recording) {
+        return expectedOutcomes(recording, {.userLatLon = amsterdam}, 40);
+    }
+
+    /// Plays the recording to its end, and compares what the program counted with what the recording alone says.
+    void expectTheCountsOfTheRecordingAlone() {
+        const Recording recording = loadRecording(options.recording);
+        const OutcomeCounts expected = expectedOf(recording);
+        const TrafficResult result = playWhile([] {
+            ASSERT_TRUE(waitForClient());
+            exchangeVersions();
+        });
+        EXPECT_EQ(result.played.sentLines + result.played.sentWeather, recording.rows.size());
+        EXPECT_EQ(result.failedSends, 0u);
+        EXPECT_EQ(gTrafficReader.lineCounter.counts(), expected)
+            << "counted: " << textOf(gTrafficReader.lineCounter.counts()) << "\nexpected: " << textOf(expected);
+        EXPECT_EQ(accepted(), expected.at(LineOutcome::accepted));
+        std::cout << "    " << textOf(expected) << "\n";
     }
 
     LogCapture log;
@@ -145,16 +159,8 @@ std::string mixedRows() {
 
 TEST_F(TrafficRunThreads, theProgramTakesAndDropsWhatTheRecordingAloneSays) {
     writeText("recording.csv", mixedRows());
-    const std::size_t expected = acceptedAlone(loadRecording("recording.csv"));
-    ASSERT_EQ(expected, 70u);
-
-    const TrafficResult result = playWhile([] {
-        ASSERT_TRUE(waitForClient());
-        exchangeVersions();
-    });
-
-    EXPECT_EQ(result.played.sentLines, 100u);
-    EXPECT_EQ(accepted(), expected);
+    expectTheCountsOfTheRecordingAlone();
+    EXPECT_EQ(accepted(), 70u);
     EXPECT_EQ(gQnh, 1009);
     EXPECT_EQ(realTrafficEdition(), "RT prof edition: 10.0.240");
     EXPECT_TRUE(gRealTrafficHistoric);
@@ -165,11 +171,19 @@ TEST_F(TrafficRunThreads, aRealRecordingIsTakenAndDroppedAsItAloneSays) {
     if (!std::filesystem::exists(options.recording)) {
         GTEST_SKIP() << "no recorded lines on this machine";
     }
-    const Recording recording = loadRecording(options.recording);
-    const std::size_t expected = acceptedAlone(recording);
-    const TrafficResult result = playWhile([] { ASSERT_TRUE(waitForClient()); });
-    EXPECT_EQ(result.played.sentLines, recording.rows.size());
-    EXPECT_EQ(accepted(), expected);
+    expectTheCountsOfTheRecordingAlone();
+}
+
+TEST_F(TrafficRunThreads, theShippedRecordingsAreTakenAndDroppedAsTheyAloneSay) {
+    options.player.speed = 1000;
+    for (const char* name : {"quiet_half_hour.csv.gz", "busy_ten_minutes.csv.gz"}) {
+        SCOPED_TRACE(name);
+        gLiveSampleQueue.clear();
+        resetFeed();
+        clientConnected = false;
+        options.recording = startFolder / "data/recordings" / name;
+        expectTheCountsOfTheRecordingAlone();
+    }
 }
 
 TEST_F(TrafficRunThreads, theLinesAreOfThePresentUnlessTheyAreHistoric) {
@@ -244,6 +258,21 @@ TEST_F(TrafficRunThreads, withoutALinkItPlaysAtOnce) {
     const TrafficResult result = playWhile([] {});
     EXPECT_EQ(result.connects, 0u);
     EXPECT_EQ(result.played.sentLines, 100u);
+}
+
+TEST_F(TrafficRunThreads, withADelayTheFirstRowWaitsFromTheConnectOn) {
+    writeText("recording.csv", mixedRows());
+    options.delaySeconds = 0.5;
+    std::chrono::steady_clock::time_point connected;
+    std::chrono::steady_clock::duration wait{};
+    playWhile([&] {
+        ASSERT_TRUE(waitForClient());
+        connected = std::chrono::steady_clock::now();
+        EXPECT_TRUE(eventually([] { return gTrafficReader.datagramCount > 0; }));
+        wait = std::chrono::steady_clock::now() - connected;
+    });
+    // The program may take the connection up to a tenth of a second late.
+    EXPECT_GE(wait, std::chrono::milliseconds(350));
 }
 
 TEST_F(TrafficRunThreads, aRecordingThatCannotBeReadIsAnError) {
