@@ -9,6 +9,7 @@
 #include "platform/console.h"
 #include "platform/files.h"
 #include "platform/program_entry.h"
+#include "platform/sibling_program.h"
 #include "rig/objects/object_script.h"
 #include "rig/simulator/simulator_run.h"
 #include "rig/trace/trace_summary.h"
@@ -55,6 +56,14 @@ void addObjectOptions(CLI::App& command, rig::ObjectScriptOptions& options) {
     command.add_option("--seconds", options.seconds, "How long they fly")->check(CLI::Range(1.0, 3600.0));
 }
 
+/// Its options are those of a program of its own, which holds the engine over a simulated world.
+CLI::App* addReplay(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand("replay", "A recording flown by the engine as fast as it goes");
+    command->set_help_flag();
+    command->prefix_command();
+    return command;
+}
+
 void printTrace(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -79,6 +88,7 @@ int programMain(const std::vector<std::string>& arguments) {
     CLI::App* const traceCommand = app.add_subcommand("trace", "Tells what a trace holds");
     addPath(*traceCommand, "file", trace, "The trace");
     const TrafficCommands traffic(app);
+    const CLI::App* const replayCommand = addReplay(app);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
         if (simulatorCommand->parsed()) {
@@ -87,6 +97,8 @@ int programMain(const std::vector<std::string>& arguments) {
             rig::runObjectScript(objects, std::cout);
         } else if (traceCommand->parsed()) {
             printTrace(trace);
+        } else if (replayCommand->parsed()) {
+            return platform::runSibling("rig_replay", replayCommand->remaining());
         }
         traffic.run(std::cout);
     } catch (const CLI::ParseError& error) {
