@@ -23,7 +23,7 @@ protected:
     Replays() {
         lf_readReferenceXml(sampleReference(), [](std::string_view) {});
     }
-    ~Replays() override { resetReferenceTables(); }
+    void TearDown() override { resetReferenceTables(); }
 
     ReplaySettings settings() { return {sceneAtTheAirport(), recordingBegin, 40, 1, nullptr}; }
 };
