@@ -24,6 +24,10 @@ CLI::Option* addPath(CLI::App& command, const std::string& option, std::filesyst
         option, [&path](const std::string& text) { path = platform::pathFromUtf8(text); }, help);
 }
 
+void addRate(CLI::App& command, const std::string& option, double& rate, const std::string& help) {
+    command.add_option(option, rate, help)->check(CLI::Range(0.0, 1.0));
+}
+
 void addOptions(CLI::App& app, rig::ReplayOptions& options) {
     addPath(app, "--recording", options.recording, "Recording, packed or not (docs/rig-traffic.md)")->required();
     addPath(app, "--scene", options.scene, "Scene file (docs/rig.md)")->required();
@@ -38,6 +42,10 @@ void addOptions(CLI::App& app, rig::ReplayOptions& options) {
         ->check(CLI::NonNegativeNumber);
     app.add_option("--radius", options.radiusNm, "Injection radius, nautical miles")
         ->check(CLI::Range(leastNm, farthestNm));
+    addRate(app, "--loss", options.loss, "Share of the lines that get lost");
+    addRate(app, "--repeat", options.repeat, "Share of the lines that come twice");
+    addRate(app, "--late", options.late, "Share of the lines that come 1 to 30 seconds late");
+    addRate(app, "--out-of-order", options.outOfOrder, "Share of the lines that come behind the next one");
     app.add_option("--loops", options.loops, "How often the recording is played")->check(CLI::PositiveNumber);
 }
 

@@ -108,6 +108,10 @@ PlayerOptions playerOptions(const ReplayOptions& options) {
     player.offsetSeconds = options.beginSeconds;
     player.loops = options.loops;
     player.seed = options.seed;
+    player.loss = options.loss;
+    player.repeat = options.repeat;
+    player.late = options.late;
+    player.outOfOrder = options.outOfOrder;
     return player;
 }
 

@@ -24,6 +24,11 @@ struct ReplayOptions {
     std::optional<double> durationSeconds; ///< none: until the recording is over and its aircraft have gone
     double radiusNm = 40;                  ///< of injection
     int loops = 1;                         ///< how often the recording is played
+    // Shares of the traffic lines, 0 to 1, as the player of recordings knows them.
+    double loss = 0;
+    double repeat = 0;
+    double late = 0;
+    double outOfOrder = 0;
 };
 
 struct ReplayResult {
