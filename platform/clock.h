@@ -1,6 +1,6 @@
 // platform/clock.h
 // The wall clock, the steady clock and the sleeps. Nobody else asks the system for the time.
-// Usable from any thread; a test may set both clocks.
+// Usable from any thread; a test or a replay may set both clocks.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@ SteadyTime steadyNow();
 /// Sleeps for `duration`, to the grain of the system timer; a duration of zero or less returns at once.
 void sleepFor(std::chrono::steady_clock::duration duration);
 
-/// Time by hand, for tests: while one exists, both clocks stand still, and a sleep of any thread moves them on by its
+/// Time by hand, for tests and replays: while one exists, both clocks stand still, and a sleep of any thread moves them on by its
 /// length and returns after a yield. One at a time.
 class ManualClock {
 public:

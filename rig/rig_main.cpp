@@ -9,6 +9,7 @@
 #include "platform/console.h"
 #include "platform/files.h"
 #include "platform/program_entry.h"
+#include "platform/sibling_program.h"
 #include "rig/objects/object_script.h"
 #include "rig/server/server_run.h"
 #include "rig/simulator/simulator_run.h"
@@ -66,6 +67,14 @@ void addServerOptions(CLI::App& command, rig::ServerOptions& options) {
         ->check(CLI::NonNegativeNumber);
 }
 
+/// Its options are those of a program of its own, which holds the engine over a simulated world.
+CLI::App* addReplay(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand("replay", "A recording flown by the engine as fast as it goes");
+    command->set_help_flag();
+    command->prefix_command();
+    return command;
+}
+
 void printTrace(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -93,6 +102,7 @@ int programMain(const std::vector<std::string>& arguments) {
     CLI::App* const serverCommand = app.add_subcommand("server", "A stand-in for the download server");
     addServerOptions(*serverCommand, server);
     const TrafficCommands traffic(app);
+    const CLI::App* const replayCommand = addReplay(app);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
         if (simulatorCommand->parsed()) {
@@ -103,6 +113,8 @@ int programMain(const std::vector<std::string>& arguments) {
             printTrace(trace);
         } else if (serverCommand->parsed()) {
             rig::runServer(server, std::cout);
+        } else if (replayCommand->parsed()) {
+            return platform::runSibling("rig_replay", replayCommand->remaining());
         }
         traffic.run(std::cout);
     } catch (const CLI::ParseError& error) {

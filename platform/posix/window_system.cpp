@@ -196,8 +196,10 @@ bool postMessage(unsigned message) {
 
 void invalidate(const Rectangle& area) {
     change([&](State& s) {
-        s.paintWanted = s.windowExists;
-        s.invalidated.push_back(area);
+        if (s.windowExists) {
+            s.paintWanted = true;
+            s.invalidated.push_back(area);
+        }
     });
 }
 

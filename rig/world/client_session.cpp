@@ -43,19 +43,6 @@ std::optional<SystemEventKind> systemEventNamed(std::string_view name) {
     return std::nullopt;
 }
 
-bool isOfPosition(std::string_view variable) {
-    constexpr std::string_view positionVariables[] = {
-        "PLANE LATITUDE", "PLANE LONGITUDE", "PLANE PITCH DEGREES", "PLANE BANK DEGREES", "PLANE HEADING DEGREES TRUE",
-        "PLANE ALTITUDE", "VERTICAL SPEED",  "AIRSPEED TRUE",
-    };
-    for (const std::string_view known : positionVariables) {
-        if (known == variable) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// A record of this size by its own word, and whatever is behind it.
 std::string recordHead(DWORD size) {
     std::string head;
@@ -217,15 +204,15 @@ void ClientSession::handle(const SetDataRequest& request) {
         refuse(SIMCONNECT_EXCEPTION_INVALID_DATA_SIZE);
         return;
     }
-    std::vector<DataDefinition::NamedValue> values;
+    written_.clear();
     for (; !data.empty(); data.remove_prefix(request.unitSize)) {
-        const SIMCONNECT_EXCEPTION result = written->write(data.substr(0, request.unitSize), *object, values);
+        const SIMCONNECT_EXCEPTION result = written->write(data.substr(0, request.unitSize), *object, written_);
         if (result != SIMCONNECT_EXCEPTION_NONE) {
             refuse(result);
             return;
         }
     }
-    noteWrites(object->id, values);
+    noteWrites(object->id);
 }
 
 void ClientSession::handle(const SubscribeRequest& request) {
@@ -306,9 +293,9 @@ WorldObject* ClientSession::ownAircraft(DWORD objectId) {
     return object;
 }
 
-void ClientSession::noteWrites(DWORD objectId, const std::vector<DataDefinition::NamedValue>& written) {
-    for (const DataDefinition::NamedValue& value : written) {
-        if (!isOfPosition(value.name)) {
+void ClientSession::noteWrites(DWORD objectId) {
+    for (const DataDefinition::NamedValue& value : written_) {
+        if (!value.ofPosition) {
             world_.note(TraceEventKind::written, objectId, value.value, value.name);
         }
     }

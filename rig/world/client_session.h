@@ -86,7 +86,7 @@ private:
         DWORD outOf;
     };
     void sendData(SIMCONNECT_RECV_ID record, DWORD requestId, DWORD defineId, const WorldObject* object, Entry entry);
-    void noteWrites(DWORD objectId, const std::vector<DataDefinition::NamedValue>& written);
+    void noteWrites(DWORD objectId);
 
     World& world_;
     std::vector<SentRequest> waiting_;
@@ -97,6 +97,8 @@ private:
     std::map<SystemEventKind, DWORD> subscriptions_;
     std::map<DWORD, DataDefinition> definitions_;
     std::map<DWORD, ObjectDataRequest> periodicRequests_;
+    std::vector<DataDefinition::NamedValue>
+        written_; // by the request that is being handled; its memory serves the next
 
     RecordWriter records_;
     std::string lyingTail_;

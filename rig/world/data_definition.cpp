@@ -35,6 +35,19 @@ const DataType* dataTypeOf(DWORD type) {
     return nullptr;
 }
 
+bool isOfPosition(std::string_view variable) {
+    constexpr std::string_view positionVariables[] = {
+        "PLANE LATITUDE", "PLANE LONGITUDE", "PLANE PITCH DEGREES", "PLANE BANK DEGREES", "PLANE HEADING DEGREES TRUE",
+        "PLANE ALTITUDE", "VERTICAL SPEED",  "AIRSPEED TRUE",
+    };
+    for (const std::string_view known : positionVariables) {
+        if (known == variable) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void appendNumber(double value, const DataType& type, std::string& to) {
     switch (type.type) {
     case SIMCONNECT_DATATYPE_FLOAT64: appendLittleEndian(to, std::bit_cast<std::uint64_t>(value), type.bytes); break;
@@ -100,7 +113,7 @@ SIMCONNECT_EXCEPTION DataDefinition::add(const AddToDefinitionRequest& request) 
     if (!factor) {
         return SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED;
     }
-    data_.push_back({number, text, *factor, type->type});
+    data_.push_back({number, text, *factor, type->type, number != nullptr && isOfPosition(number->name)});
     return SIMCONNECT_EXCEPTION_NONE;
 }
 
@@ -124,7 +137,7 @@ bool DataDefinition::readElement(std::string_view element, std::vector<NamedValu
         }
         if (datum.number != nullptr) {
             const double value = numberFrom(element.substr(0, bytes), datum.type);
-            values.push_back({datum.number->name, value / datum.unitsPerStored});
+            values.push_back({datum.number->name, value / datum.unitsPerStored, datum.ofPosition});
         }
         element.remove_prefix(bytes);
     }
@@ -133,27 +146,37 @@ bool DataDefinition::readElement(std::string_view element, std::vector<NamedValu
 
 SIMCONNECT_EXCEPTION DataDefinition::write(std::string_view element, WorldObject& object,
                                            std::vector<NamedValue>& written) const {
-    std::vector<NamedValue> values;
+    const std::size_t first = written.size();
+    const SIMCONNECT_EXCEPTION fault = readWritable(element, written);
+    if (fault != SIMCONNECT_EXCEPTION_NONE) {
+        written.erase(written.begin() + static_cast<std::ptrdiff_t>(first), written.end());
+        return fault;
+    }
+    for (std::size_t i = 0; i < data_.size(); ++i) {
+        data_[i].number->write(object, written[first + i].value);
+    }
+    return SIMCONNECT_EXCEPTION_NONE;
+}
+
+/// Appends the values if they are fit to be written; why not, otherwise.
+SIMCONNECT_EXCEPTION DataDefinition::readWritable(std::string_view element, std::vector<NamedValue>& values) const {
     for (const Datum& datum : data_) {
         if (datum.number == nullptr || datum.number->write == nullptr) {
             return SIMCONNECT_EXCEPTION_DATA_ERROR;
         }
     }
+    const std::size_t first = values.size();
     if (!readElement(element, values)) {
         return SIMCONNECT_EXCEPTION_INVALID_DATA_SIZE;
     }
-    for (const NamedValue& value : values) {
-        if (!std::isfinite(value.value)) {
+    for (std::size_t i = first; i < values.size(); ++i) {
+        if (!std::isfinite(values[i].value)) {
             return SIMCONNECT_EXCEPTION_DATA_ERROR;
         }
-        if (std::abs(value.value) > largestValue) {
+        if (std::abs(values[i].value) > largestValue) {
             return SIMCONNECT_EXCEPTION_OUT_OF_BOUNDS;
         }
     }
-    for (std::size_t i = 0; i < data_.size(); ++i) {
-        data_[i].number->write(object, values[i].value);
-    }
-    written.insert(written.end(), values.begin(), values.end());
     return SIMCONNECT_EXCEPTION_NONE;
 }
 

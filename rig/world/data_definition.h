@@ -28,11 +28,12 @@ public:
 
     struct NamedValue {
         std::string_view name;
-        double value; ///< in the variable's stored unit
+        double value;            ///< in the variable's stored unit
+        bool ofPosition = false; ///< one of those that every frame of a trace holds
     };
 
     /// Puts the values of one element into the aircraft: all, or none. SIMCONNECT_EXCEPTION_NONE, or why none. `written`
-    /// gets the variables with their values.
+    /// gets the variables with their values behind what it holds.
     SIMCONNECT_EXCEPTION write(std::string_view element, WorldObject& object, std::vector<NamedValue>& written) const;
 
 private:
@@ -41,8 +42,10 @@ private:
         const TextVariable* text;     ///< null for a number
         double unitsPerStored;
         SIMCONNECT_DATATYPE type;
+        bool ofPosition;
     };
 
+    SIMCONNECT_EXCEPTION readWritable(std::string_view element, std::vector<NamedValue>& values) const;
     bool readElement(std::string_view element, std::vector<NamedValue>& values) const;
 
     std::vector<Datum> data_;

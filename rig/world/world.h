@@ -77,6 +77,8 @@ public:
     WorldObject& user() { return user_; }
     /// All aircraft but the user's, by id; also those that cannot be seen yet.
     const std::map<DWORD, WorldObject>& aircraft() const { return aircraft_; }
+    /// All that there have been but the user's.
+    std::size_t createdAircraft() const { return nextId_ - firstAircraftId; }
     const std::vector<ClientSession*>& clients() const { return clients_; }
     double groundFeet(const LatLon& at) const { return scene_.ground.elevationFeet(at); }
     ObjectView view(const WorldObject& object) const;

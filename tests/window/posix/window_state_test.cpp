@@ -144,6 +144,13 @@ TEST_F(Messages, aMessageRepaintsItsLineAlone) {
     EXPECT_EQ(memory::invalidated(), (std::vector<window_system::Rectangle>{{0, 448, 880, 476}}));
 }
 
+TEST_F(Messages, withoutAWindowNothingWaitsToBeRepainted) {
+    memory::reset();
+    repaintMessageLine();
+    repaintWindow();
+    EXPECT_TRUE(memory::invalidated().empty());
+}
+
 TEST_F(Messages, aTextThatIsNoUtf8IsNotPaintedAndSaysSo) {
     showMessage("bad \xff", LogCopy::no);
     memory::paintNow();

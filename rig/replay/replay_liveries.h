@@ -1,0 +1,17 @@
+// rig/replay/replay_liveries.h
+// The liveries of a replay: the one place that tells the engine what it may paint its aircraft with, and the simulated world
+// what it can create. On the thread of the replay.
+#pragma once
+
+#include "rig/world/aircraft_titles.h"
+
+namespace rig {
+
+/// Gives the engine a livery for each category of aircraft, good until the liveries are reset, and answers those same titles
+/// as the simulated world has to know them.
+AircraftTitles setUpReplayLiveries();
+
+/// No livery is known to the engine any more.
+void forgetReplayLiveries();
+
+} // namespace rig

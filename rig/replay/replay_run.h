@@ -1,0 +1,44 @@
+// rig/replay/replay_run.h
+// A recording flown by the engine in a scene, from file to file. Runs on the calling thread.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "rig/replay/replay.h"
+
+namespace rig {
+
+struct ReplayOptions {
+    std::filesystem::path recording;
+    std::filesystem::path scene;
+    std::filesystem::path trace; ///< empty: none
+    /// Types and registrations, in clear.
+    std::filesystem::path reference = std::filesystem::path("data") / "dbase.xml";
+    std::filesystem::path logFolder;       ///< gets the Log.txt of the run; empty: none
+    std::uint32_t seed = 1;                ///< of the engine's chance, and of what happens to the lines on their way
+    double beginSeconds = 0;               ///< of the recording, left out at its beginning
+    std::optional<double> durationSeconds; ///< none: until the recording is over and its aircraft have gone
+    double radiusNm = 40;                  ///< of injection
+    int loops = 1;                         ///< how often the recording is played
+    // Shares of the traffic lines, 0 to 1, as the player of recordings knows them.
+    double loss = 0;
+    double repeat = 0;
+    double late = 0;
+    double outOfOrder = 0;
+};
+
+struct ReplayResult {
+    ReplayCounts counts;
+    double seconds = 0; ///< replayed
+    std::string end;    ///< why it ended
+};
+
+/// Tells on `out` what has been replayed. Throws std::runtime_error, with a text for the user, when it cannot begin or its
+/// files cannot be written, and what ends a run as an error.
+ReplayResult runReplay(const ReplayOptions& options, std::ostream& out);
+
+} // namespace rig
