@@ -10,6 +10,7 @@
 #include "platform/files.h"
 #include "platform/program_entry.h"
 #include "rig/objects/object_script.h"
+#include "rig/report_commands.h"
 #include "rig/simulator/simulator_run.h"
 #include "rig/trace/trace_summary.h"
 #include "rig/traffic_commands.h"
@@ -79,6 +80,7 @@ int programMain(const std::vector<std::string>& arguments) {
     CLI::App* const traceCommand = app.add_subcommand("trace", "Tells what a trace holds");
     addPath(*traceCommand, "file", trace, "The trace");
     const TrafficCommands traffic(app);
+    const ReportCommands report(app);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
         if (simulatorCommand->parsed()) {
@@ -89,6 +91,7 @@ int programMain(const std::vector<std::string>& arguments) {
             printTrace(trace);
         }
         traffic.run(std::cout);
+        report.run(std::cout);
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     } catch (const std::exception& error) {
