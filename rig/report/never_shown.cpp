@@ -80,8 +80,8 @@ LogReasons::LogReasons(std::string_view log) {
             const std::string reason(line.substr(at + goes.size()));
             forEachWord(line.substr(0, at), [&](std::string_view word) { byName_[std::string(word)] = reason; });
         } else if (const auto type = between(line, "Aircraft of type '", notShown)) {
-            const std::size_t at = line.find(notShown) + notShown.size();
-            byType_[std::string(*type)] = fmt::format("aircraft of type '{}': {}", *type, line.substr(at));
+            const std::size_t reasonAt = line.find(notShown) + notShown.size();
+            byType_[std::string(*type)] = fmt::format("aircraft of type '{}': {}", *type, line.substr(reasonAt));
         } else if (const auto title = between(line, "'", "'");
                    title && line.find(notCreated) != std::string_view::npos) {
             forEachWord(line.substr(0, line.find('\'')), [&](std::string_view word) {

@@ -221,11 +221,10 @@ void ObjectMeter::measureLimit(Limit& limit, RateFigures& figures, double value,
 
 /// Whether it is being pushed back: backwards, slowly, from a stand.
 bool ObjectMeter::followPush(const Frame& frame, const Motion& motion, bool isBackwards) {
-    if (!onGround_ || motion.knots > fastestPushKnots) {
-        isPushed_ = false;
-    } else if (motion.knots < standingKnots) {
+    const bool stands = onGround_ && motion.knots < standingKnots;
+    if (stands) {
         stoodAt_ = frame.seconds;
-    } else if (!isBackwards) {
+    } else if (!onGround_ || motion.knots > fastestPushKnots || !isBackwards) {
         isPushed_ = false;
     } else if (frame.seconds - stoodAt_ <= pushBeginSeconds) {
         isPushed_ = true;

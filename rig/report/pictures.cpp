@@ -129,6 +129,7 @@ void plot(Canvas& canvas, const Box& box, const std::string& title, const std::v
         canvas.line({{x, box.top}, {x, box.top + box.height}}, alarm, 1);
     }
     std::vector<Pixel> pixels;
+    pixels.reserve(samples.size());
     for (const Sample& sample : samples) {
         pixels.push_back(pixelOf(sample));
     }
@@ -140,6 +141,7 @@ void plot(Canvas& canvas, const Box& box, const std::string& title, const std::v
 
 std::vector<LatLon> placesOf(const std::vector<FeedPoint>& points) {
     std::vector<LatLon> places;
+    places.reserve(points.size());
     for (const FeedPoint& point : points) {
         places.push_back(point.at);
     }
@@ -148,6 +150,7 @@ std::vector<LatLon> placesOf(const std::vector<FeedPoint>& points) {
 
 void drawPath(Canvas& canvas, const View& view, const std::vector<LatLon>& places, const Colour& colour, double width) {
     std::vector<Pixel> pixels;
+    pixels.reserve(places.size());
     for (const LatLon& place : places) {
         pixels.push_back(view(place));
     }
@@ -169,6 +172,12 @@ void drawNumbers(Canvas& canvas, const View& view, const Analysis& analysis) {
         const std::string number = std::to_string(i + 1);
         canvas.text({at.x - 3.8 * static_cast<double>(number.size()), at.y + 4.5}, number, textSize, {1, 1, 1}, true);
     }
+}
+
+/// Two columns of boxes below the title.
+Box boxOf(std::size_t index) {
+    const std::size_t row = index / 2;
+    return {20 + 790.0 * static_cast<double>(index % 2), 60 + 477.0 * static_cast<double>(row), 770, 462};
 }
 
 std::string titleOf(const Analysis& analysis, std::size_t index) {
@@ -233,6 +242,7 @@ void drawMap(const Analysis& analysis, const std::filesystem::path& file) {
 std::vector<Sample> samplesOf(const std::vector<DetailPoint>& course,
                               const std::function<double(const Position&)>& value) {
     std::vector<Sample> samples;
+    samples.reserve(course.size());
     for (const DetailPoint& point : course) {
         samples.push_back({point.seconds, value(point.position)});
     }
@@ -319,8 +329,7 @@ void drawWorst(const Analysis& analysis, const std::filesystem::path& file) {
         canvas.text({20, 90}, "No moment stands out", titleSize, ink);
     }
     for (std::size_t i = 0; i < std::min(analysis.worst.size(), picturedMoments); ++i) {
-        const Box box{20 + 790.0 * static_cast<double>(i % 2), 60 + 475.0 * static_cast<double>(i / 2), 770, 460};
-        drawMoment(canvas, box, analysis, i);
+        drawMoment(canvas, boxOf(i), analysis, i);
     }
     canvas.write(file);
 }
@@ -376,8 +385,7 @@ void drawProfiles(const Analysis& analysis, const std::filesystem::path& file) {
                 titleSize + 3, ink, true);
     const std::vector<const MeasuredAircraft*> chosen = worstAircraft(analysis, picturedMoments);
     for (std::size_t i = 0; i < chosen.size(); ++i) {
-        const Box box{20 + 790.0 * static_cast<double>(i % 2), 60 + 478.0 * static_cast<double>(i / 2), 770, 462};
-        drawProfile(canvas, box, analysis, *chosen[i]);
+        drawProfile(canvas, boxOf(i), analysis, *chosen[i]);
     }
     canvas.write(file);
 }
@@ -385,7 +393,7 @@ void drawProfiles(const Analysis& analysis, const std::filesystem::path& file) {
 } // namespace
 
 std::vector<std::filesystem::path> drawPictures(const Analysis& analysis, const std::filesystem::path& folder) {
-    const std::vector<std::filesystem::path> files{folder / "map.png", folder / "worst.png", folder / "profiles.png"};
+    std::vector<std::filesystem::path> files{folder / "map.png", folder / "worst.png", folder / "profiles.png"};
     drawMap(analysis, files[0]);
     drawWorst(analysis, files[1]);
     drawProfiles(analysis, files[2]);

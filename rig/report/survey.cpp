@@ -132,8 +132,8 @@ double medianOf(std::vector<double>& values) {
 
 } // namespace
 
-LatLon Survey::userAt(double at) const {
-    const auto later = std::upper_bound(user.begin(), user.end(), at,
+LatLon Survey::userAt(double when) const {
+    const auto later = std::upper_bound(user.begin(), user.end(), when,
                                         [](double time, const UserPlace& place) { return time < place.seconds; });
     if (user.empty()) {
         return {};

@@ -49,7 +49,7 @@ struct Survey {
     FeedClock clock;
     ClockSource clockSource = ClockSource::assumed;
 
-    LatLon userAt(double seconds) const;
+    LatLon userAt(double when) const; ///< seconds since the begin of the trace
 };
 
 /// `tracks` must live as long as what is answered. `feedBegin` is the time of the recording's first row, seconds since 1970;

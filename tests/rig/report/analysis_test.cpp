@@ -181,9 +181,7 @@ TEST(Analysis, withoutARecordingTheTruthIsTheTrack) {
 
 TEST(Analysis, samplesThatWereHeldOutAreComparedAtTheirMoment) {
     RowMaker hidden;
-    for (double seconds = 21; seconds < 100; seconds += 10) {
-        hidden.tell(seconds, moved(placeAt(seconds), 0, 40));
-    }
+    hidden.tellAll(21, 99, 10, [](double seconds) { return moved(placeAt(seconds), 0, 40); });
     const FeedTracks heldOut = feedTracks(hidden.recording());
     None none;
     none.inputs.heldOut = &heldOut;
@@ -251,9 +249,7 @@ Recording onTheGround() {
     rows.line.altFt = 0;
     rows.line.airborne = false;
     rows.line.gs = 0;
-    for (double seconds = 0; seconds <= 200; seconds += 10) {
-        rows.tell(seconds, {52, 4});
-    }
+    rows.tellAll(0, 200, 10, [](double) { return LatLon{52, 4}; });
     return rows.recording();
 }
 
@@ -379,9 +375,7 @@ TEST(AnalysisOfSeveral, ofTwoWithOneTailNumberEachHasItsOwnTrack) {
     rows.tellFlight(0, 200);
     rows.line.hexid = 4734982;
     rows.line.registration = "PH-TWO";
-    for (double seconds = 0; seconds <= 200; seconds += 2) {
-        rows.tell(seconds, moved(placeAt(seconds), 0, 5000));
-    }
+    rows.tellAll(0, 200, 2, [](double seconds) { return moved(placeAt(seconds), 0, 5000); });
     const Recording recording = rows.recording();
     FlownTrace trace;
     trace.create(10, "KLM1");

@@ -13,9 +13,7 @@ namespace {
 
 TEST(FeedTracks, oneThatStandsTakesTwoPoints) {
     RowMaker rows;
-    for (double seconds = 0; seconds < 100; seconds += 2) {
-        rows.tell(seconds, {52, 4});
-    }
+    rows.tellAll(0, 99, 2, [](double) { return LatLon{52, 4}; });
     const FeedTracks tracks = feedTracks(rows.recording());
     ASSERT_THAT(tracks.at(4734981).points, SizeIs(2));
     EXPECT_EQ(tracks.at(4734981).points[1].seconds, feedBegin + 98);

@@ -53,12 +53,14 @@ public:
         line.lon = at.lon;
         rows[seconds] += textOf(line) + '\n';
     }
-    /// On its way east, every two seconds.
-    void tellFlight(double from, double to) {
-        for (double seconds = from; seconds <= to; seconds += 2) {
-            tell(seconds, placeAt(seconds));
+    /// Every so many seconds.
+    void tellAll(int from, int to, int every, const std::function<LatLon(double seconds)>& place) {
+        for (int seconds = from; seconds <= to; seconds += every) {
+            tell(seconds, place(seconds));
         }
     }
+    /// On its way east, every two seconds.
+    void tellFlight(int from, int to) { tellAll(from, to, 2, placeAt); }
     Recording recording() const {
         std::string text;
         for (const auto& [seconds, row] : rows) {

@@ -52,13 +52,11 @@ protected:
         return feedInRange(recording, tracks, survey, LogReasons(log), 40);
     }
 
-    static void tellAnother(RowMaker& rows, std::uint32_t hexid, const std::string& callsign, double from) {
+    static void tellAnother(RowMaker& rows, std::uint32_t hexid, const std::string& callsign, int from) {
         rows.line.hexid = hexid;
         rows.line.callsign = callsign;
         rows.line.registration = "PH-" + callsign;
-        for (double seconds = from; seconds < 200; seconds += 5) {
-            rows.tell(seconds, moved(placeAt(seconds), 0, 3000));
-        }
+        rows.tellAll(from, 199, 5, [](double seconds) { return moved(placeAt(seconds), 0, 3000); });
     }
 };
 
@@ -103,9 +101,7 @@ TEST_F(NeverShownTest, whoIsOutOfRangeOrComesAtTheVeryEndIsNotAmongThem) {
     tellAnother(rows, 4800000, "LATE", 90);
     rows.line.hexid = 4800001;
     rows.line.callsign = "FAR";
-    for (double seconds = 0; seconds < 200; seconds += 5) {
-        rows.tell(seconds, moved(placeAt(seconds), 0, 90000));
-    }
+    rows.tellAll(0, 199, 5, [](double seconds) { return moved(placeAt(seconds), 0, 90000); });
     EXPECT_THAT(find(rows).neverShown, IsEmpty());
 }
 
