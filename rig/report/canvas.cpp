@@ -8,6 +8,7 @@
 #include <cairo.h>
 
 #include "platform/files.h"
+#include "platform/text_encoding.h"
 
 namespace rig {
 
@@ -42,7 +43,8 @@ void Canvas::text(const Pixel& at, const std::string& text, double size, const C
                            isBold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
     cairo_set_font_size(context_.get(), size);
     cairo_move_to(context_.get(), at.x, at.y);
-    cairo_show_text(context_.get(), text.c_str());
+    // Of text that is no UTF-8 the context would take offence, and draw nothing any more.
+    cairo_show_text(context_.get(), platform::readableText(text).c_str());
     cairo_new_path(context_.get());
 }
 

@@ -117,7 +117,7 @@ void runReport(const ReportOptions& options, std::ostream& out) {
     const auto recording = ifThere(options.recording, [&] { return loadRecording(options.recording); });
     const auto truth = ifThere(options.truth, [&] { return truthTracks(readText(options.truth)); });
     const auto heldOut = ifThere(options.heldOut, [&] { return feedTracks(loadRecording(options.heldOut)); });
-    const auto log = ifThere(options.log, [&] { return readText(options.log); });
+    const std::string log = ifThere(options.log, [&] { return readText(options.log); }).value_or("");
     const auto scene = ifThere(options.scene, [&] { return readScene(options.scene); });
     const AircraftTitles titles = titlesIn(options.titles);
     if (!options.types.empty()) {
@@ -127,7 +127,7 @@ void runReport(const ReportOptions& options, std::ostream& out) {
                                 .recording = pointerTo(recording),
                                 .truth = pointerTo(truth),
                                 .heldOut = pointerTo(heldOut),
-                                .log = log ? std::string_view(*log) : std::string_view(),
+                                .log = log,
                                 .ground = scene ? &scene->ground : nullptr,
                                 .titles = options.titles.empty() ? nullptr : &titles,
                                 .feedStart = options.feedStart,

@@ -10,6 +10,7 @@
 
 #include "core/geography.h"
 #include "engine/angles.h"
+#include "rig/report/cross_track.h"
 #include "sim/sim_queues.h"
 
 inline constexpr double secondsPerSlot = 0.01;
@@ -23,48 +24,8 @@ inline double metresBetween(const LatLon& a, const LatLon& b) {
     return greatCircleNm(a, b) * metersPerNm;
 }
 
-/// How far a position lies beside a line of points, metres. It looks near the place where the last position was, so positions
-/// are to be given in the order in which they were flown.
-class CrossTrack {
-public:
-    explicit CrossTrack(std::vector<LatLon> points) : points_(std::move(points)) {}
-
-    double metres(const LatLon& position) {
-        double best = 1e12;
-        std::size_t bestLeg = leg_;
-        const std::size_t first = leg_ > reach ? leg_ - reach : 0;
-        const std::size_t last = isFirst_ ? points_.size() : leg_ + reach;
-        for (std::size_t i = first; i + 1 < points_.size() && i <= last; ++i) {
-            if (const double distance = metresFromLeg(i, position); distance < best) {
-                best = distance;
-                bestLeg = i;
-            }
-        }
-        leg_ = bestLeg;
-        isFirst_ = false;
-        return best;
-    }
-
-private:
-    static constexpr std::size_t reach = 12;
-
-    double metresFromLeg(std::size_t leg, const LatLon& position) const {
-        const LatLon& a = points_[leg];
-        const LatLon& b = points_[leg + 1];
-        const double eastPerDegree = metersPerDegreeLatitude * std::cos(a.lat * radiansPerDegree);
-        const double bx = longitudeDifference(b.lon, a.lon) * eastPerDegree;
-        const double by = (b.lat - a.lat) * metersPerDegreeLatitude;
-        const double px = longitudeDifference(position.lon, a.lon) * eastPerDegree;
-        const double py = (position.lat - a.lat) * metersPerDegreeLatitude;
-        const double squared = bx * bx + by * by;
-        const double share = squared == 0 ? 0 : std::clamp((px * bx + py * by) / squared, 0.0, 1.0);
-        return std::hypot(px - share * bx, py - share * by);
-    }
-
-    std::vector<LatLon> points_;
-    std::size_t leg_ = 0;
-    bool isFirst_ = true;
-};
+/// By the rule of the rig's reports.
+using rig::CrossTrack;
 
 /// The value that this share of them does not exceed; 0 of none.
 inline double atShare(std::vector<double> values, double share) {

@@ -9,6 +9,7 @@ namespace {
 
 std::vector<LatLon> eastward() {
     std::vector<LatLon> points;
+    points.reserve(100);
     for (int i = 0; i < 100; ++i) {
         points.push_back(placeAt(i));
     }
@@ -33,6 +34,7 @@ TEST(CrossTrack, knowsWhatLiesBeyondItsEnds) {
 TEST(CrossTrack, whereALineCrossesItselfItStaysOnItsWay) {
     // North, and back over the same places a hundred seconds later, 30 m beside.
     std::vector<LatLon> points;
+    points.reserve(100);
     for (int i = 0; i < 50; ++i) {
         points.push_back(moved({52, 4}, 0, 100.0 * i));
     }

@@ -38,7 +38,7 @@ TEST(LogReasons, areThoseOfTheLinesThatNameTheAircraft) {
 
 class NeverShownTest : public ::testing::Test {
 protected:
-    ~NeverShownTest() override { gf_setInjectionRadius(40); }
+    void TearDown() override { gf_setInjectionRadius(40); }
 
     FeedInRange find(const RowMaker& rows, const std::string& log = {}) {
         const Recording recording = rows.recording();
