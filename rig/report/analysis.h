@@ -25,10 +25,10 @@ struct AnalysisInputs {
     const Recording* recording = nullptr;
     const FeedTracks* truth = nullptr;   ///< without a recording it is the recorded track, too
     const FeedTracks* heldOut = nullptr; ///< samples that the program was not given
-    std::string_view log;
-    const Ground* ground = nullptr;         ///< with the titles: heights above the ground
-    const AircraftTitles* titles = nullptr; ///< wing spans, and how high aircraft stand
-    std::optional<double> feedStart;        ///< seconds since the begin of the trace
+    std::string_view log = {};
+    const Ground* ground = nullptr;                 ///< with the titles: heights above the ground
+    const AircraftTitles* titles = nullptr;         ///< wing spans, and how high aircraft stand
+    std::optional<double> feedStart = std::nullopt; ///< seconds since the begin of the trace
     int radiusNm = 40;
 };
 

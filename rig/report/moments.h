@@ -47,7 +47,7 @@ struct Moment {
     double value = 0;
     /// How many times what is usual: moments of all kinds are sorted by it.
     double weight = 0;
-    LatLon at;
+    LatLon at = {};
     double altFeet = 0;
 };
 

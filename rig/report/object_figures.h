@@ -59,7 +59,7 @@ struct ObjectFacts {
     const FeedAircraft* truth = nullptr;
     const FeedAircraft* heldOut = nullptr;
     AircraftCategory category = AircraftCategory::Large;
-    std::optional<double> cgHeightFeet;
+    std::optional<double> cgHeightFeet = std::nullopt;
     double spanMetres = 0;
 };
 

@@ -56,7 +56,7 @@ TEST(Analysis, anAircraftOnItsTrackHasNothingToTell) {
 }
 
 TEST(Analysis, tenMetresBesideTheTrackIsACrossTrackOfTen) {
-    const Analysis analysis = analysisOfPath([](double due) { return flyingAt(moved(placeAt(due), 180, 10)); });
+    const Analysis analysis = analysisOfPath([](double due) { return flyingAt(shifted(placeAt(due), 180, 10)); });
     const Distribution& crossTrack = only(analysis).air.crossTrack;
     EXPECT_NEAR(crossTrack.atShare(0.5), 10, 0.15);
     EXPECT_NEAR(crossTrack.atShare(0.95), 10, 0.15);
@@ -90,14 +90,14 @@ TEST(Analysis, aGapOfTheFeedIsNotCompared) {
     rows.tellFlight(0, 40);
     rows.tellFlight(90, 200);
     const Analysis analysis = analysisOf(
-        [](double due) { return flyingAt(due > 42 && due < 88 ? moved(placeAt(due), 0, 300) : placeAt(due)); },
+        [](double due) { return flyingAt(due > 42 && due < 88 ? shifted(placeAt(due), 0, 300) : placeAt(due)); },
         rows.recording(), None().inputs);
     EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
 }
 
 TEST(Analysis, aLeapOfAHundredMetresIsOneJump) {
     const Analysis analysis =
-        analysisOfPath([](double due) { return flyingAt(moved(placeAt(due), 180, due >= 60 ? 100 : 0)); });
+        analysisOfPath([](double due) { return flyingAt(shifted(placeAt(due), 180, due >= 60 ? 100 : 0)); });
     EXPECT_EQ(only(analysis).air.jumps, 1u);
     EXPECT_NEAR(only(analysis).air.largestStep, 100, 1);
     ASSERT_FALSE(analysis.worst.empty());
@@ -115,7 +115,7 @@ TEST(Analysis, aLeapOfAHundredMetresIsOneJump) {
 TEST(Analysis, aStepBelowFiveMetresIsNoJumpHoweverSlowTheAircraft) {
     const auto standing = [](double leap) {
         return analysisOfPath([leap](double due) {
-            Position position = flyingAt(moved({52, 4}, 0, due >= 60 ? leap : 0), 10);
+            Position position = flyingAt(shifted({52, 4}, 0, due >= 60 ? leap : 0), 10);
             position.trueKnots = 0;
             return position;
         });
@@ -153,7 +153,7 @@ TEST(Analysis, anActInTheTraceTellsWhenTheRecordingBegan) {
 std::string truthText(double sideMetres) {
     std::string text = "time,hexid,callsign,phase,lat,lon,alt_ft,on_ground,heading,track,gs_kt,vs_fpm,roll\n";
     for (int second = 0; second <= 200; ++second) {
-        const LatLon at = moved(placeAt(second), 180, sideMetres);
+        const LatLon at = shifted(placeAt(second), 180, sideMetres);
         text += fmt::format("{:.0f},4734981,KLM1,cruise,{:.7f},{:.7f},5000.0,0,90.00,90.00,240.00,0,0.0\n",
                             feedBegin + second, at.lat, at.lon);
     }
@@ -173,7 +173,7 @@ TEST(Analysis, withoutARecordingTheTruthIsTheTrack) {
     const FeedTracks truth = truthTracks(truthText(0));
     FlownTrace trace;
     trace.create(10, "KLM1");
-    trace.fly(40, 160, {{10, [](double seconds) { return flyingAt(moved(placeAt(seconds), 0, 20)); }}});
+    trace.fly(40, 160, {{10, [](double seconds) { return flyingAt(shifted(placeAt(seconds), 0, 20)); }}});
     std::istringstream bytes(trace.bytes());
     const Analysis analysis = analyse({.trace = bytes, .truth = &truth});
     EXPECT_NEAR(only(analysis).air.crossTrack.atShare(0.5), 20, 0.3);
@@ -181,7 +181,7 @@ TEST(Analysis, withoutARecordingTheTruthIsTheTrack) {
 
 TEST(Analysis, samplesThatWereHeldOutAreComparedAtTheirMoment) {
     RowMaker hidden;
-    hidden.tellAll(21, 99, 10, [](double seconds) { return moved(placeAt(seconds), 0, 40); });
+    hidden.tellAll(21, 99, 10, [](double seconds) { return shifted(placeAt(seconds), 0, 40); });
     const FeedTracks heldOut = feedTracks(hidden.recording());
     None none;
     none.inputs.heldOut = &heldOut;
@@ -255,7 +255,7 @@ Recording onTheGround() {
 
 /// An aircraft that points north, so many metres north of its place.
 Position onGroundAt(const Airport& airport, double metresNorth, double knots) {
-    const LatLon at = moved({52, 4}, metresNorth < 0 ? 180 : 0, std::abs(metresNorth));
+    const LatLon at = shifted({52, 4}, metresNorth < 0 ? 180 : 0, std::abs(metresNorth));
     return {at.lat, at.lon, 0, 0, 0, airport.standingFeet(), 0, knots};
 }
 
@@ -343,7 +343,7 @@ TEST(AnalysisOfSeveral, sevenSecondsInOneAnotherAreSeven) {
     trace.create(11, "KLM2");
     const auto first = [](double seconds) { return flyingAt(placeAt(seconds)); };
     const auto second = [](double seconds) {
-        return flyingAt(moved(placeAt(seconds), 180, seconds >= 20 && seconds < 27 ? 10 : 500));
+        return flyingAt(shifted(placeAt(seconds), 180, seconds >= 20 && seconds < 27 ? 10 : 500));
     };
     trace.fly(0, 60, {{10, first}, {11, second}});
     std::istringstream bytes(trace.bytes());
@@ -375,13 +375,13 @@ TEST(AnalysisOfSeveral, ofTwoWithOneTailNumberEachHasItsOwnTrack) {
     rows.tellFlight(0, 200);
     rows.line.hexid = 4734982;
     rows.line.registration = "PH-TWO";
-    rows.tellAll(0, 200, 2, [](double seconds) { return moved(placeAt(seconds), 0, 5000); });
+    rows.tellAll(0, 200, 2, [](double seconds) { return shifted(placeAt(seconds), 0, 5000); });
     const Recording recording = rows.recording();
     FlownTrace trace;
     trace.create(10, "KLM1");
     trace.create(11, "KLM1");
     trace.fly(40, 100,
-              {{10, [](double seconds) { return flyingAt(moved(placeAt(seconds - 30), 0, 5000)); }},
+              {{10, [](double seconds) { return flyingAt(shifted(placeAt(seconds - 30), 0, 5000)); }},
                {11, [](double seconds) { return flyingAt(placeAt(seconds - 30)); }}});
     std::istringstream bytes(trace.bytes());
     const Analysis analysis = analyse({.trace = bytes, .recording = &recording, .feedStart = 0});

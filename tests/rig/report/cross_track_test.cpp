@@ -18,7 +18,7 @@ std::vector<LatLon> eastward() {
 
 TEST(CrossTrack, tellsHowFarBesideAndWhereAlong) {
     CrossTrack track(eastward());
-    const NearestOnLine nearest = track.nearest(moved(placeAt(50.25), 180, 10));
+    const NearestOnLine nearest = track.nearest(shifted(placeAt(50.25), 180, 10));
     EXPECT_NEAR(nearest.metres, 10, 0.1);
     EXPECT_NEAR(static_cast<double>(nearest.leg) + nearest.share, 50.25, 0.01);
     EXPECT_FALSE(nearest.isBeyondEnd);
@@ -36,14 +36,14 @@ TEST(CrossTrack, whereALineCrossesItselfItStaysOnItsWay) {
     std::vector<LatLon> points;
     points.reserve(100);
     for (int i = 0; i < 50; ++i) {
-        points.push_back(moved({52, 4}, 0, 100.0 * i));
+        points.push_back(shifted({52, 4}, 0, 100.0 * i));
     }
     for (int i = 49; i >= 0; --i) {
-        points.push_back(moved(moved({52, 4}, 0, 100.0 * i), 90, 30));
+        points.push_back(shifted(shifted({52, 4}, 0, 100.0 * i), 90, 30));
     }
     CrossTrack track(points);
     track.lookNear(75);
-    EXPECT_NEAR(track.metres(moved({52, 4}, 0, 2400)), 30, 0.5);
+    EXPECT_NEAR(track.metres(shifted({52, 4}, 0, 2400)), 30, 0.5);
 }
 
 TEST(CrossTrack, goesOverTheDateLine) {

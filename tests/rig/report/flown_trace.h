@@ -21,13 +21,13 @@ inline constexpr double flightKnots = 240;
 inline constexpr double flightMetresPerSecond = flightKnots * metersPerNm / 3600;
 inline constexpr double eastRad = 90 * radiansPerDegree;
 
-inline LatLon moved(const LatLon& from, double headingDegrees, double metres) {
+inline LatLon shifted(const LatLon& from, double headingDegrees, double metres) {
     return project(from, headingDegrees * radiansPerDegree, metres * feetPerMetre);
 }
 
 /// Flying east at 240 kt: so many seconds after the recording's begin.
 inline LatLon placeAt(double seconds) {
-    return moved({52.0, 4.0}, 90, seconds * flightMetresPerSecond);
+    return shifted({52.0, 4.0}, 90, seconds * flightMetresPerSecond);
 }
 
 inline Position flyingAt(const LatLon& at, double altFeet = 5000) {
@@ -37,14 +37,7 @@ inline Position flyingAt(const LatLon& at, double altFeet = 5000) {
 /// The rows of one aircraft.
 class RowMaker {
 public:
-    FeedLine line{.hexid = 4734981,
-                  .altFt = 5000,
-                  .track = 90,
-                  .gs = flightKnots,
-                  .callsign = "KLM1",
-                  .type = "A320",
-                  .registration = "PH-ONE",
-                  .category = "A3"};
+    FeedLine line = eastbound();
 
     void tell(double seconds, const LatLon& at) {
         line.positionDecimals = 7;
@@ -70,6 +63,20 @@ public:
     }
 
     std::map<double, std::string> rows; // by time
+
+private:
+    static FeedLine eastbound() {
+        FeedLine line;
+        line.hexid = 4734981;
+        line.altFt = 5000;
+        line.track = 90;
+        line.gs = flightKnots;
+        line.callsign = "KLM1";
+        line.type = "A320";
+        line.registration = "PH-ONE";
+        line.category = "A3";
+        return line;
+    }
 };
 
 class FlownTrace {

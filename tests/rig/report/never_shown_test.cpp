@@ -56,7 +56,7 @@ protected:
         rows.line.hexid = hexid;
         rows.line.callsign = callsign;
         rows.line.registration = "PH-" + callsign;
-        rows.tellAll(from, 199, 5, [](double seconds) { return moved(placeAt(seconds), 0, 3000); });
+        rows.tellAll(from, 199, 5, [](double seconds) { return shifted(placeAt(seconds), 0, 3000); });
     }
 };
 
@@ -101,7 +101,7 @@ TEST_F(NeverShownTest, whoIsOutOfRangeOrComesAtTheVeryEndIsNotAmongThem) {
     tellAnother(rows, 4800000, "LATE", 90);
     rows.line.hexid = 4800001;
     rows.line.callsign = "FAR";
-    rows.tellAll(0, 199, 5, [](double seconds) { return moved(placeAt(seconds), 0, 90000); });
+    rows.tellAll(0, 199, 5, [](double seconds) { return shifted(placeAt(seconds), 0, 90000); });
     EXPECT_THAT(find(rows).neverShown, IsEmpty());
 }
 

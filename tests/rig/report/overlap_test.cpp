@@ -17,15 +17,15 @@ Footprint airlinerAt(const LatLon& at, double headingDegrees = 0) {
 
 TEST(Overlap, wingsThatTouchOverlapAndWingsThatDoNotDoNot) {
     const Footprint one = airlinerAt(apron);
-    EXPECT_TRUE(overlap(one, airlinerAt(moved(apron, 90, 34))));
-    EXPECT_FALSE(overlap(one, airlinerAt(moved(apron, 90, 37))));
+    EXPECT_TRUE(overlap(one, airlinerAt(shifted(apron, 90, 34))));
+    EXPECT_FALSE(overlap(one, airlinerAt(shifted(apron, 90, 37))));
 }
 
 TEST(Overlap, aNoseBesideAnotherOnesWingIsFree) {
     // Diagonally behind: nearer than a span, but between body and wing.
     const Footprint one = airlinerAt(apron);
-    EXPECT_FALSE(overlap(one, airlinerAt(moved(apron, 45, 28))));
-    EXPECT_TRUE(overlap(one, airlinerAt(moved(apron, 45, 20))));
+    EXPECT_FALSE(overlap(one, airlinerAt(shifted(apron, 45, 28))));
+    EXPECT_TRUE(overlap(one, airlinerAt(shifted(apron, 45, 20))));
 }
 
 TEST(Overlap, oneThatPassesAboveDoesNot) {
@@ -45,7 +45,7 @@ TEST(Overlap, ofManyTheSearchFindsWhatComparingEachWithEachFinds) {
     for (const LatLon& place : {apron, LatLon{-70, 179.999}, LatLon{0, 0}}) {
         std::vector<Footprint> all;
         for (int i = 0; i < 300; ++i) {
-            Footprint one = airlinerAt(moved(moved(place, 90, metres(random)), 0, metres(random)), degrees(random));
+            Footprint one = airlinerAt(shifted(shifted(place, 90, metres(random)), 0, metres(random)), degrees(random));
             one.spanMetres = spans(random);
             all.push_back(one);
         }

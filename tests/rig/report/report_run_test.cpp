@@ -29,7 +29,7 @@ protected:
         FlownTrace trace;
         trace.create(10, "KLM1", "Air </script> \xFF liner");
         trace.fly(40, 100, {{10, [](double seconds) {
-                                 return flyingAt(moved(placeAt(seconds - 30), 180, seconds >= 70 ? 100 : 0));
+                                 return flyingAt(shifted(placeAt(seconds - 30), 180, seconds >= 70 ? 100 : 0));
                              }}});
         writeFile("flight.trace", trace.bytes());
         options.trace = "flight.trace";

@@ -30,7 +30,7 @@ TEST(Pictures, showWhatFlew) {
         FlownTrace trace;
         trace.create(10, "KLM1");
         trace.fly(0, 30, {{10, [sideMetres](double seconds) {
-                               return flyingAt(moved(placeAt(seconds), 180, seconds > 15 ? sideMetres : 0));
+                               return flyingAt(shifted(placeAt(seconds), 180, seconds > 15 ? sideMetres : 0));
                            }}});
         std::istringstream bytes(trace.bytes());
         const std::vector<std::filesystem::path> files = drawPictures(analyse({.trace = bytes}), folder.path());
