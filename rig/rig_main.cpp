@@ -11,6 +11,7 @@
 #include "platform/program_entry.h"
 #include "platform/sibling_program.h"
 #include "rig/objects/object_script.h"
+#include "rig/report_commands.h"
 #include "rig/server/server_run.h"
 #include "rig/simulator/simulator_run.h"
 #include "rig/trace/trace_summary.h"
@@ -103,6 +104,7 @@ int programMain(const std::vector<std::string>& arguments) {
     addServerOptions(*serverCommand, server);
     const TrafficCommands traffic(app);
     const CLI::App* const replayCommand = addReplay(app);
+    const ReportCommands report(app);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
         if (simulatorCommand->parsed()) {
@@ -117,6 +119,7 @@ int programMain(const std::vector<std::string>& arguments) {
             return platform::runSibling("rig_replay", replayCommand->remaining());
         }
         traffic.run(std::cout);
+        report.run(std::cout);
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     } catch (const std::exception& error) {

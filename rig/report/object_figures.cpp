@@ -1,0 +1,34 @@
+// rig/report/object_figures.cpp
+#include "rig/report/object_figures.h"
+
+#include <algorithm>
+
+namespace rig {
+
+void RateFigures::add(const RateFigures& other) {
+    values.add(other.values);
+    passes += other.passes;
+    secondsAbove += other.secondsAbove;
+}
+
+void StateFigures::add(const StateFigures& other) {
+    seconds += other.seconds;
+    crossTrack.add(other.crossTrack);
+    alongTrack.add(other.alongTrack);
+    fromTruth.add(other.fromTruth);
+    fromHeldOut.add(other.fromHeldOut);
+    largestStep = std::max(largestStep, other.largestStep);
+    largestStepShare = std::max(largestStepShare, other.largestStepShare);
+    jumps += other.jumps;
+    headingRate.add(other.headingRate);
+    pitchRate.add(other.pitchRate);
+    bankRate.add(other.bankRate);
+    bank.add(other.bank);
+    sideways += other.sideways;
+    backwards += other.backwards;
+    belowGround += other.belowGround;
+    floating += other.floating;
+    overlapping += other.overlapping;
+}
+
+} // namespace rig

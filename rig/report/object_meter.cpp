@@ -1,0 +1,337 @@
+// rig/report/object_meter.cpp
+#include "rig/report/object_meter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "core/geography.h"
+
+namespace rig {
+
+namespace {
+
+constexpr double metresPerSecondPerKnot = metersPerNm / 3600;
+constexpr double secondsPerMinute = 60;
+
+/// Rates are taken over so long: frames and slots do not keep the same step.
+constexpr double rateSeconds = 0.5;
+/// A limit is passed when it is exceeded by so much, for half a second holds 49, 50 or 51 slots.
+constexpr double limitTolerance = 1.05;
+constexpr double slotsPerSecond = 100;
+
+constexpr double compareEverySeconds = 0.1;
+/// In figures of time and rounding.
+constexpr double frameTolerance = 1e-6;
+
+constexpr double sidewaysDegrees = 20;
+constexpr double backwardsDegrees = 160;
+constexpr double sidewaysKnots = 3;
+constexpr double standingKnots = 0.5;
+constexpr double fastestPushKnots = 10;
+/// So long after standing a move backwards may begin and be a push.
+constexpr double pushBeginSeconds = 3;
+
+constexpr double flyingKnots = 30;
+constexpr double highestFloatFeet = 100;
+/// The feed must tell the ground for so long before and after.
+constexpr double groundAroundSeconds = 5;
+/// Without knowledge of the ground.
+constexpr double slowestFlightKnots = 40;
+
+/// A bounce is no touchdown of its own.
+constexpr double shortestFlightSeconds = 3;
+
+constexpr double movingLegMetresPerSecond = 3 * metresPerSecondPerKnot;
+/// Farther from its track than this, or from its time there, an aircraft is looked for anew.
+constexpr double lostMetres = 2000;
+constexpr double lostSeconds = 60;
+
+// What is usual, for the weight of moments.
+constexpr double usualCrossTrackMetres = 15;
+constexpr double usualHeightFaultFeet = 2;
+constexpr double usualSinkFpm = 600;
+constexpr double usualTouchdownBankDegrees = 5;
+
+double degreesBetween(double fromRad, double toRad) {
+    return std::remainder(toRad - fromRad, twoPi) * degreesPerRadian;
+}
+
+double knotsOf(const Position& position) {
+    return std::abs(position.trueKnots);
+}
+
+} // namespace
+
+ObjectMeter::ObjectMeter(ObjectFacts facts, FeedClock clock) : facts_(std::move(facts)), clock_(clock) {
+    const CategoryLimits& limits = limitsOf(facts_.category);
+    limits_[0] = {MomentKind::headingRate, limits.baseTurnRateDeg * slotsPerSecond, false, {}};
+    limits_[1] = {MomentKind::pitchRate, limits.maxPitchRateDeg * slotsPerSecond, false, {}};
+    limits_[2] = {MomentKind::bankRate, limits.maxBankRateDeg * slotsPerSecond, false, {}};
+    limits_[3] = {MomentKind::bank, limits.maxBankDeg, false, {}};
+    if (facts_.feed != nullptr && facts_.feed->points.size() >= 2) {
+        track_.emplace(facts_.feed->line());
+    }
+}
+
+void ObjectMeter::take(const Frame& frame, Moments& moments) {
+    const double frameSeconds = isNew_ ? 0 : frame.seconds - past_.back().seconds;
+    if (isNew_) {
+        figures_.firstSeen = stoodAt_ = airborneSince_ = frame.seconds;
+    }
+    figures_.lastSeen = frame.seconds;
+    const bool compares = isNew_ || frame.seconds - lastCompared_ >= compareEverySeconds - frameTolerance;
+    if (compares && facts_.feed != nullptr) {
+        feedOnGround_ = facts_.feed->isOnGround(clock_.delayed(frame.seconds), groundAroundSeconds);
+    }
+    judgePlace(frame);
+    state().seconds += frameSeconds;
+    if (!isNew_) {
+        measureStep(frame, frameSeconds, moments);
+        compareWithHeldOut(frame);
+    }
+    const std::optional<Motion> motion = motionUpTo(frame);
+    if (motion) {
+        measureRates(frame, *motion, frameSeconds, moments);
+        measureDirection(frame, *motion, frameSeconds, moments);
+    }
+    if (!isNew_) {
+        measureTouchdown(frame, motion ? motion->feetPerMinute : 0, moments);
+    }
+    if (compares) {
+        lastCompared_ = frame.seconds;
+        compare(frame, moments);
+    }
+    StateFigures& here = state();
+    here.belowGround += belowFeet_ > 0 ? frameSeconds : 0;
+    here.floating += floatingFeet_ > 0 ? frameSeconds : 0;
+    here.overlapping += frame.isOverlapping ? frameSeconds : 0;
+    tell(belowEpisode_, MomentKind::belowGround, belowFeet_ > 0, belowFeet_, usualHeightFaultFeet, frame, moments);
+    tell(floatingEpisode_, MomentKind::floating, floatingFeet_ > 0, floatingFeet_, usualHeightFaultFeet, frame,
+         moments);
+    remember(frame);
+    wasOnGround_ = onGround_;
+    isNew_ = false;
+}
+
+void ObjectMeter::finish(Moments& moments) {
+    constexpr double never = 1e18;
+    for (Limit& limit : limits_) {
+        limit.episode.ends(never, moments);
+    }
+    for (Episode* episode :
+         {&crossTrackEpisode_, &sidewaysEpisode_, &backwardsEpisode_, &belowEpisode_, &floatingEpisode_}) {
+        episode->ends(never, moments);
+    }
+}
+
+Moment ObjectMeter::momentAt(const Frame& frame, MomentKind kind, double value, double weight) const {
+    return {kind,          facts_.id, 0,      frame.seconds,          frame.seconds,
+            frame.seconds, value,     weight, frame.position.place(), frame.position.altFeet};
+}
+
+void ObjectMeter::tell(Episode& episode, MomentKind kind, bool isSo, double value, double usual, const Frame& frame,
+                       Moments& moments) {
+    if (isSo) {
+        episode.goesOn(momentAt(frame, kind, value, value / usual), moments);
+    } else {
+        episode.ends(frame.seconds, moments);
+    }
+}
+
+/// Where it is above the ground, by the simulator's own rule, and where it should be.
+void ObjectMeter::judgePlace(const Frame& frame) {
+    belowFeet_ = floatingFeet_ = 0;
+    if (!frame.groundFeet || !facts_.cgHeightFeet) {
+        onGround_ = facts_.feed != nullptr ? feedOnGround_ : knotsOf(frame.position) < slowestFlightKnots;
+        return;
+    }
+    const double wheelsFeet = frame.position.altFeet - *frame.groundFeet - *facts_.cgHeightFeet;
+    onGround_ = wheelsFeet <= groundContactFeet;
+    if (wheelsFeet < -groundContactFeet) {
+        belowFeet_ = -wheelsFeet;
+    } else if (!onGround_ && isFloating(wheelsFeet, frame)) {
+        floatingFeet_ = wheelsFeet;
+        onGround_ = true;
+    }
+}
+
+bool ObjectMeter::isFloating(double wheelsFeet, const Frame& frame) const {
+    const bool cannotFly = facts_.category != AircraftCategory::Rotorcraft && knotsOf(frame.position) < flyingKnots;
+    return feedOnGround_ || (cannotFly && wheelsFeet < highestFloatFeet);
+}
+
+void ObjectMeter::measureStep(const Frame& frame, double frameSeconds, Moments& moments) {
+    const Position& before = past_.back().position;
+    const double metres = greatCircleNm(before.place(), frame.position.place()) * metersPerNm;
+    const double speed = std::max(knotsOf(before), knotsOf(frame.position)) * metresPerSecondPerKnot;
+    const double share = metres / std::max(speed * frameSeconds, shortestJumpMetres / jumpShare);
+    StateFigures& here = state();
+    here.largestStep = std::max(here.largestStep, metres);
+    here.largestStepShare = std::max(here.largestStepShare, share);
+    if (share > jumpShare) {
+        ++here.jumps;
+        moments.add(momentAt(frame, MomentKind::jump, metres, share / jumpShare));
+    }
+}
+
+std::optional<ObjectMeter::Motion> ObjectMeter::motionUpTo(const Frame& frame) {
+    while (past_.size() >= 2 && frame.seconds - past_[1].seconds >= rateSeconds - frameTolerance) {
+        past_.pop_front();
+    }
+    if (past_.empty() || frame.seconds - past_.front().seconds < rateSeconds - frameTolerance) {
+        return std::nullopt;
+    }
+    const Position& from = past_.front().position;
+    const Position& to = frame.position;
+    Motion motion;
+    motion.seconds = frame.seconds - past_.front().seconds;
+    const double north = (to.lat - from.lat) * metersPerDegreeLatitude;
+    const double east =
+        std::remainder(to.lon - from.lon, 360.0) * metersPerDegreeLatitude * std::cos(from.lat * radiansPerDegree);
+    motion.knots = std::hypot(north, east) / motion.seconds / metresPerSecondPerKnot;
+    motion.trackRad = std::atan2(east, north);
+    motion.feetPerMinute = (to.altFeet - from.altFeet) / motion.seconds * secondsPerMinute;
+    motion.headingRate = degreesBetween(from.headingRad, to.headingRad) / motion.seconds;
+    motion.pitchRate = degreesBetween(from.pitchRad, to.pitchRad) / motion.seconds;
+    motion.bankRate = degreesBetween(from.bankRad, to.bankRad) / motion.seconds;
+    return motion;
+}
+
+void ObjectMeter::measureRates(const Frame& frame, const Motion& motion, double frameSeconds, Moments& moments) {
+    StateFigures& here = state();
+    measureLimit(limits_[0], here.headingRate, motion.headingRate, frame, frameSeconds, moments);
+    measureLimit(limits_[1], here.pitchRate, motion.pitchRate, frame, frameSeconds, moments);
+    measureLimit(limits_[2], here.bankRate, motion.bankRate, frame, frameSeconds, moments);
+    measureLimit(limits_[3], here.bank, frame.position.bankRad * degreesPerRadian, frame, frameSeconds, moments);
+}
+
+void ObjectMeter::measureLimit(Limit& limit, RateFigures& figures, double value, const Frame& frame,
+                               double frameSeconds, Moments& moments) {
+    figures.values.add(value);
+    const double magnitude = std::abs(value);
+    const bool isAbove = magnitude > limit.limit * limitTolerance;
+    if (isAbove) {
+        figures.passes += limit.isAbove ? 0 : 1;
+        figures.secondsAbove += frameSeconds;
+    }
+    limit.isAbove = isAbove;
+    tell(limit.episode, limit.kind, isAbove, magnitude, limit.limit, frame, moments);
+}
+
+/// Whether it is being pushed back: backwards, slowly, from a stand.
+bool ObjectMeter::followPush(const Frame& frame, const Motion& motion, bool isBackwards) {
+    const bool stands = onGround_ && motion.knots < standingKnots;
+    if (stands) {
+        stoodAt_ = frame.seconds;
+    } else if (!onGround_ || motion.knots > fastestPushKnots || !isBackwards) {
+        isPushed_ = false;
+    } else if (frame.seconds - stoodAt_ <= pushBeginSeconds) {
+        isPushed_ = true;
+    }
+    return isPushed_;
+}
+
+void ObjectMeter::measureDirection(const Frame& frame, const Motion& motion, double frameSeconds, Moments& moments) {
+    const double apart = std::abs(degreesBetween(frame.position.headingRad, motion.trackRad));
+    const bool isPushed = followPush(frame, motion, apart > 90);
+    const bool moves = motion.knots > sidewaysKnots;
+    const double askew = isPushed ? 180 - apart : apart;
+    const bool isBackwards = moves && !isPushed && apart > backwardsDegrees;
+    const bool isSideways = moves && !isBackwards && askew > sidewaysDegrees;
+    StateFigures& here = state();
+    here.sideways += isSideways ? frameSeconds : 0;
+    here.backwards += isBackwards ? frameSeconds : 0;
+    tell(sidewaysEpisode_, MomentKind::sideways, isSideways, askew, sidewaysDegrees, frame, moments);
+    tell(backwardsEpisode_, MomentKind::backwards, isBackwards, motion.knots, sidewaysKnots, frame, moments);
+}
+
+void ObjectMeter::measureTouchdown(const Frame& frame, double feetPerMinute, Moments& moments) {
+    if (!onGround_) {
+        airborneSince_ = wasOnGround_ ? frame.seconds : airborneSince_;
+        return;
+    }
+    if (wasOnGround_ || frame.seconds - airborneSince_ < shortestFlightSeconds) {
+        return;
+    }
+    const double bank = -frame.position.bankRad * degreesPerRadian;
+    figures_.touchdowns.push_back({frame.seconds, feetPerMinute, bank});
+    if (-feetPerMinute > usualSinkFpm) {
+        moments.add(momentAt(frame, MomentKind::hardLanding, -feetPerMinute, -feetPerMinute / usualSinkFpm));
+    }
+    if (std::abs(bank) > usualTouchdownBankDegrees) {
+        moments.add(
+            momentAt(frame, MomentKind::bankedLanding, std::abs(bank), std::abs(bank) / usualTouchdownBankDegrees));
+    }
+}
+
+void ObjectMeter::compare(const Frame& frame, Moments& moments) {
+    if (track_) {
+        compareWithTrack(frame, moments);
+    }
+    if (facts_.truth != nullptr) {
+        if (const std::optional<FeedPoint> truth = facts_.truth->at(clock_.delayed(frame.seconds))) {
+            state().fromTruth.add(greatCircleNm(truth->at, frame.position.place()) * metersPerNm);
+        }
+    }
+    series_.add({frame.seconds, frame.position.place(), frame.position.altFeet, frame.position.trueKnots,
+                 frame.position.headingRad * degreesPerRadian, onGround_});
+}
+
+void ObjectMeter::compareWithTrack(const Frame& frame, Moments& moments) {
+    const std::vector<FeedPoint>& points = facts_.feed->points;
+    const double delayed = clock_.delayed(frame.seconds);
+    const auto timeOf = [&points](const NearestOnLine& place) {
+        return points[place.leg].seconds + place.share * (points[place.leg + 1].seconds - points[place.leg].seconds);
+    };
+    if (isNew_) {
+        track_->lookNear(facts_.feed->indexAt(delayed));
+    }
+    NearestOnLine nearest = track_->nearest(frame.position.place());
+    if (nearest.metres > lostMetres || std::abs(timeOf(nearest) - delayed) > lostSeconds) {
+        track_->lookNear(facts_.feed->indexAt(delayed));
+        nearest = track_->nearest(frame.position.place());
+    }
+    const FeedPoint& a = points[nearest.leg];
+    const FeedPoint& b = points[nearest.leg + 1];
+    const double legSeconds = b.seconds - a.seconds;
+    const double legMetres = greatCircleNm(a.at, b.at) * metersPerNm;
+    const bool isMadeUp = nearest.isBeyondEnd || (legSeconds > longestLegSeconds && a.at != b.at);
+    tell(crossTrackEpisode_, MomentKind::crossTrack, !isMadeUp && nearest.metres > usualCrossTrackMetres,
+         nearest.metres, usualCrossTrackMetres, frame, moments);
+    if (isMadeUp) {
+        return;
+    }
+    state().crossTrack.add(nearest.metres);
+    if (legSeconds > 0 && legMetres / legSeconds > movingLegMetresPerSecond) {
+        state().alongTrack.add(timeOf(nearest) - delayed);
+    }
+}
+
+/// At the very moment of each sample, between two frames.
+void ObjectMeter::compareWithHeldOut(const Frame& frame) {
+    if (facts_.heldOut == nullptr) {
+        return;
+    }
+    const std::vector<FeedPoint>& points = facts_.heldOut->points;
+    const Frame& before = past_.back();
+    for (; nextHeldOut_ < points.size() && clock_.dueInTrace(points[nextHeldOut_].seconds) <= frame.seconds;
+         ++nextHeldOut_) {
+        const FeedPoint& sample = points[nextHeldOut_];
+        const double due = clock_.dueInTrace(sample.seconds);
+        if (due <= before.seconds) {
+            continue;
+        }
+        const double share = (due - before.seconds) / (frame.seconds - before.seconds);
+        const Position& from = before.position;
+        const LatLon at{from.lat + share * (frame.position.lat - from.lat),
+                        from.lon + share * std::remainder(frame.position.lon - from.lon, 360.0)};
+        state().fromHeldOut.add(greatCircleNm(at, sample.at) * metersPerNm);
+    }
+}
+
+void ObjectMeter::remember(const Frame& frame) {
+    past_.push_back(frame);
+}
+
+} // namespace rig

@@ -1,0 +1,31 @@
+// rig/report/report_run.h
+// "rig report": figures, page and pictures of a trace. Runs on the calling thread.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <optional>
+#include <vector>
+
+namespace rig {
+
+struct ReportOptions {
+    std::filesystem::path trace;
+    std::filesystem::path output; ///< folder
+    // Each may be missing.
+    std::filesystem::path recording;
+    std::filesystem::path truth;
+    std::filesystem::path heldOut; ///< recording of samples that were kept from the program
+    std::filesystem::path log;
+    std::filesystem::path scene;               ///< tells the ground
+    std::vector<std::filesystem::path> titles; ///< folders with aircraft.cfg files
+    std::filesystem::path types;               ///< reference data in clear: categories by type
+    std::optional<double> feedStart;           ///< of the first row, seconds since the begin of the trace
+    int radiusNm = 40;
+};
+
+/// Writes figures.json, report.html and the pictures, and prints where they are and the main figures. Throws
+/// std::runtime_error, with a text for the user, for a file that cannot be read, is damaged, or cannot be written.
+void runReport(const ReportOptions& options, std::ostream& out);
+
+} // namespace rig

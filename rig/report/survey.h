@@ -1,0 +1,59 @@
+// rig/report/survey.h
+// The first look at a trace: who is in it, who of the feed that is, and how its time goes with the feed's.
+// Runs on the calling thread.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "rig/report/feed_tracks.h"
+#include "rig/report/object_meter.h"
+
+namespace rig {
+
+/// An act of this name in the trace tells when the first row of the recording was sent.
+inline constexpr const char* recordingBeginsAct = "recording begins";
+
+enum class ClockSource {
+    given,   ///< by whoever asked for the report
+    marked,  ///< in the trace
+    fitted,  ///< so that in the middle nobody is early or late
+    assumed, ///< that recording and trace begin together
+};
+
+struct SurveyedObject {
+    std::string title;
+    std::string tailNumber;
+    const FeedAircraft* feed = nullptr;
+    std::optional<double> firstSeen; ///< seconds since the begin of the trace
+};
+
+struct UserPlace {
+    double seconds = 0;
+    LatLon at;
+    double altFeet = 0;
+};
+
+struct Survey {
+    double seconds = 0; ///< of the last frame
+    std::uint64_t frames = 0;
+    bool endedEarly = false;
+    std::map<std::uint32_t, SurveyedObject> objects; ///< that the program has created, by id
+    std::map<std::string, std::string> refused;      ///< tail number to title
+    std::vector<UserPlace> user;                     ///< one a second
+    FeedClock clock;
+    ClockSource clockSource = ClockSource::assumed;
+
+    LatLon userAt(double when) const; ///< seconds since the begin of the trace
+};
+
+/// `tracks` must live as long as what is answered. `feedBegin` is the time of the recording's first row, seconds since 1970;
+/// `feedStart` when that was sent, seconds since the begin of the trace, if that is known. Throws TraceError.
+Survey surveyTrace(std::istream& trace, const FeedTracks& tracks, double feedBegin, std::optional<double> feedStart);
+
+} // namespace rig

@@ -1,0 +1,51 @@
+// rig/report_commands.cpp
+#include "rig/report_commands.h"
+
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+
+namespace {
+
+constexpr int farthestNm = 1000;
+
+/// CLI11 knows texts; paths come from UTF-8.
+CLI::Option* addPath(CLI::App& command, const std::string& option, std::filesystem::path& path,
+                     const std::string& help) {
+    return command.add_option_function<std::string>(
+        option, [&path](const std::string& text) { path = platform::pathFromUtf8(text); }, help);
+}
+
+} // namespace
+
+ReportCommands::ReportCommands(CLI::App& app) {
+    report_ = app.add_subcommand("report", "Figures, a page and pictures of what flew (docs/rig-report.md)");
+    addPath(*report_, "--trace", options_.trace, "The trace")->required();
+    addPath(*report_, "--output", options_.output, "Folder for figures.json, report.html and the pictures")->required();
+    addPath(*report_, "--recording", options_.recording, "The recording that the trace was made from");
+    addPath(*report_, "--truth", options_.truth, "Where the aircraft of the recording really were");
+    addPath(*report_, "--held-out", options_.heldOut, "Recording of samples that the program was not given");
+    addPath(*report_, "--log", options_.log, "The program's Log.txt");
+    addPath(*report_, "--scene", options_.scene, "Scene of the simulator: tells the ground");
+    report_->add_option_function<std::vector<std::string>>(
+        "--titles",
+        [this](const std::vector<std::string>& folders) {
+            for (const std::string& folder : folders) {
+                options_.titles.push_back(platform::pathFromUtf8(folder));
+            }
+        },
+        "Folders below which aircraft.cfg files tell wing spans and how high aircraft stand");
+    addPath(*report_, "--types", options_.types, "Reference data in clear: categories of the types");
+    report_->add_option_function<double>(
+        "--feed-start", [this](double seconds) { options_.feedStart = seconds; },
+        "When the recording's first row was sent, seconds since the begin of the trace");
+    report_->add_option("--radius", options_.radiusNm, "Within which aircraft are shown, nautical miles")
+        ->check(CLI::Range(1, farthestNm));
+}
+
+void ReportCommands::run(std::ostream& out) const {
+    if (report_->parsed()) {
+        rig::runReport(options_, out);
+    }
+}
