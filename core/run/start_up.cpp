@@ -23,6 +23,8 @@
 #include "core/user_error.h"
 #include "distribution/check_versions.h"
 #include "distribution/clear_file.h"
+#include "liveries/livery_driver.h"
+#include "liveries/livery_scan.h"
 #include "liveries/reference_data.h"
 #include "parking/airport_directory.h"
 #include "platform/files.h"
@@ -134,6 +136,17 @@ void prepare() {
     }
 }
 
+/// From the user's folders, or from what an earlier scan found in them. Who closes the window during the scan has no use for
+/// the complaint that there is no result.
+void prepareLiveries() {
+    if (SCAN_LIVERIES.value) {
+        gf_scanLiveries();
+    }
+    if (!gCloseButtonUsed) {
+        gf_processScannedLiveries();
+    }
+}
+
 /// Everything up to the run loop's end. Throws what ends the run.
 void runOnce() {
     requireProgramFolder();
@@ -147,6 +160,7 @@ void runOnce() {
     }
     testStockAirports();
     setHardwareThreads();
+    prepareLiveries();
     if (gf_isStopping()) {
         return;
     }

@@ -2,43 +2,63 @@
 #include "rig/replay/replay_liveries.h"
 
 #include <array>
+#include <cstddef>
+#include <string>
 
 #include "liveries/failed_titles.h"
+#include "liveries/livery.h"
 #include "liveries/livery_matching.h"
+#include "liveries/livery_tables.h"
+#include "liveries/reference_tables.h"
 
 namespace rig {
 
 namespace {
 
-struct ReplayLivery {
-    AircraftCategory category;
-    const char* title;
-    const char* model;
+struct Shape {
     double cgHeightFeet;
     double wingSpanFeet;
 };
 
-constexpr std::array<ReplayLivery, aircraftCategoryCount> replayLiveries{{
-    {AircraftCategory::Light, "Replay Light", "C172", 4.0, 36},
-    {AircraftCategory::Buzjets, "Replay Business Jet", "C56X", 5.5, 56},
-    {AircraftCategory::Large, "Replay Large", "A320", 10.0, 112},
-    {AircraftCategory::Heavy, "Replay Heavy", "B77W", 16.0, 212},
-    {AircraftCategory::HighPerf, "Replay Fighter", "F16", 6.0, 33},
-    {AircraftCategory::Rotorcraft, "Replay Helicopter", "EC35", 5.0, 33},
+constexpr std::array<Shape, aircraftCategoryCount> shapes{{
+    /* Light      */ {4.0, 36},
+    /* Buzjets    */ {5.5, 56},
+    /* Large      */ {10.0, 112},
+    /* Heavy      */ {16.0, 212},
+    /* HighPerf   */ {6.0, 33},
+    /* Rotorcraft */ {5.0, 33},
 }};
+
+std::string titleOfType(const std::string& type) {
+    return "Replay " + type;
+}
+
+/// In the order of the file: by airline, type and title.
+void buildTables() {
+    Liveries.clear();
+    for (const std::string& type : gAllTypes) {
+        Liveries.push_back({.airl = "ZZZ", .type = type, .title = titleOfType(type), .atcid = {}});
+    }
+    lf_buildAirlineTables();
+    lf_buildModelTables();
+    lf_buildSimilarModels();
+    Liveries.clear();
+}
 
 } // namespace
 
 AircraftTitles setUpReplayLiveries() {
+    buildTables();
     AircraftTitles titles;
-    for (const ReplayLivery& livery : replayLiveries) {
-        registerLivery(livery.category, livery.title);
-        titles.add({livery.title, livery.model, livery.cgHeightFeet, 0, livery.wingSpanFeet});
+    for (const std::string& type : gAllTypes) {
+        const Shape& shape = shapes.at(static_cast<std::size_t>(gf_categoryOfType(type)));
+        titles.add({titleOfType(type), type, shape.cgHeightFeet, 0, shape.wingSpanFeet});
     }
     return titles;
 }
 
 void forgetReplayLiveries() {
+    clearLiveryTables();
     resetLiveryMatching();
     resetFailedTitles();
 }

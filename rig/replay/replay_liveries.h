@@ -7,7 +7,7 @@
 
 namespace rig {
 
-/// Gives the engine a livery for each category of aircraft, good until the liveries are reset, and answers those same titles
+/// Gives the engine a generic livery for each known type of aircraft, good until the liveries are forgotten, and answers those same titles
 /// as the simulated world has to know them.
 AircraftTitles setUpReplayLiveries();
 

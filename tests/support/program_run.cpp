@@ -13,7 +13,12 @@
 #include "core/slot_clock.h"
 #include "core/week_slot.h"
 #include "distribution/download.h"
+#include "liveries/failed_titles.h"
+#include "liveries/livery.h"
+#include "liveries/livery_driver.h"
+#include "liveries/livery_tables.h"
 #include "liveries/reference_tables.h"
+#include "liveries/registration_codes.h"
 #include "parking/airport_directory.h"
 #include "platform/files.h"
 #include "platform/window_system.h"
@@ -30,6 +35,11 @@ constexpr const char* fewAirports = R"(<root><airports>
     <airport code="LSZH" iata="ZRH" lat="47.4581" lon="8.5481" alt="1416" stands="150"/>
 </airports></root>)";
 
+constexpr const char* fewLiveries = R"(<root><liveries>
+    <liv airl="KLM" type="A320" title="KLM A320"/>
+    <liv airl="ZZZ" type="B738" title="White B738"/>
+</liveries></root>)";
+
 } // namespace
 
 void resetProgram() {
@@ -38,6 +48,11 @@ void resetProgram() {
     gf_resetStartUp();
     resetReferenceTables();
     resetAirportDirectory();
+    Liveries.clear();
+    clearLiveryTables();
+    resetLiveryDriver();
+    resetRegistrationCodes();
+    resetFailedTitles();
     setDownloadRoot({});
     gCloseButtonUsed = false;
     gProductionMode = false;
@@ -58,6 +73,8 @@ ProgramRun::ProgramRun() {
     fs::create_directories("Sim v5/Scenery");
     writeSealed("input/dbase.enc", ReferenceXml().text());
     writeSealed("input/airports.enc", fewAirports);
+    fs::create_directories("output");
+    writeFile("output/LiveriesScanned.xml", fewLiveries);
     setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(folder_.path() / "Sim v5")}});
 }
 

@@ -15,6 +15,7 @@
 #include "core/user_error.h"
 #include "core/week_slot.h"
 #include "distribution/download.h"
+#include "liveries/livery_tables.h"
 #include "liveries/reference_tables.h"
 #include "parking/airport_directory.h"
 #include "platform/files.h"
@@ -109,8 +110,53 @@ TEST(StartUpThreads, aNewerDataFileIsFetchedAndReadInTheSameStart) {
     EXPECT_EQ(DBASE_VERSION.value(), "2.0.0");
 }
 
+TEST(StartUpThreads, theScannedLiveriesAreInTheTablesBeforeTheSimulatorIsWaitedFor) {
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    EXPECT_TRUE(run.logs("2 liveries read from "));
+    EXPECT_EQ(lf_findTitle("KLM A320"), "KLM A320");
+}
+
+TEST(StartUpThreads, withoutScannedLiveriesTheRunEndsAsASystemError) {
+    ProgramRun run;
+    fs::remove(run.folder() / "output" / "LiveriesScanned.xml");
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    EXPECT_NE(shownError().find("LiveriesScanned.xml not found"), std::string::npos) << shownError();
+}
+
+TEST(StartUpThreads, aScanThatIsAskedForReplacesTheScannedLiveries) {
+    ProgramRun run;
+    const fs::path folder = run.folder() / "aircraft" / "KLM B738";
+    writeFile(folder / "aircraft.cfg",
+              "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
+              "[General]\natc_model=B738\n");
+    writeFile(folder / "ai.air", "");
+    fs::create_directories(folder / "model");
+    fs::create_directories(folder / "texture.KLM");
+    run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
+                       {"SCAN_LIVERIES", "true"},
+                       {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_EQ(lf_findTitle("Scanned B738"), "Scanned B738") << run.log();
+    EXPECT_EQ(lf_findTitle("KLM A320"), "");
+    EXPECT_FALSE(SCAN_LIVERIES.value);
+}
+
+TEST(StartUpThreads, aScanWithoutAnyFolderEndsAsASystemError) {
+    ProgramRun run;
+    run.setParameters(
+        {{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")}, {"SCAN_LIVERIES", "true"}});
+    run.start();
+    ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
+    EXPECT_NE(shownError().find("Then set one or more lfolder parameters"), std::string::npos) << shownError();
+}
+
 TEST(StartUpThreads, aFolderThatCannotBeMadeEndsAsASystemError) {
     ProgramRun run;
+    fs::remove_all(run.folder() / "output");
     writeFile(run.folder() / "output", "a file where a folder should be");
     run.start();
     ASSERT_TRUE(run.willLog("Exiting: SYSTEM ERROR")) << run.log();
