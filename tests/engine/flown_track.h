@@ -43,8 +43,11 @@ public:
         while (first_ + 2 < points_.size() && points_[first_ + 1].seconds < seconds - reachSeconds_) {
             ++first_;
         }
-        double best = metresBetween(points_[first_].at, position);
-        for (std::size_t i = first_; i + 1 < points_.size() && points_[i].seconds <= seconds + reachSeconds_; ++i) {
+        if (points_.size() == 1) {
+            return metresBetween(points_[0].at, position);
+        }
+        double best = metresFromLeg(first_, position);
+        for (std::size_t i = first_ + 1; i + 1 < points_.size() && points_[i].seconds <= seconds + reachSeconds_; ++i) {
             best = std::min(best, metresFromLeg(i, position));
         }
         return best;
