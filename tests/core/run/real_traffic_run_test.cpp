@@ -256,7 +256,9 @@ TEST_F(RealTrafficRunThreads, theLogCountsTheLinesAsTheRecordingAloneSays) {
     window_system::clickClose();
     ASSERT_TRUE(run.ends()) << run.log();
 
-    OutcomeCounts expected = rig::expectedOutcomes(rig::loadRecording("recording.csv"), {.userLatLon = user}, 40);
+    TrafficSurroundings around;
+    around.userLatLon = user;
+    OutcomeCounts expected = rig::expectedOutcomes(rig::loadRecording("recording.csv"), around, 40);
     EXPECT_EQ(expected[LineOutcome::accepted], 70u);
     for (const auto& [outcome, count] : before) {
         expected[outcome] += count;
