@@ -94,7 +94,7 @@ protected:
         platform::DatagramSocket socket;
         ASSERT_EQ(socket.create(), 0);
         socket.sendToThisMachine(trafficPort, TrafficLineBuilder().line());
-        ASSERT_TRUE(eventually([] { return gTrafficReader.lastFeedTime != 0; }));
+        ASSERT_TRUE(eventually([] { return !gTrafficReader.lineCounter.counts().empty(); }));
     }
 
     void startTheLoop() {
@@ -160,6 +160,8 @@ TEST_F(RealTrafficRunThreads, aLossIsNoticedInFlightAndTheRunGoesOnWithTheReturn
     EXPECT_TRUE(eventually([&] { return slotClock > lost + 10; })) << "the run goes on";
     EXPECT_EQ(client.read(6), "Qs121=") << "nobody is asked for his version again";
     EXPECT_TRUE(gWindowState.realTrafficLit);
+    window_system::clickClose();
+    EXPECT_TRUE(run.ends()) << run.log();
 }
 
 TEST_F(RealTrafficRunThreads, aTakenPortIsTheErrorLineThatNamesItUntilTheUserCloses) {
