@@ -94,7 +94,7 @@ protected:
         platform::DatagramSocket socket;
         ASSERT_EQ(socket.create(), 0);
         socket.sendToThisMachine(trafficPort, TrafficLineBuilder().line());
-        ASSERT_TRUE(eventually([] { return gTrafficReader.lastFeedTime != 0; }));
+        ASSERT_TRUE(eventually([] { return !gTrafficReader.lineCounter.counts().empty(); }));
     }
 
     void startTheLoop() {
@@ -160,6 +160,8 @@ TEST_F(RealTrafficRunThreads, aLossIsNoticedInFlightAndTheRunGoesOnWithTheReturn
     EXPECT_TRUE(eventually([&] { return slotClock > lost + 10; })) << "the run goes on";
     EXPECT_EQ(client.read(6), "Qs121=") << "nobody is asked for his version again";
     EXPECT_TRUE(gWindowState.realTrafficLit);
+    window_system::clickClose();
+    EXPECT_TRUE(run.ends()) << run.log();
 }
 
 TEST_F(RealTrafficRunThreads, aTakenPortIsTheErrorLineThatNamesItUntilTheUserCloses) {
@@ -256,7 +258,9 @@ TEST_F(RealTrafficRunThreads, theLogCountsTheLinesAsTheRecordingAloneSays) {
     window_system::clickClose();
     ASSERT_TRUE(run.ends()) << run.log();
 
-    OutcomeCounts expected = rig::expectedOutcomes(rig::loadRecording("recording.csv"), {.userLatLon = user}, 40);
+    TrafficSurroundings around;
+    around.userLatLon = user;
+    OutcomeCounts expected = rig::expectedOutcomes(rig::loadRecording("recording.csv"), around, 40);
     EXPECT_EQ(expected[LineOutcome::accepted], 70u);
     for (const auto& [outcome, count] : before) {
         expected[outcome] += count;

@@ -111,7 +111,9 @@ protected:
 
     /// What the program makes of the lines of the recording, from the recording alone.
     static OutcomeCounts expectedOf(const Recording& recording) {
-        return expectedOutcomes(recording, {.userLatLon = amsterdam}, 40);
+        TrafficSurroundings around;
+        around.userLatLon = amsterdam;
+        return expectedOutcomes(recording, around, 40);
     }
 
     /// Plays the recording to its end, and compares what the program counted with what the recording alone says.
