@@ -175,9 +175,9 @@ TEST_F(LiveryTrees, theSampleHasEachFaultThatAReportKnows) {
              " misses airlinecode in title: Sample B738 of nobody, and no regcode\n",
              ", and regcode unknown XX-TWY\n",
              "liveries\\faults\\no_sections\\aircraft.cfg\n",
-             " cargo false => true\n",
-             " airl ",
-             " model ",
+             " N149ARS cargo false => true\n",
+             " A7-BNB airl KLM => SAA\n",
+             " A7-BNB model A320 => B738\n",
          }) {
         EXPECT_THAT(reports, HasSubstr(fault));
     }
