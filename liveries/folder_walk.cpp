@@ -69,7 +69,8 @@ Listing listingOf(const Folder& folder) {
 }
 
 std::string_view nameOf(const Folder& folder) {
-    return std::string_view(folder.text).substr(folder.text.rfind('\\') + 1);
+    const std::string_view text = folder.text;
+    return text.substr(text.rfind('\\') + 1);
 }
 
 /// Some machines show a link as a folder. Round such a loop the names repeat, so that few folders need a closer look.
