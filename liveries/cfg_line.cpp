@@ -99,7 +99,11 @@ bool isAircraftCfg(std::string_view name) {
 } // namespace
 
 std::optional<CfgEntry> cfgEntry(std::string_view line) {
+    constexpr std::string_view firstLetters = "tsma"; // of the keys: few lines need a closer look
     skipBlanks(line);
+    if (line.empty() || firstLetters.find(line.front()) == std::string_view::npos) {
+        return std::nullopt;
+    }
     for (const KeyName& candidate : keyNames) {
         if (line.starts_with(candidate.name)) {
             const std::string_view value = valueBehindKey(line.substr(candidate.name.size()));

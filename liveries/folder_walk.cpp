@@ -68,12 +68,16 @@ Listing listingOf(const Folder& folder) {
     return listing;
 }
 
+std::string_view nameOf(const Folder& folder) {
+    const std::string_view text = folder.text;
+    return text.substr(text.rfind('\\') + 1);
+}
+
 /// Some machines show a link as a folder. Round such a loop the names repeat, so that few folders need a closer look.
 bool leadsBack(const Folder& folder, const std::vector<Folder>& ancestors) {
     return std::any_of(ancestors.begin(), ancestors.end(), [&folder](const Folder& ancestor) {
         std::error_code ignored;
-        return ancestor.path.filename() == folder.path.filename() &&
-               fs::equivalent(ancestor.path, folder.path, ignored);
+        return nameOf(ancestor) == nameOf(folder) && fs::equivalent(ancestor.path, folder.path, ignored);
     });
 }
 

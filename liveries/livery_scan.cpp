@@ -2,7 +2,6 @@
 #include "liveries/livery_scan.h"
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,7 +11,6 @@
 
 #include <fmt/format.h>
 
-#include "core/exit_reason.h"
 #include "core/folders.h"
 #include "core/log.h"
 #include "core/parameter_file.h"
@@ -25,6 +23,7 @@
 #include "liveries/livery_file.h"
 #include "liveries/reference_tables.h"
 #include "liveries/registration_codes.h"
+#include "liveries/scan_progress.h"
 #include "liveries/scan_state.h"
 #include "liveries/scan_tasks.h"
 #include "platform/files.h"
@@ -42,39 +41,6 @@ constexpr std::size_t folderCount = std::tuple_size_v<decltype(lfolder)>;
 constexpr std::uint32_t highestScan = folderCount;
 
 bool isNewScan = false;
-
-std::string scanningText() {
-    return fmt::format("Scanning {}for liveries ...", LIG_PRIORITIZE.value ? "prioritized " : "");
-}
-
-/// Tells the user, at least once a second, where the scan is.
-class ScanProgress {
-public:
-    explicit ScanProgress(const ScanState& state) : state_(state) {}
-
-    void enter(std::string_view folder) { folder_ = folder; }
-
-    /// False when the scan is to end.
-    bool goesOn() {
-        if (gf_isScanStopping()) {
-            return false;
-        }
-        if (const auto now = std::chrono::steady_clock::now(); now - shownAt_ >= interval) {
-            shownAt_ = now;
-            showMessage(fmt::format("{} {}: {} files read, {} liveries found", scanningText(), folder_,
-                                    state_.filesRead.load(), state_.liveriesFound.load()),
-                        LogCopy::no);
-        }
-        return true;
-    }
-
-private:
-    static constexpr std::chrono::milliseconds interval{500};
-
-    const ScanState& state_;
-    std::string folder_;
-    std::chrono::steady_clock::time_point shownAt_ = std::chrono::steady_clock::now();
-};
 
 /// One scan of all folders.
 class Scan {
@@ -204,10 +170,6 @@ public:
 };
 
 } // namespace
-
-bool gf_isScanStopping() {
-    return gProductionMode ? gCloseButtonUsed.load() : gf_isStopping();
-}
 
 bool takeNewScan() {
     return std::exchange(isNewScan, false);

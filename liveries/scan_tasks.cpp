@@ -1,7 +1,7 @@
 // liveries/scan_tasks.cpp
 #include "liveries/scan_tasks.h"
 
-#include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
@@ -9,13 +9,15 @@
 #include <utility>
 
 #include "core/detached_threads.h"
+#include "platform/clock.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// How long a wait may keep the caller from seeing that it is to end.
 constexpr std::chrono::milliseconds waitSlice{50};
+
+/// How long the collecting waits for one file.
+constexpr std::chrono::seconds longestWait{10};
 
 } // namespace
 
@@ -64,9 +66,8 @@ void ScanTasks::Workers::give(std::packaged_task<std::list<Livery>()> task, cons
     taskThere.notify_one();
 }
 
-ScanTasks::ScanTasks(int atMost, WhileWaiting whileWaiting, std::chrono::milliseconds longestWait)
-    : atMost_(atMost), whileWaiting_(std::move(whileWaiting)), longestWait_(longestWait),
-      workers_(std::make_shared<Workers>()) {}
+ScanTasks::ScanTasks(int atMost, WhileWaiting whileWaiting)
+    : atMost_(atMost), whileWaiting_(std::move(whileWaiting)), workers_(std::make_shared<Workers>()) {}
 
 ScanTasks::~ScanTasks() {
     const std::lock_guard held(workers_->lock);
@@ -115,12 +116,12 @@ void ScanTasks::abandon() {
 
 bool ScanTasks::collectOldest(std::list<Livery>& into) {
     std::future<std::list<Livery>>& oldest = waiting_.front();
-    const Clock::time_point end = Clock::now() + longestWait_;
-    while (oldest.wait_for(std::min(waitSlice, longestWait_)) != std::future_status::ready) {
+    const platform::SteadyTime end = platform::steadyNow() + longestWait;
+    while (oldest.wait_for(waitSlice) != std::future_status::ready) {
         if (!whileWaiting_()) {
             return false;
         }
-        if (Clock::now() >= end) {
+        if (platform::steadyNow() >= end) {
             throw std::runtime_error("Future wait timed out after 10 seconds");
         }
     }

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <deque>
 #include <functional>
 #include <future>
@@ -13,16 +12,13 @@
 
 #include "liveries/livery.h"
 
-/// How long the collecting waits for one file.
-inline constexpr std::chrono::milliseconds longestFutureWait = std::chrono::seconds(10);
-
 class ScanTasks {
 public:
     using Task = std::function<std::list<Livery>()>;
-    /// Called again and again while waiting; false ends the waiting.
+    /// Called at least every 50 ms while waiting; false ends the waiting.
     using WhileWaiting = std::function<bool()>;
 
-    ScanTasks(int atMost, WhileWaiting whileWaiting, std::chrono::milliseconds longestWait = longestFutureWait);
+    ScanTasks(int atMost, WhileWaiting whileWaiting);
     /// Leaves tasks that still run to themselves.
     ~ScanTasks();
     ScanTasks(const ScanTasks&) = delete;
@@ -44,7 +40,6 @@ private:
 
     int atMost_;
     WhileWaiting whileWaiting_;
-    std::chrono::milliseconds longestWait_;
     std::shared_ptr<Workers> workers_; // shared with its threads, which may outlive this object
     std::deque<std::future<std::list<Livery>>> waiting_;
 };

@@ -4,18 +4,19 @@
 #include <atomic>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gmock/gmock.h>
 
 #include "core/detached_threads.h"
+#include "platform/clock.h"
 #include "tests/liveries/scan_test.h"
 #include "tests/support/message_of.h"
 
 using testing::IsEmpty;
 
 namespace {
-
-constexpr std::chrono::milliseconds shortWait{20};
 
 ScanTasks::Task giving(const std::string& title) {
     return [title] { return std::list<Livery>{{"KLM", "A320", title, "", 1, false}}; };
@@ -94,10 +95,17 @@ TEST(ScanTasksThreads, neverMoreOfThemRunThanMay) {
 
 TEST(ScanTasksThreads, oneThatTakesTooLongIsGivenUp) {
     HeldTask held;
-    ScanTasks tasks(1, goOn, shortWait);
+    platform::ManualClock clock(platform::WallTime{});
+    int seconds = 0;
+    ScanTasks tasks(1, [&] {
+        clock.advance(std::chrono::seconds(1));
+        ++seconds;
+        return true;
+    });
     std::list<Livery> all;
     ASSERT_TRUE(tasks.start(held.task(), all));
     EXPECT_EQ(messageOf([&] { tasks.collectAll(all); }), "Future wait timed out after 10 seconds");
+    EXPECT_EQ(seconds, 10);
     tasks.abandon();
     EXPECT_TRUE(tasks.collectAll(all));
     EXPECT_THAT(all, IsEmpty());
