@@ -173,11 +173,12 @@ void readXml() {
     document.load_file(xmlName);
     for (const pugi::xml_node& element : document.child("root").child("liveries").children("liv")) {
         Livery& livery = Liveries.emplace_back();
-        livery.airl = element.attribute("airl").as_string();
-        livery.type = element.attribute("type").as_string();
-        livery.title = element.attribute("title").as_string();
-        livery.atcid = element.attribute("atcid").as_string();
-        livery.cargo = element.attribute("cargo").as_bool();
+        pugi::xml_attribute next = element.first_attribute();
+        livery.airl = element.attribute("airl", next).as_string();
+        livery.type = element.attribute("type", next).as_string();
+        livery.cargo = element.attribute("cargo", next).as_bool();
+        livery.title = element.attribute("title", next).as_string();
+        livery.atcid = element.attribute("atcid", next).as_string();
     }
 }
 
