@@ -2,6 +2,8 @@
 #include "liveries/livery_tables.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <unordered_set>
@@ -29,12 +31,65 @@ namespace {
 constexpr std::size_t roomForAirlineTitles = 4048;
 constexpr std::size_t roomForReservedTitles = 4096;
 
-using TitleSet = std::unordered_set<std::string_view, TextHash, std::equal_to<>>;
+/// Each title once, in one block of memory: a node for each of 60,000 titles would cost more than all other tables.
+class TitleIndex {
+public:
+    void makeRoom(std::size_t more) {
+        if (const std::size_t slots = std::bit_ceil(2 * (count_ + more) + 1); slots > slots_.size()) {
+            std::vector<Slot> former(slots);
+            former.swap(slots_);
+            for (const Slot& slot : former) {
+                if (!slot.isFree()) {
+                    slots_[placeOf(slot.title, slot.hash)] = slot;
+                }
+            }
+        }
+    }
+
+    /// The title, or the equal one that is there already. There must be room for it.
+    std::string_view insert(std::string_view title) {
+        const std::uint64_t hash = TextHash{}(title);
+        Slot& slot = slots_[placeOf(title, hash)];
+        if (slot.isFree()) {
+            slot = {title, hash};
+            ++count_;
+        }
+        return slot.title;
+    }
+
+    /// Empty for one that is not there.
+    std::string_view find(std::string_view title) const {
+        return slots_.empty() ? std::string_view() : slots_[placeOf(title, TextHash{}(title))].title;
+    }
+
+    void clear() { *this = TitleIndex(); }
+
+private:
+    struct Slot {
+        std::string_view title;
+        std::uint64_t hash = 0;
+
+        bool isFree() const { return title.data() == nullptr; }
+    };
+
+    /// The slot of the title, or the free one where it would go; at least half of them are free.
+    std::size_t placeOf(std::string_view title, std::uint64_t hash) const {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t place = hash & mask;
+        while (!slots_[place].isFree() && (slots_[place].hash != hash || slots_[place].title != title)) {
+            place = (place + 1) & mask;
+        }
+        return place;
+    }
+
+    std::vector<Slot> slots_; // a power of two of them, or none
+    std::size_t count_ = 0;
+};
 
 /// Owns the texts of all titles: a block for each time that the tables were built since they were cleared.
 std::vector<std::unique_ptr<char[]>> arena;
-/// What stands in AirlineTable.
-TitleSet knownTitles;
+/// What stands in AirlineTable, where equal titles are one and the same view.
+TitleIndex knownTitles;
 
 /// A block of the arena that is being filled.
 class TitleStore {
@@ -71,15 +126,15 @@ void storeGroup(const Livery& first, const std::vector<AirlineTitle>& titles) {
     }
     const auto [stored, isNew] = airline->second.try_emplace(first.type, titles.begin(), titles.end());
     if (isNew) {
-        for (const AirlineTitle& title : stored->second) {
-            knownTitles.insert(title.title);
+        for (AirlineTitle& title : stored->second) {
+            title.title = knownTitles.insert(title.title);
         }
     }
 }
 
 void fillAirlineTable() {
     TitleStore store(bytesOfTitles());
-    knownTitles.reserve(knownTitles.size() + Liveries.size());
+    knownTitles.makeRoom(Liveries.size());
     std::vector<AirlineTitle> titles;
     titles.reserve(roomForAirlineTitles);
     const Livery* first = nullptr;
@@ -136,14 +191,14 @@ void splitByCargo() {
 
 // --- Reservations ---
 
-void setReservedAside(TitleList& list, const TitleSet& reserved) {
-    std::vector<std::string_view> free;
-    std::copy_if(list.titles.begin(), list.titles.end(), std::back_inserter(free),
-                 [&reserved](std::string_view title) { return !reserved.contains(title); });
+/// By their places in the arena, where each title stands once.
+using TitlePlaces = std::unordered_set<const char*>;
+
+void setReservedAside(TitleList& list, const TitlePlaces& reserved) {
+    const auto isFree = [&reserved](std::string_view title) { return !reserved.contains(title.data()); };
     list.unreserved.clear();
-    if (free.size() < list.titles.size()) {
-        list.unreserved = std::move(free);
-        list.unreserved.shrink_to_fit();
+    if (!std::all_of(list.titles.begin(), list.titles.end(), isFree)) {
+        std::copy_if(list.titles.begin(), list.titles.end(), std::back_inserter(list.unreserved), isFree);
     }
 }
 
@@ -152,7 +207,10 @@ void setReservedAside() {
     if (ReservedTitles.empty()) {
         return;
     }
-    const TitleSet reserved(ReservedTitles.begin(), ReservedTitles.end());
+    TitlePlaces reserved;
+    for (const std::string_view title : ReservedTitles) {
+        reserved.insert(title.data());
+    }
     for (auto& airlines : AirlineModelTable) {
         for (auto& [airline, types] : airlines) {
             for (auto& [type, list] : types) {
@@ -266,8 +324,7 @@ void lf_buildAirlineTables() {
 }
 
 std::string_view lf_findTitle(std::string_view title) {
-    const auto known = knownTitles.find(title);
-    return known == knownTitles.end() ? std::string_view() : *known;
+    return knownTitles.find(title);
 }
 
 void lf_buildModelTables() {

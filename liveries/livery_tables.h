@@ -54,7 +54,7 @@ extern TextTable<std::string_view> RegcodeTable;
 /// The registrations whose liveries are not for others; and those of them that share theirs with no other registration.
 extern RegcodeSet SpecialRegcodes;
 extern RegcodeSet UniqueRegcodes;
-/// The titles of SpecialRegcodes.
+/// The titles of SpecialRegcodes, as lf_findTitle gives them.
 extern std::vector<std::string_view> ReservedTitles;
 
 /// The types with a livery of Light, Buzjets and Rotorcraft, ascending.

@@ -83,7 +83,9 @@ public:
 
     AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
         AirlineSubstitutes substitutes;
-        for (const std::size_t entry : takeFleet(types)) {
+        const std::vector<std::size_t>& wanted = takeFleet(types);
+        substitutes.makeRoom(wanted.size());
+        for (const std::size_t entry : wanted) {
             if (!had_[entries_[entry].own]) {
                 append(entries_[entry], substitutes);
             }
@@ -172,6 +174,11 @@ std::span<CategorizedType> AirlineSubstitutes::of(std::string_view missing) {
         return {};
     }
     return std::span(types_).subspan(list->begin, list->end - list->begin);
+}
+
+void AirlineSubstitutes::makeRoom(std::size_t missingTypes) {
+    lists_.reserve(missingTypes);
+    types_.reserve(missingTypes);
 }
 
 void AirlineSubstitutes::beginType(std::string_view missing) {

@@ -28,6 +28,7 @@ public:
     /// The types in place of a missing one, in an order that the caller may change; none if it has none.
     std::span<CategorizedType> of(std::string_view missing);
 
+    void makeRoom(std::size_t missingTypes);
     /// In ascending order of the missing types.
     void beginType(std::string_view missing);
     void add(const CategorizedType& substitute);

@@ -18,7 +18,6 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/test_liveries.h"
 
-using testing::AnyOf;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -121,7 +120,8 @@ protected:
         ::log("begin");
         AircraftRecord aircraft = aircraftOf(wanted);
         aircraft.isCargo = 0;
-        EXPECT_EQ(gf_matchLivery(aircraft, wanted.isCargo), !lastMatch().empty());
+        const bool isMatched = gf_matchLivery(aircraft, wanted.isCargo);
+        EXPECT_EQ(isMatched, !lastMatch().empty());
         EXPECT_EQ(aircraft.liveryTitle.empty(), lastMatch().empty());
         EXPECT_EQ(aircraft.isCargo != 0, wanted.isCargo);
         return lastMatch();
@@ -477,9 +477,9 @@ TEST_F(LiveryMatching, theSummaryTellsTheStepsAndWhatWasRefused) {
     const auto lines = log.lines();
     const std::vector<std::string> summary(lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end());
     EXPECT_THAT(summary,
-                ElementsAre("************************************* "
+                ElementsAre("********** "
                             "live traffic livery matching summary " +
-                                std::string(24, '*'),
+                                std::string(50, '*'),
                             "Matches at step: ", "  0: 1", "  1: 2", "  2: 3", "  3: 4", "  4: 5", "  5: 6", "  6: 7",
                             "", "Could not be created", "  A320 SWR", "  B738 KLM", std::string(100, '*')));
 }
