@@ -29,9 +29,9 @@ namespace {
 
 constexpr double begin = 1780315200; // 1 June 2026, noon
 constexpr double hour = 3600;
-// In the feed; some of them are not to be seen yet, for every aircraft is shown half a minute late.
-constexpr int busy = 110;
-constexpr int quiet = 66;
+// In the feed at a time, and so in the simulator: half a minute late, and a minute longer.
+constexpr int busy = 100;
+constexpr int quiet = 60;
 constexpr double radiusNm = 100;
 constexpr std::uint32_t seed = 1;
 
