@@ -176,7 +176,7 @@ TEST(ReplayRun, aSimulatorThatQuitsEndsIt) {
     ReplayFolder folder(overflights(2));
     writeFile("scene.json", R"({"user": {"position": [52.3078, 4.7616]}, "acts": [{"at": 20, "act": "quit"}]})");
     folder.replay();
-    EXPECT_EQ(folder.result.end, "simulator closed");
+    EXPECT_EQ(folder.result.end, "SIM WAS CLOSED");
     EXPECT_LT(folder.result.seconds, 20);
 }
 
