@@ -21,16 +21,31 @@ LiveMemory liveMemory() {
     return {blocks, bytes};
 }
 
-// The array, nothrow and sized forms of the library call these two.
-void* operator new(std::size_t size) {
+// All plain forms: where a sanitizer has forms of its own, the library's do not call these.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     auto* const memory = static_cast<char*>(std::malloc(size + headBytes));
     if (memory == nullptr) {
-        throw std::bad_alloc();
+        return nullptr;
     }
     std::memcpy(memory, &size, sizeof size);
     ++blocks;
     bytes += size;
     return memory + headBytes;
+}
+
+void* operator new(std::size_t size) {
+    if (void* const memory = operator new(size, std::nothrow)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return operator new(size, std::nothrow);
 }
 
 void operator delete(void* memory) noexcept {
@@ -46,5 +61,21 @@ void operator delete(void* memory) noexcept {
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    operator delete(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    operator delete(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
+
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
     operator delete(memory);
 }

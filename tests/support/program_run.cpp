@@ -1,6 +1,8 @@
 // tests/support/program_run.cpp
 #include "tests/support/program_run.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 #include "core/exit_reason.h"
@@ -136,6 +138,11 @@ bool ProgramRun::willLog(const std::string& text) const {
 void ProgramRun::setParameters(const std::vector<std::pair<std::string, std::string>>& values) {
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n  <parameters>\n";
     text += "    <parameter name=\"PROGRAM_VERSION\" value=\"11.10.8\" />\n";
+    const bool tellsOfScan =
+        std::any_of(values.begin(), values.end(), [](const auto& entry) { return entry.first == "SCAN_LIVERIES"; });
+    if (!tellsOfScan) {
+        text += "    <parameter name=\"SCAN_LIVERIES\" value=\"false\" />\n";
+    }
     for (const auto& [key, value] : values) {
         text += fmt::format("    <parameter name=\"{}\" value=\"{}\" />\n", key, value);
     }

@@ -37,7 +37,7 @@ public:
     /// Waits at most ten seconds for a text in the log.
     bool willLog(const std::string& text) const;
 
-    /// Files that the program starts with.
+    /// The parameter file that the program starts with. No scan for liveries, unless SCAN_LIVERIES is among the values.
     void setParameters(const std::vector<std::pair<std::string, std::string>>& values);
     const std::filesystem::path& folder() const { return folder_.path(); }
 
