@@ -479,7 +479,7 @@ TEST_F(LiveryMatching, theSummaryTellsTheStepsAndWhatWasRefused) {
     EXPECT_THAT(summary,
                 ElementsAre("********** "
                             "live traffic livery matching summary " +
-                                std::string(50, '*'),
+                                std::string(52, '*'),
                             "Matches at step: ", "  0: 1", "  1: 2", "  2: 3", "  3: 4", "  4: 5", "  5: 6", "  6: 7",
                             "", "Could not be created", "  A320 SWR", "  B738 KLM", std::string(100, '*')));
 }

@@ -97,7 +97,8 @@ void makeStandIns(const fs::path& cfg) {
 
 std::size_t headersIn(const std::vector<std::string>& lines) {
     return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
-        return line.starts_with("[fltsim.") || line.starts_with("[FLTSIM.");
+        const bool names = line.find("[fltsim.") != std::string::npos || line.find("[FLTSIM.") != std::string::npos;
+        return names && !line.starts_with("//");
     }));
 }
 
