@@ -203,10 +203,18 @@ TEST_F(WholeRunThreads, aNewFlightIsToldAndEndsTheProcessAfter10Seconds) {
     EXPECT_FALSE(run.logs("Restarting after"));
 }
 
+/// As the user does it in the window, while the run waits for the simulator.
+void askForScans() {
+    for (CheckBoxParameter* scan : {&SCAN_LIVERIES, &SCAN_AIRPORTS}) {
+        scan->value = true;
+        saveParameter(*scan);
+    }
+}
+
 TEST_F(WholeRunThreads, aSimConnectErrorRestartsTheRunInTheSameProcessWithoutItsScans) {
-    run.setParameters({{"SIM_INSTALL_PATH", "P3D v5"}, {"SCAN_LIVERIES", "true"}, {"SCAN_AIRPORTS", "true"}});
     run.start();
-    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    askForScans();
     gf_stopRun(ExitReason::simConnectError, 9);
     ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
     EXPECT_TRUE(run.logs("Exiting: SIMCONNECT ERROR\n"));
@@ -225,14 +233,14 @@ TEST_F(WholeRunThreads, aSimConnectErrorRestartsTheRunInTheSameProcessWithoutIts
 }
 
 TEST_F(WholeRunThreads, newSettingsRestartWithTheScansKept) {
-    run.setParameters({{"SIM_INSTALL_PATH", "P3D v5"}, {"SCAN_LIVERIES", "true"}, {"SCAN_AIRPORTS", "false"}});
     run.start();
-    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    askForScans();
     gf_stopRun(ExitReason::newSettings, 3);
     ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
     EXPECT_TRUE(run.logs("Restarting after 3 seconds"));
-    EXPECT_TRUE(SCAN_LIVERIES.value);
-    EXPECT_FALSE(SCAN_AIRPORTS.value);
+    EXPECT_TRUE(run.willLog("liveries scan manual starts")) << "the new run scans";
+    EXPECT_TRUE(SCAN_AIRPORTS.value);
 }
 
 TEST_F(WholeRunThreads, aRestartWithoutADelayShowsAndWaitsNothing) {
