@@ -322,9 +322,9 @@ void drawMoment(Canvas& canvas, const Box& box, const Analysis& analysis, std::s
 void drawWorst(const Analysis& analysis, const std::filesystem::path& file) {
     Canvas canvas(1600, 1500);
     canvas.text({20, 38}, "The worst moments, eight seconds before and after", titleSize + 3, ink, true);
-    canvas.text({640, 38}, "flown frame by frame", textSize + 1, airColour, true);
-    canvas.text({810, 38}, "recorded", textSize + 1, recordedColour, true);
-    canvas.text({900, 38}, "the other aircraft", textSize + 1, otherColour, true);
+    canvas.text({820, 38}, "flown frame by frame", textSize + 1, airColour, true);
+    canvas.text({1010, 38}, "recorded", textSize + 1, recordedColour, true);
+    canvas.text({1110, 38}, "the other aircraft", textSize + 1, otherColour, true);
     if (analysis.worst.empty()) {
         canvas.text({20, 90}, "No moment stands out", titleSize, ink);
     }
