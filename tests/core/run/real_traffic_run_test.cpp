@@ -157,7 +157,7 @@ TEST_F(RealTrafficRunThreads, aLossIsNoticedInFlightAndTheRunGoesOnWithTheReturn
     client.connect(listenSocket.boundPort());
     ASSERT_TRUE(run.willLog("RealTraffic re-connected")) << run.log();
     EXPECT_TRUE(eventually([&] { return slotClock > lost + 10; })) << "the run goes on";
-    EXPECT_EQ(client.read(6), "Qs121=") << "nobody is asked for his version again";
+    EXPECT_EQ(client.read(3), "Qs1") << "nobody is asked for his version again";
     EXPECT_TRUE(gWindowState.realTrafficLit);
     window_system::clickClose();
     EXPECT_TRUE(run.ends()) << run.log();
