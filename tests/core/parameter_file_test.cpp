@@ -683,9 +683,6 @@ TEST_F(ParameterFileTest, nothingIsRemovedWithoutAFile) {
 // --- Threads ---
 
 TEST_F(ParameterFileThreads, savesFromTwoThreadsKeepBothValues) {
-#ifdef _WIN32
-    GTEST_SKIP() << "hangs now and then under Wine, for a reason not found yet";
-#endif
     gf_readParameters();
     constexpr int rounds = 30;
     Meeting together(2);
