@@ -9,25 +9,17 @@
 
 #include "core/log.h"
 #include "core/number_text.h"
+#include "core/text_parts.h"
 
 namespace {
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? std::string_view{}
-                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 /// The trimmed parts between the separators; a part without a character is none.
-std::vector<std::string_view> partsOf(std::string_view text, char separator) {
+std::vector<std::string_view> filledPartsOf(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find(separator, begin), text.size());
-        if (const std::string_view part = trimmed(text.substr(begin, end - begin)); !part.empty()) {
-            parts.push_back(part);
+    for (const std::string_view part : partsOf(text, separator)) {
+        if (const std::string_view inner = trimmed(part); !inner.empty()) {
+            parts.push_back(inner);
         }
-        begin = end + 1;
     }
     return parts;
 }
@@ -55,7 +47,7 @@ HourSet lf_range(std::string_view text) {
         logError(fmt::format("{} more than one colon char in: {}", "gf_hours2bitset", text));
         return {};
     }
-    const std::vector<std::string_view> parts = partsOf(text, ':');
+    const std::vector<std::string_view> parts = filledPartsOf(text, ':');
     if (parts.empty()) {
         logError(fmt::format("{} invalid range format in {}", "gf_hours2bitset", text));
         return {};
@@ -74,7 +66,7 @@ HourSet lf_range(std::string_view text) {
 
 HourSet lf_list(std::string_view text) {
     HourSet slots;
-    for (const std::string_view part : partsOf(text, ',')) {
+    for (const std::string_view part : filledPartsOf(text, ',')) {
         if (const std::optional<int> slot = lf_slot(part, text)) {
             slots.insert(*slot);
         }

@@ -14,6 +14,7 @@
 #include "core/geography.h"
 #include "core/log.h"
 #include "core/number_text.h"
+#include "core/text_parts.h"
 #include "core/user_error.h"
 #include "distribution/clear_file.h"
 #include "distribution/sealed_file.h"
@@ -41,13 +42,6 @@ std::string_view attribute(const pugi::xml_node& element, const char* name) {
 
 pugi::xml_node sectionOf(const pugi::xml_document& document, const char* section) {
     return document.child(rootName).child(section);
-}
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\n\r";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    return begin == std::string_view::npos ? std::string_view{}
-                                           : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
 /// The trimmed tokens between the commas, empty ones too; none for an empty list.

@@ -13,6 +13,7 @@
 #include "core/log.h"
 #include "core/number_text.h"
 #include "core/text_hash.h"
+#include "core/text_parts.h"
 #include "distribution/clear_file.h"
 #include "distribution/sealed_file.h"
 #include "platform/files.h"
@@ -51,11 +52,7 @@ std::string faultOf(const pugi::xml_node& row, std::string_view code, const Repo
 
 /// The text of an attribute without the blanks around it.
 std::string_view numberText(const pugi::xml_node& row, const char* name) {
-    constexpr std::string_view blanks = " \t\n\r";
-    const std::string_view text = row.attribute(name).as_string();
-    const std::size_t begin = text.find_first_not_of(blanks);
-    return begin == std::string_view::npos ? std::string_view{}
-                                           : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+    return trimmed(row.attribute(name).as_string());
 }
 
 /// An empty text counts as 0.

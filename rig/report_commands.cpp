@@ -4,18 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/files.h"
+#include "rig/path_option.h"
 
 namespace {
 
 constexpr int farthestNm = 1000;
-
-/// CLI11 knows texts; paths come from UTF-8.
-CLI::Option* addPath(CLI::App& command, const std::string& option, std::filesystem::path& path,
-                     const std::string& help) {
-    return command.add_option_function<std::string>(
-        option, [&path](const std::string& text) { path = platform::pathFromUtf8(text); }, help);
-}
 
 } // namespace
 
@@ -28,14 +21,8 @@ ReportCommands::ReportCommands(CLI::App& app) {
     addPath(*report_, "--held-out", options_.heldOut, "Recording of samples that the program was not given");
     addPath(*report_, "--log", options_.log, "The program's Log.txt");
     addPath(*report_, "--scene", options_.scene, "Scene of the simulator: tells the ground");
-    report_->add_option_function<std::vector<std::string>>(
-        "--titles",
-        [this](const std::vector<std::string>& folders) {
-            for (const std::string& folder : folders) {
-                options_.titles.push_back(platform::pathFromUtf8(folder));
-            }
-        },
-        "Folders below which aircraft.cfg files tell wing spans and how high aircraft stand");
+    addPaths(*report_, "--titles", options_.titles,
+             "Folders below which aircraft.cfg files tell wing spans and how high aircraft stand");
     addPath(*report_, "--types", options_.types, "Reference data in clear: categories of the types");
     report_->add_option_function<double>(
         "--feed-start", [this](double seconds) { options_.feedStart = seconds; },

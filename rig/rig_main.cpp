@@ -11,6 +11,7 @@
 #include "platform/program_entry.h"
 #include "platform/sibling_program.h"
 #include "rig/objects/object_script.h"
+#include "rig/path_option.h"
 #include "rig/report_commands.h"
 #include "rig/server/server_run.h"
 #include "rig/simulator/simulator_run.h"
@@ -18,12 +19,6 @@
 #include "rig/traffic_commands.h"
 
 namespace {
-
-/// CLI11 knows texts; paths come from UTF-8.
-void addPath(CLI::App& command, const std::string& option, std::filesystem::path& path, const std::string& help) {
-    command.add_option_function<std::string>(
-        option, [&path](const std::string& text) { path = platform::pathFromUtf8(text); }, help);
-}
 
 void addSimulatorOptions(CLI::App& command, rig::SimulatorOptions& options) {
     addPath(command, "--scene", options.scene, "Scene file (docs/rig.md)");
@@ -33,14 +28,7 @@ void addSimulatorOptions(CLI::App& command, rig::SimulatorOptions& options) {
     command.add_option(
         "--pipe", options.pipe,
         "Name of a pipe, natively of a local socket in its place; without any port it is the simulator's");
-    command.add_option_function<std::vector<std::string>>(
-        "--titles",
-        [&options](const std::vector<std::string>& folders) {
-            for (const std::string& folder : folders) {
-                options.titles.push_back(platform::pathFromUtf8(folder));
-            }
-        },
-        "Folders below which aircraft.cfg files tell the known titles");
+    addPaths(command, "--titles", options.titles, "Folders below which aircraft.cfg files tell the known titles");
     addPath(command, "--trace", options.trace, "File that gets all motion and events");
     command.add_option("--seconds", options.seconds, "Ends by itself after so many seconds")
         ->check(CLI::NonNegativeNumber);

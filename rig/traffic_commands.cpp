@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "platform/files.h"
+#include "rig/path_option.h"
 
 namespace {
 
@@ -14,13 +14,6 @@ constexpr double shortestSpeed = 0.1;
 constexpr double longestSpeed = 100;
 constexpr double farthestNm = 10000;
 constexpr double longestDelay = 86400; // seconds
-
-/// CLI11 knows texts; paths come from UTF-8.
-CLI::Option* addPath(CLI::App& command, const std::string& option, std::filesystem::path& path,
-                     const std::string& help) {
-    return command.add_option_function<std::string>(
-        option, [&path](const std::string& text) { path = platform::pathFromUtf8(text); }, help);
-}
 
 void addRate(CLI::App& command, const std::string& option, double& rate, const std::string& help) {
     command.add_option(option, rate, help)->check(CLI::Range(0.0, 1.0));

@@ -7,8 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include "platform/console.h"
-#include "platform/files.h"
 #include "platform/program_entry.h"
+#include "rig/path_option.h"
 #include "rig/replay/replay_run.h"
 
 namespace {
@@ -16,13 +16,6 @@ namespace {
 constexpr int failed = 1;
 constexpr double farthestNm = 100;
 constexpr double leastNm = 2;
-
-/// CLI11 knows texts; paths come from UTF-8.
-CLI::Option* addPath(CLI::App& command, const std::string& option, std::filesystem::path& path,
-                     const std::string& help) {
-    return command.add_option_function<std::string>(
-        option, [&path](const std::string& text) { path = platform::pathFromUtf8(text); }, help);
-}
 
 void addRate(CLI::App& command, const std::string& option, double& rate, const std::string& help) {
     command.add_option(option, rate, help)->check(CLI::Range(0.0, 1.0));

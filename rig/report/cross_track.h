@@ -39,16 +39,22 @@ public:
 
     /// There must be two points at least.
     NearestOnLine nearest(const LatLon& position) {
-        NearestOnLine best{.metres = 1e12, .leg = leg_};
         const std::size_t first = isFirst_ || leg_ < reach ? 0 : leg_ - reach;
         const std::size_t end = isFirst_ ? legs_.size() : std::min(legs_.size(), leg_ + reach + 1);
+        const NearestOnLine best = nearestAmong(first, end, position);
+        leg_ = best.leg;
+        isFirst_ = false;
+        return best;
+    }
+
+    /// Of the legs from `first` up to the one before `end`, of which there must be one.
+    NearestOnLine nearestAmong(std::size_t first, std::size_t end, const LatLon& position) const {
+        NearestOnLine best{.metres = 1e12, .leg = first};
         for (std::size_t i = first; i < end; ++i) {
             if (const NearestOnLine here = nearestOnLeg(i, position); here.metres < best.metres) {
                 best = here;
             }
         }
-        leg_ = best.leg;
-        isFirst_ = false;
         return best;
     }
 

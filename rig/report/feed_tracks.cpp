@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "core/number_text.h"
+#include "core/text_parts.h"
 #include "feed/traffic_line.h"
 #include "liveries/reference_tables.h"
 #include "rig/traffic/gzip_text.h"
@@ -116,18 +117,8 @@ constexpr std::size_t count = 13;
 
 constexpr std::string_view truthBeginning = "time,hexid,callsign,phase,lat,lon,alt_ft,on_ground,";
 
-std::vector<std::string_view> fieldsOf(std::string_view line) {
-    std::vector<std::string_view> fields;
-    for (std::size_t comma = line.find(','); comma != std::string_view::npos; comma = line.find(',')) {
-        fields.push_back(line.substr(0, comma));
-        line.remove_prefix(comma + 1);
-    }
-    fields.push_back(line);
-    return fields;
-}
-
 void takeTruth(FeedTracks& tracks, std::string_view line, std::size_t number) {
-    const std::vector<std::string_view> fields = fieldsOf(line);
+    const std::vector<std::string_view> fields = partsOf(line, ',');
     const auto fail = [number](const char* what) {
         throw std::runtime_error(fmt::format("line {}: {}", number, what));
     };

@@ -13,6 +13,7 @@
 
 #include "core/geography.h"
 #include "core/number_text.h"
+#include "core/text_parts.h"
 #include "rig/traffic/feed_line.h"
 #include "rig/traffic/gzip_text.h"
 
@@ -264,20 +265,10 @@ constexpr std::size_t timestamp = 14;
 constexpr std::size_t count = 15;
 } // namespace older_field
 
-std::vector<std::string> fieldsOf(std::string_view line) {
-    std::vector<std::string> fields;
-    for (std::size_t end = line.find(','); end != std::string_view::npos; end = line.find(',')) {
-        fields.emplace_back(line.substr(0, end));
-        line.remove_prefix(end + 1);
-    }
-    fields.emplace_back(line);
-    return fields;
-}
-
 /// A line of the older form in the newer one; as it is when it is none.
 std::string newerLine(std::string_view older, const AircraftRegistry& registry) {
     namespace field = older_field;
-    const std::vector<std::string> fields = fieldsOf(older);
+    const std::vector<std::string_view> fields = partsOf(older, ',');
     if (fields.size() < field::count) {
         return std::string(older);
     }

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "core/number_text.h"
+#include "core/text_parts.h"
 
 namespace rig {
 
@@ -51,18 +52,6 @@ constexpr std::array<StateField, stateFields> stateFieldRules{{
     {"longitude", Form::sixDecimals, aTurn},
 }};
 
-std::vector<std::string_view> split(std::string_view text, char separator) {
-    std::vector<std::string_view> parts;
-    for (;;) {
-        const std::size_t end = text.find(separator);
-        parts.push_back(text.substr(0, end));
-        if (end == std::string_view::npos) {
-            return parts;
-        }
-        text.remove_prefix(end + 1);
-    }
-}
-
 std::string written(double value, Form form) {
     switch (form) {
     case Form::oneDigit: return fmt::format("{:.0}", value);
@@ -98,7 +87,7 @@ ServerMessage malformed(std::string_view text, std::string fault) {
 }
 
 ServerMessage readState(std::string_view text) {
-    const std::vector<std::string_view> fields = split(text.substr(statePrefix.size()), ';');
+    const std::vector<std::string_view> fields = partsOf(text.substr(statePrefix.size()), ';');
     if (fields.size() != stateFields) {
         return malformed(text, fmt::format("{} fields instead of {}", fields.size(), stateFields));
     }

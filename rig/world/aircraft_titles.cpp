@@ -6,6 +6,7 @@
 
 #include "core/number_text.h"
 #include "core/text_files.h"
+#include "core/text_parts.h"
 #include "platform/files.h"
 #include "rig/world/names.h"
 
@@ -14,15 +15,6 @@ namespace fs = std::filesystem;
 namespace rig {
 
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
-}
 
 std::string_view withoutComment(std::string_view text) {
     return trimmed(text.substr(0, text.find("//")));

@@ -11,6 +11,7 @@
 
 #include "core/geography.h"
 #include "engine/angles.h"
+#include "rig/report/cross_track.h"
 #include "sim/sim_queues.h"
 
 inline constexpr double secondsPerSlot = 0.01;
@@ -34,42 +35,35 @@ struct TrackPoint {
 /// for a track may cross itself. Positions are to be given in the order in which they were flown.
 class CrossTrack {
 public:
-    /// So many seconds a flight may be before or behind the times of its track.
-    explicit CrossTrack(std::vector<TrackPoint> points, double reachSeconds)
-        : points_(std::move(points)), reachSeconds_(reachSeconds) {}
+    /// So many seconds a flight may be before or behind the times of its track, which has at least one point.
+    CrossTrack(std::vector<TrackPoint> points, double reachSeconds)
+        : line_(placesOf(points)), points_(std::move(points)), reachSeconds_(reachSeconds) {}
 
-    /// The track has at least one point.
     double metres(const LatLon& position, double seconds) {
         while (first_ + 2 < points_.size() && points_[first_ + 1].seconds < seconds - reachSeconds_) {
             ++first_;
         }
-        if (points_.size() == 1) {
-            return metresBetween(points_[0].at, position);
+        std::size_t end = first_;
+        while (end + 1 < points_.size() && points_[end].seconds <= seconds + reachSeconds_) {
+            ++end;
         }
-        double best = metresFromLeg(first_, position);
-        for (std::size_t i = first_ + 1; i + 1 < points_.size() && points_[i].seconds <= seconds + reachSeconds_; ++i) {
-            best = std::min(best, metresFromLeg(i, position));
-        }
-        return best;
+        return end == first_ ? metresBetween(points_[first_].at, position)
+                             : line_.nearestAmong(first_, end, position).metres;
     }
 
 private:
-    double metresFromLeg(std::size_t leg, const LatLon& position) const {
-        const LatLon& a = points_[leg].at;
-        const LatLon& b = points_[leg + 1].at;
-        const double eastPerDegree = metersPerDegreeLatitude * std::cos(a.lat * radiansPerDegree);
-        const double bx = longitudeDifference(b.lon, a.lon) * eastPerDegree;
-        const double by = (b.lat - a.lat) * metersPerDegreeLatitude;
-        const double px = longitudeDifference(position.lon, a.lon) * eastPerDegree;
-        const double py = (position.lat - a.lat) * metersPerDegreeLatitude;
-        const double squared = bx * bx + by * by;
-        const double share = squared == 0 ? 0 : std::clamp((px * bx + py * by) / squared, 0.0, 1.0);
-        return std::hypot(px - share * bx, py - share * by);
+    static std::vector<LatLon> placesOf(const std::vector<TrackPoint>& points) {
+        std::vector<LatLon> places;
+        for (const TrackPoint& point : points) {
+            places.push_back(point.at);
+        }
+        return places;
     }
 
+    rig::CrossTrack line_;
     std::vector<TrackPoint> points_;
     double reachSeconds_;
-    std::size_t first_ = 0; // of the legs in reach
+    std::size_t first_ = 0;
 };
 
 /// The value that this share of them does not exceed; 0 of none.

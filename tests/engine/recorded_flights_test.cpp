@@ -14,6 +14,7 @@
 
 #include "core/injection_radius.h"
 #include "core/number_text.h"
+#include "core/text_parts.h"
 #include "feed/traffic_reader.h"
 #include "tests/engine/engine_test.h"
 #include "tests/engine/flight_world.h"
@@ -25,21 +26,9 @@ constexpr double mostCrossTrackMetres = 15;
 constexpr double leastMovingMetresPerSecond = 20;
 constexpr double mostDelaySeconds = 60; ///< against the times of the recording
 
-std::vector<std::string> fieldsOf(const std::string& line) {
-    std::vector<std::string> fields{""};
-    for (const char c : line) {
-        if (c == ',') {
-            fields.emplace_back();
-        } else {
-            fields.back() += c;
-        }
-    }
-    return fields;
-}
-
 /// A line of the feed's older form of 15 fields.
 std::optional<FeedRecord> recordOfOldLine(const std::string& line) {
-    const std::vector<std::string> fields = fieldsOf(line);
+    const std::vector<std::string_view> fields = partsOf(line, ',');
     if (fields.size() != 15 || fields[6] != "1" || fields[10].empty()) {
         return std::nullopt;
     }
