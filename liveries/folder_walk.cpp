@@ -2,6 +2,7 @@
 #include "liveries/folder_walk.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -15,7 +16,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t longestPath = 250; // a path text of this length is not gone into
+constexpr std::ptrdiff_t longestPath = 250; // characters; a path text of this length is not gone into
+
+/// Of UTF-8: every byte but those that continue a character.
+std::ptrdiff_t characterCount(std::string_view text) {
+    return std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; });
+}
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
@@ -119,7 +125,7 @@ bool isCfgFileName(std::string_view name) {
 }
 
 bool isFolderToScan(std::string_view path) {
-    return !contains(path, "airport") && path.size() < longestPath;
+    return !contains(path, "airport") && characterCount(path) < longestPath;
 }
 
 bool isIvaoPath(std::string_view path) {
@@ -127,5 +133,6 @@ bool isIvaoPath(std::string_view path) {
 }
 
 bool walkFolder(const fs::path& folder, const FolderVisit& enter, const FileVisit& visit) {
+    const fs::directory_iterator opened(folder); // throws, where the folders inside are skipped
     return Walk(enter, visit).into({folder, platform::backslashText(folder)});
 }

@@ -18,16 +18,14 @@
 #include "core/program_info.h"
 #include "core/run_flags.h"
 #include "core/user_error.h"
-#include "liveries/aircraft_cfg.h"
-#include "liveries/folder_walk.h"
 #include "liveries/livery_file.h"
+#include "liveries/livery_walk.h"
 #include "liveries/reference_tables.h"
 #include "liveries/registration_codes.h"
 #include "liveries/scan_progress.h"
 #include "liveries/scan_state.h"
 #include "liveries/scan_tasks.h"
 #include "platform/files.h"
-#include "platform/text_encoding.h"
 #include "window/window_state.h"
 
 namespace fs = std::filesystem;
@@ -51,58 +49,16 @@ public:
         state_->dontUseTitles.insert(DontUseTitles.begin(), DontUseTitles.end());
     }
 
-    void lf_walkFolder(std::uint32_t scanNumber, const fs::path& folder);
+    void walk(std::uint32_t scanNumber, const fs::path& folder) {
+        lf_walkFolder(scanNumber, folder, {state_, progress_, tasks_});
+    }
     ScanReports& reports() { return state_->reports; }
 
 private:
-    bool startTask(std::uint32_t scanNumber, const ScannedFile& file);
-
-    std::shared_ptr<ScanState> state_; // shared with tasks that may outlive the scan
+    std::shared_ptr<ScanState> state_;
     ScanProgress progress_;
     ScanTasks tasks_;
 };
-
-bool Scan::startTask(std::uint32_t scanNumber, const ScannedFile& file) {
-    const auto search = isIvaoPath(file.text) ? lf_searchLiveriesinIVAOFile : lf_searchLiveriesinFile;
-    return tasks_.start([state = state_, scanNumber, file, search] { return search(scanNumber, file, *state); },
-                        Liveries);
-}
-
-std::string logText(const std::exception& error) {
-    return platform::readableText(error.what());
-}
-
-void Scan::lf_walkFolder(std::uint32_t scanNumber, const fs::path& folder) {
-    const std::string text = platform::backslashText(folder);
-    const auto enter = [this](std::string_view path) {
-        progress_.enter(path);
-        return progress_.goesOn();
-    };
-    bool goesOn = true;
-    const auto visit = [&](const ScannedFile& file) {
-        try {
-            goesOn = startTask(scanNumber, file);
-        } catch (const std::exception& error) {
-            log(fmt::format("liveries inner search aborted: {}", logText(error)));
-            goesOn = false;
-        }
-        return goesOn;
-    };
-    try {
-        walkFolder(folder, enter, visit);
-    } catch (const std::exception& error) {
-        log(fmt::format("liveries search in {} aborted, cause: {}", text, logText(error)));
-        goesOn = false;
-    }
-    try {
-        if (goesOn) {
-            tasks_.collectAll(Liveries);
-        }
-    } catch (const std::exception& error) {
-        log(fmt::format("liveries search aborted, futs outer, {}", logText(error)));
-    }
-    tasks_.abandon();
-}
 
 /// Whether the folder is one; else a line in the log says why not.
 bool isScannable(const fs::path& folder) {
@@ -134,7 +90,7 @@ bool scanEach(Scan& scan, const std::vector<fs::path>& folders) {
         }
         scanNumber = std::min(scanNumber + 1, highestScan);
         const std::size_t before = Liveries.size();
-        scan.lf_walkFolder(scanNumber, folder);
+        scan.walk(scanNumber, folder);
         if (gf_isScanStopping()) {
             return false;
         }

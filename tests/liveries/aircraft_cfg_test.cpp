@@ -88,6 +88,23 @@ TEST_F(AircraftCfg, everyEncodingIsRead) {
     }
 }
 
+/// A file of plain text is not converted; one with a mark is.
+TEST_F(AircraftCfg, linesEndAtTheSamePlacesWithAndWithoutAConversion) {
+    const std::string values = "]\r\nmodel=M\r\r\nsim=S\ntexture=T\n\r\natc_parking_codes=KLM\ntitle=";
+    const std::string begin = "\n\r\r\n[General]\natc_model=A320\r\n[fltsim.0" + values + "One\r\n[fltsim.1" + values;
+    for (const char* end : {"Two", "Two\n", "Two\r", "Two\r\n", "Two\n\n", "Two\rno", "\n", ""}) {
+        ScanState plain;
+        ScanState marked;
+        const auto expected =
+            lf_searchLiveriesinFile(1, scannedFile(makeAircraft("ac", "\xEF\xBB\xBF" + begin + end)), marked);
+        EXPECT_EQ(lf_searchLiveriesinFile(1, scannedFile(makeAircraft("ac", begin + end)), plain), expected);
+        EXPECT_EQ(plain.reports.lines(ScanReport::incompleteSections),
+                  marked.reports.lines(ScanReport::incompleteSections));
+        EXPECT_EQ(expected.size(), std::string_view(end).substr(0, 3) == "Two" && end != std::string("Two\rno") ? 2 : 1)
+            << testing::PrintToString(end);
+    }
+}
+
 TEST_F(AircraftCfg, aFileWithoutTextHasNoEncoding) {
     EXPECT_THAT(searchText(""), IsEmpty());
     EXPECT_THAT(searchText(std::string("a\0b", 3)), IsEmpty());
@@ -437,10 +454,14 @@ TEST_F(IvaoCfg, anInvalidRegistrationIsLogged) {
 }
 
 TEST_F(IvaoCfg, modelAirAndTextureMustBeThere) {
-    EXPECT_THAT(searchIvao("x/IVAO_MTL/IVAO_B738", "[fltsim.7]\nmodel=X\nsim=S\ntexture=T\ntitle=B738 KLM\n"),
+    EXPECT_THAT(searchIvao("x/IVAO_MTL/IVAO_B738", "[fltsim.7]\nmodel=X\nsim=S\ntexture=T\ntitle=B738 KLM\n"
+                                                   "[fltsim.8]\nmodel=M\nsim=X\ntexture=T\ntitle=B738 KLM\n"
+                                                   "[fltsim.9]\nmodel=M\nsim=S\ntexture=X\ntitle=B738 KLM\n"),
                 IsEmpty());
     EXPECT_THAT(report(ScanReport::incompleteSections),
-                ElementsAre("x\\IVAO_MTL\\IVAO_B738\\model.X [fltsim.7] does not exist"));
+                ElementsAre("x\\IVAO_MTL\\IVAO_B738\\model.X [fltsim.7] does not exist",
+                            "x\\IVAO_MTL\\IVAO_B738\\X.air [fltsim.8] does not exist",
+                            "x\\IVAO_MTL\\IVAO_B738\\texture.X [fltsim.9] does not exist"));
 }
 
 TEST_F(IvaoCfg, aSectionNeedsATitleThatMayBeUsedAndIsNew) {

@@ -55,6 +55,7 @@ TEST_F(FolderWalk, aPathOfTwoHundredAndFiftyCharactersIsNotEntered) {
     const std::string longest(247, 'a'); // with "x\" 249
     EXPECT_TRUE(isFolderToScan("x\\" + longest));
     EXPECT_FALSE(isFolderToScan("x\\a" + longest));
+    EXPECT_TRUE(isFolderToScan("x\\\xC3\xA4" + longest.substr(1))) << "one character of two bytes";
 }
 
 TEST_F(FolderWalk, aFolderOfThatNameIsNoFile) {
@@ -93,6 +94,21 @@ TEST_F(FolderWalk, endsWhenAVisitSaysSo) {
         "x", [](std::string_view path) { return path == "x"; }, [](const ScannedFile&) { return true; }));
 }
 
-TEST_F(FolderWalk, aFolderThatIsGoneIsSkipped) {
-    EXPECT_THAT(filesIn("gone"), IsEmpty());
+TEST_F(FolderWalk, aFolderInsideThatCannotBeOpenedIsSkipped) {
+    writeFile("x/aircraft.cfg", "");
+    writeFile("x/1/aircraft.cfg", "");
+    writeFile("x/2/aircraft.cfg", "");
+    std::vector<std::string> files;
+    EXPECT_TRUE(walkFolder(
+        "x", [](std::string_view) { return true; },
+        [&files](const ScannedFile& file) {
+            files.push_back(file.text);
+            fs::remove_all("x/1");
+            return true;
+        }));
+    EXPECT_THAT(files, ElementsAre("x\\aircraft.cfg", "x\\2\\aircraft.cfg"));
+}
+
+TEST_F(FolderWalk, aFolderThatCannotBeOpenedItselfIsAnError) {
+    EXPECT_THROW(filesIn("gone"), fs::filesystem_error);
 }

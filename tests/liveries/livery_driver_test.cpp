@@ -1,8 +1,12 @@
 // tests/liveries/livery_driver_test.cpp
 #include "liveries/livery_driver.h"
 
+#include <algorithm>
+
 #include "core/user_error.h"
 #include "liveries/livery_file.h"
+#include "liveries/livery_matching.h"
+#include "liveries/livery_tables.h"
 #include "tests/liveries/scan_test.h"
 
 using testing::IsEmpty;
@@ -55,6 +59,45 @@ TEST_F(LiveryDriver, aNewScanIsProcessed) {
     gf_processScannedLiveries();
     EXPECT_EQ(times(readLine), 2);
     EXPECT_EQ(times(skipped), 0);
+}
+
+TEST_F(LiveryDriver, theStepsComeInTheirOrder) {
+    writeFile("input/my_regcodes/mine.txt", "Of nobody;PH-XYZ\n");
+    makeAircraft("x/ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM\natc_id=PH-ABC") +
+                             section(1, "title=Two\natc_parking_codes=KLM\natc_id=PH-ABC"));
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    const std::vector<std::string> lines = log_.lines();
+    auto from = lines.begin();
+    for (const char* begin : {"2 liveries read from ", "1 in-line regcode clashes, see ", "Processing regcodes file ",
+                              "1 registration codes", "1 airlines, 1 pax ", "0 similar model definitions",
+                              "Category Light: ", "Category Rotorcraft: ", "No generic liveries"}) {
+        from = std::find_if(from, lines.end(), [begin](const std::string& line) { return line.starts_with(begin); });
+        ASSERT_NE(from, lines.end()) << begin << " in " << testing::PrintToString(lines);
+    }
+}
+
+TEST_F(LiveryDriver, onlyANewScanMakesTheMatchesOfLiveAircraftOutOfDate) {
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    hexidLiveries[20000] = lf_findTitle("One");
+    gf_processScannedLiveries();
+    EXPECT_EQ(hexidLiveries[20000], "One");
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    EXPECT_TRUE(hexidLiveries.empty());
+}
+
+TEST_F(LiveryDriver, theListIsFreedWhateverBecomesOfTheProcessing) {
+    Liveries = {{"KLM", "A320", "left over", "", 1, false}};
+    EXPECT_THROW(gf_processScannedLiveries(), kvd::UserErrorException);
+    EXPECT_THAT(Liveries, IsEmpty());
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    Liveries = {{"KLM", "A320", "left over", "", 1, false}};
+    gf_processScannedLiveries();
+    EXPECT_EQ(times(skipped), 1);
+    EXPECT_THAT(Liveries, IsEmpty());
 }
 
 TEST_F(LiveryDriver, aFailureIsNoProcessing) {

@@ -112,6 +112,31 @@ TEST_F(LiveryScan, whatIsNoFolderIsSkipped) {
                                             "1 liverie found in ok", "1 in total"}));
 }
 
+TEST_F(LiveryScan, aTotalIsToldOfSeveralFoldersWithLiveries) {
+    makeLivery("ok/ac", "One");
+    fs::create_directories("empty");
+    lf_scanFolders({"ok"});
+    lf_scanFolders({"empty", "empty"});
+    EXPECT_FALSE(log_.contains("in total"));
+    lf_scanFolders({"ok", "empty"});
+    EXPECT_TRUE(log_.contains("1 in total"));
+}
+
+TEST_F(LiveryScan, theNumberOfAFolderStopsRisingAtTen) {
+    std::vector<fs::path> folders;
+    for (const char* folder : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}) {
+        fs::create_directories(folder);
+        folders.emplace_back(folder);
+    }
+    makeLivery("10/ac", "ten");
+    makeLivery("11/ac", "eleven");
+    EXPECT_TRUE(lf_scanFolders(folders));
+    EXPECT_THAT(titlesOf(written()), ElementsAre("eleven", "ten"));
+    makeLivery("9/ac", "nine");
+    EXPECT_TRUE(lf_scanFolders(folders));
+    EXPECT_THAT(titlesOf(written()), ElementsAre("nine"));
+}
+
 // --- A scan as a whole ---
 
 TEST_F(LiveryScan, tellsItsCourseInTheLog) {

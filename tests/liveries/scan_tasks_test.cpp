@@ -11,6 +11,7 @@
 
 #include "core/detached_threads.h"
 #include "platform/clock.h"
+#include "tests/liveries/held_task.h"
 #include "tests/liveries/scan_test.h"
 #include "tests/support/message_of.h"
 
@@ -25,35 +26,6 @@ ScanTasks::Task giving(const std::string& title) {
 bool goOn() {
     return true;
 }
-
-/// A task that waits until it is let go, which its end does at the latest.
-class HeldTask {
-public:
-    HeldTask() = default;
-    ~HeldTask() {
-        letGo();
-        gf_waitForDetachedThreads(std::chrono::seconds(10));
-    }
-    HeldTask(const HeldTask&) = delete;
-    HeldTask& operator=(const HeldTask&) = delete;
-
-    ScanTasks::Task task() {
-        return [hold = hold_.get_future().share()] {
-            hold.wait();
-            return std::list<Livery>{};
-        };
-    }
-    void letGo() {
-        if (!isLetGo_) {
-            isLetGo_ = true;
-            hold_.set_value();
-        }
-    }
-
-private:
-    std::promise<void> hold_;
-    bool isLetGo_ = false;
-};
 
 } // namespace
 

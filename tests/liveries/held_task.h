@@ -1,0 +1,38 @@
+// A file of a scan whose reading takes as long as the test wants.
+#pragma once
+
+#include <chrono>
+#include <future>
+#include <list>
+
+#include "core/detached_threads.h"
+#include "liveries/scan_tasks.h"
+
+/// A task that waits until it is let go, which its end does at the latest.
+class HeldTask {
+public:
+    HeldTask() = default;
+    ~HeldTask() {
+        letGo();
+        gf_waitForDetachedThreads(std::chrono::seconds(10));
+    }
+    HeldTask(const HeldTask&) = delete;
+    HeldTask& operator=(const HeldTask&) = delete;
+
+    ScanTasks::Task task() {
+        return [hold = hold_.get_future().share()] {
+            hold.wait();
+            return std::list<Livery>{};
+        };
+    }
+    void letGo() {
+        if (!isLetGo_) {
+            isLetGo_ = true;
+            hold_.set_value();
+        }
+    }
+
+private:
+    std::promise<void> hold_;
+    bool isLetGo_ = false;
+};

@@ -1,0 +1,82 @@
+#include "liveries/livery_walk.h"
+
+#include "platform/clock.h"
+#include "tests/liveries/held_task.h"
+#include "tests/liveries/scan_test.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+/// Each look at whether to go on takes a second.
+class LiveryWalkThreads : public ScanTest {
+protected:
+    static void makeLivery(const std::filesystem::path& folder, const std::string& title) {
+        makeAircraft(folder, general("A320") + section(0, "title=" + title + "\natc_parking_codes=KLM"));
+    }
+    void walk(const std::filesystem::path& folder) { lf_walkFolder(1, folder, {state_, progress_, tasks_}); }
+    void startHeldTask() {
+        std::list<Livery> none;
+        ASSERT_TRUE(tasks_.start(held_.task(), none));
+    }
+
+    platform::ManualClock clock_{platform::WallTime{}};
+    std::shared_ptr<ScanState> state_ = std::make_shared<ScanState>();
+    ScanProgress progress_{*state_};
+    HeldTask held_; // outlives the tasks, whose threads its end waits for
+    ScanTasks tasks_{2, [this] {
+                         clock_.advance(std::chrono::seconds(1));
+                         return progress_.goesOn();
+                     }};
+};
+
+} // namespace
+
+TEST_F(LiveryWalkThreads, collectsWhatTheFilesHold) {
+    for (const char* title : {"1", "2", "3", "4", "5"}) {
+        makeLivery(std::filesystem::path("x") / title, title);
+    }
+    walk("x");
+    EXPECT_THAT(titlesOf(Liveries), UnorderedElementsAre("1", "2", "3", "4", "5"));
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) {
+    for (const char* title : {"1", "2", "3"}) {
+        makeLivery(std::filesystem::path("x") / title, title);
+    }
+    makeLivery("y/ac", "next");
+    startHeldTask();
+    walk("x");
+    EXPECT_THAT(log_.lines(), ElementsAre("liveries inner search aborted: Future wait timed out after 10 seconds"));
+    EXPECT_THAT(Liveries, IsEmpty());
+    walk("y");
+    EXPECT_THAT(titlesOf(Liveries), ElementsAre("next"));
+}
+
+TEST_F(LiveryWalkThreads, aFileThatTakesTooLongAfterTheWalkEndsTheFolderAlone) {
+    makeLivery("x/ac", "lost");
+    makeLivery("y/ac", "next");
+    startHeldTask();
+    walk("x");
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("liveries search aborted, futs outer, Future wait timed out after 10 seconds"));
+    walk("y");
+    EXPECT_THAT(titlesOf(Liveries), ElementsAre("next"));
+}
+
+TEST_F(LiveryWalkThreads, aFolderThatCannotBeOpenedSaysWhy) {
+    walk("gone");
+    EXPECT_THAT(log_.lines(), ElementsAre(StartsWith("liveries search in gone aborted, cause: ")));
+}
+
+TEST_F(LiveryWalkThreads, aStopEndsTheFolderWithoutAWord) {
+    makeLivery("x/ac", "never");
+    gf_userCloses();
+    walk("x");
+    EXPECT_THAT(Liveries, IsEmpty());
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
