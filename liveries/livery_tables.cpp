@@ -16,6 +16,7 @@
 #include "core/parameters.h"
 #include "liveries/livery.h"
 #include "liveries/livery_matching.h"
+#include "platform/window_system.h"
 
 TextTable<TextTable<std::vector<AirlineTitle>>> AirlineTable;
 std::array<TextTable<TextTable<TitleList>>, 2> AirlineModelTable;
@@ -269,18 +270,31 @@ struct CategorySwitch {
     const char* name;
 };
 
-void switchOffWithoutLivery(AircraftCategory category) {
-    const std::array<CategorySwitch, 3> switches{{
-        {AircraftCategory::Light, LIGHT_AIRCRAFT, "light aircraft"},
-        {AircraftCategory::HighPerf, HIGH_PERF_AIRCRAFT, "High Perf aircraft"},
-        {AircraftCategory::Rotorcraft, HELICOPTERS, "Helicopters"},
-    }};
-    for (const CategorySwitch& one : switches) {
-        if (one.category == category && one.parameter.value) {
-            one.parameter.value = false;
-            saveParameter(one.parameter);
-            log(fmt::format("{} temporarily switched off because you do not have {} installed", one.parameter.key,
-                            one.name));
+/// The categories that the user can switch off.
+const std::array<CategorySwitch, 3> categorySwitches{{
+    {AircraftCategory::Light, LIGHT_AIRCRAFT, "light aircraft"},
+    {AircraftCategory::HighPerf, HIGH_PERF_AIRCRAFT, "High Perf aircraft"},
+    {AircraftCategory::Rotorcraft, HELICOPTERS, "Helicopters"},
+}};
+
+void switchOff(const CategorySwitch& one) {
+    if (!one.parameter.value) {
+        return;
+    }
+    one.parameter.value = false;
+    saveParameter(one.parameter);
+    showParameter(one.parameter);
+    log(fmt::format("{} temporarily switched off because you do not have {} installed", one.parameter.key, one.name));
+}
+
+/// Nobody is to switch on what there is no livery for.
+void setSwitch(AircraftCategory category, bool hasLivery) {
+    for (const CategorySwitch& one : categorySwitches) {
+        if (one.category == category) {
+            if (!hasLivery) {
+                switchOff(one);
+            }
+            window_system::enableControl(one.parameter.controlId, hasLivery);
         }
     }
 }
@@ -292,13 +306,14 @@ std::string cargoText(std::size_t titles) {
 void summarize(AircraftCategory category, const CategoryStock& stock) {
     if (stock.types.empty()) {
         log(fmt::format("Category {}: No livery found", printedName(category)));
-        switchOffWithoutLivery(category);
+        setSwitch(category, false);
         return;
     }
     const auto [passenger, cargo] = stock.titles;
     log(fmt::format("Category {}: {} pax liverie{}{}", printedName(category), passenger, pluralS(passenger),
                     cargoText(cargo)));
     logInRows(stock.types);
+    setSwitch(category, true);
     if (std::vector<CategorizedType>* random = randomTypesOf(category)) {
         for (const std::string_view type : stock.types) {
             random->push_back({type, category});
