@@ -21,10 +21,11 @@
 #include "core/parameters.h"
 #include "core/random.h"
 #include "liveries/livery.h"
+#include "liveries/livery_driver.h"
+#include "liveries/livery_file.h"
 #include "liveries/livery_matching.h"
 #include "liveries/livery_tables.h"
 #include "liveries/reference_tables.h"
-#include "liveries/registration_codes.h"
 #include "platform/clock.h"
 
 namespace fs = std::filesystem;
@@ -40,7 +41,6 @@ constexpr int registrationCount = 500'000;
 constexpr int reservedCount = 500;
 constexpr int rounds = 9;
 constexpr int aircraftPerStep = 5'000;
-constexpr const char* xmlName = "LiveriesScanned.xml";
 
 std::size_t sink = 0; // keeps the compiler from leaving work out
 
@@ -157,56 +157,22 @@ std::vector<Livery> makeLiveries() {
     return liveries;
 }
 
-void writeXml(const std::vector<Livery>& liveries) {
-    std::ofstream file(xmlName, std::ios::binary);
-    file << "<?xml version=\"1.0\"?>\n<root>\n\t<liveries>\n";
-    for (const Livery& livery : liveries) {
-        file << fmt::format("\t\t<liv airl=\"{}\" type=\"{}\"{} title=\"{}\"", livery.airl, livery.type,
-                            livery.cargo ? " cargo=\"true\"" : "", livery.title);
-        file << (livery.atcid.empty() ? "" : fmt::format(" atcid=\"{}\"", livery.atcid)) << " />\n";
-    }
-    file << "\t</liveries>\n</root>\n";
-}
-
-void readXml() {
-    pugi::xml_document document;
-    document.load_file(xmlName);
-    for (const pugi::xml_node& element : document.child("root").child("liveries").children("liv")) {
-        Livery& livery = Liveries.emplace_back();
-        pugi::xml_attribute next = element.first_attribute();
-        livery.airl = element.attribute("airl", next).as_string();
-        livery.type = element.attribute("type", next).as_string();
-        livery.cargo = element.attribute("cargo", next).as_bool();
-        livery.title = element.attribute("title", next).as_string();
-        livery.atcid = element.attribute("atcid", next).as_string();
-    }
-}
-
 /// So many liveries are their owners' alone.
-std::vector<RegEntry> reservations() {
-    std::vector<RegEntry> entries;
-    for (const Livery& livery : Liveries) {
-        if (entries.size() < reservedCount && !livery.atcid.empty()) {
-            entries.push_back({livery.title, {livery.atcid}, true});
+void writeReservations(const std::vector<Livery>& liveries) {
+    fs::create_directories("input/my_regcodes");
+    std::ofstream file("input/my_regcodes/reserved.txt", std::ios::binary);
+    int count = 0;
+    for (const Livery& livery : liveries) {
+        if (!livery.atcid.empty() && count++ < reservedCount) {
+            file << livery.title << ';' << livery.atcid << '\n';
         }
     }
-    return entries;
 }
 
-void buildTables(const std::vector<RegEntry>& reserved) {
-    clearLiveryTables();
-    readXml();
-    lf_buildAirlineTables();
-    gf_processInlineRegcodes();
-    std::vector<std::string> report;
-    lf_mergeRegcodes(reserved, report);
-    logRegistrationCodes();
-    lf_buildModelTables();
-    logModelTables();
-    lf_buildSimilarModels();
-    summarizeCategories();
-    summarizeGenericLiveries();
-    Liveries.clear();
+/// As at a start of the program.
+void buildTables() {
+    resetLiveryDriver();
+    gf_processScannedLiveries();
 }
 
 // --- The figures ---
@@ -225,10 +191,10 @@ void measureTables(std::string_view filter) {
     for (int round = 0; round < rounds; ++round) {
         loads.push_back(microsecondsOf([] {
             pugi::xml_document document;
-            sink += document.load_file(xmlName) ? 1 : 0;
+            sink += document.load_file(scannedLiveriesFile) ? 1 : 0;
         }));
         clearLiveryTables();
-        builds.push_back(microsecondsOf([] { buildTables({}); }));
+        builds.push_back(microsecondsOf(buildTables));
     }
     constexpr double perMillisecond = 1000;
     print(filter, "tables.xml_load_ms", median(loads) / perMillisecond, "ms");
@@ -324,13 +290,13 @@ int main(int argc, char** argv) {
     gf_openLog();
     gf_seedRandom(1);
     makeReferenceData();
-    writeXml(makeLiveries());
-    readXml();
-    const std::vector<RegEntry> reserved = reservations();
-    Liveries.clear();
+    const std::vector<Livery> liveries = makeLiveries();
+    Liveries.assign(liveries.begin(), liveries.end());
+    lf_writeLiveries();
     measureTables(filter);
     if (!filter.starts_with("tables")) {
-        buildTables(reserved);
+        writeReservations(liveries);
+        buildTables();
         measureLadder(filter);
     }
     gf_closeLog();

@@ -30,7 +30,7 @@ inline constexpr std::size_t count = 7;
 extern std::array<std::uint32_t, match_step::count> MatchesAtStep;
 
 /// noMatchKey of the aircraft that hold a registration and for which gf_rematchLivery found nothing: they are not tried again
-/// in this run. Written by the spawning.
+/// in this run, unless the user chooses a deeper matching. Written by the spawning, emptied by the run loop.
 extern TextSet NoMatchList;
 std::string noMatchKey(const AircraftRecord& aircraft);
 

@@ -16,6 +16,7 @@
 #include "core/parameters.h"
 #include "liveries/livery.h"
 #include "liveries/livery_matching.h"
+#include "platform/window_system.h"
 
 TextTable<TextTable<std::vector<AirlineTitle>>> AirlineTable;
 std::array<TextTable<TextTable<TitleList>>, 2> AirlineModelTable;
@@ -31,19 +32,21 @@ namespace {
 constexpr std::size_t roomForAirlineTitles = 4048;
 constexpr std::size_t roomForReservedTitles = 4096;
 
-/// Each title once, in one block of memory: a node for each of 60,000 titles would cost more than all other tables.
+/// Each title once, in two blocks of memory: a node for each of 60,000 titles would cost more than all other tables. Titles
+/// that are asked for in the order in which they came lie side by side.
 class TitleIndex {
 public:
     void makeRoom(std::size_t more) {
-        if (const std::size_t slots = std::bit_ceil(2 * (count_ + more) + 1); slots > slots_.size()) {
-            std::vector<Slot> former(slots);
-            former.swap(slots_);
-            for (const Slot& slot : former) {
-                if (!slot.isFree()) {
-                    slots_[placeOf(slot.title, slot.hash)] = slot;
-                }
-            }
+        titles_.reserve(titles_.size() + more);
+        const std::size_t slots = std::bit_ceil(2 * (titles_.size() + more) + 1);
+        if (slots <= slots_.size()) {
+            return;
         }
+        std::vector<std::string_view> former;
+        former.swap(titles_);
+        titles_.reserve(former.size() + more);
+        slots_.assign(slots, {});
+        std::for_each(former.begin(), former.end(), [this](std::string_view title) { insert(title); });
     }
 
     /// The title, or the equal one that is there already. There must be room for it.
@@ -51,68 +54,75 @@ public:
         const std::uint64_t hash = TextHash{}(title);
         Slot& slot = slots_[placeOf(title, hash)];
         if (slot.isFree()) {
-            slot = {title, hash};
-            ++count_;
+            titles_.push_back(title);
+            slot = {tagOf(hash), static_cast<std::uint32_t>(titles_.size())};
         }
-        return slot.title;
+        return titleOf(slot);
     }
 
     /// Empty for one that is not there.
     std::string_view find(std::string_view title) const {
-        return slots_.empty() ? std::string_view() : slots_[placeOf(title, TextHash{}(title))].title;
+        if (slots_.empty()) {
+            return {};
+        }
+        const Slot& slot = slots_[placeOf(title, TextHash{}(title))];
+        return slot.isFree() ? std::string_view() : titleOf(slot);
     }
 
     void clear() { *this = TitleIndex(); }
 
 private:
     struct Slot {
-        std::string_view title;
-        std::uint64_t hash = 0;
+        std::uint32_t tag = 0;
+        std::uint32_t number = 0; ///< of the title, counted from 1
 
-        bool isFree() const { return title.data() == nullptr; }
+        bool isFree() const { return number == 0; }
     };
+
+    /// The lower bits of the hash value choose the place, the upper ones tell nearly all other titles without a look at them.
+    static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
+
+    std::string_view titleOf(const Slot& slot) const { return titles_[slot.number - 1]; }
 
     /// The slot of the title, or the free one where it would go; at least half of them are free.
     std::size_t placeOf(std::string_view title, std::uint64_t hash) const {
         const std::size_t mask = slots_.size() - 1;
         std::size_t place = hash & mask;
-        while (!slots_[place].isFree() && (slots_[place].hash != hash || slots_[place].title != title)) {
+        while (!slots_[place].isFree() && (slots_[place].tag != tagOf(hash) || titleOf(slots_[place]) != title)) {
             place = (place + 1) & mask;
         }
         return place;
     }
 
+    std::vector<std::string_view> titles_;
     std::vector<Slot> slots_; // a power of two of them, or none
-    std::size_t count_ = 0;
 };
 
-/// Owns the texts of all titles: a block for each time that the tables were built since they were cleared.
+/// Owns the texts of all titles, in blocks.
 std::vector<std::unique_ptr<char[]>> arena;
 /// What stands in AirlineTable, where equal titles are one and the same view.
 TitleIndex knownTitles;
 
-/// A block of the arena that is being filled.
+/// Fills the arena.
 class TitleStore {
 public:
-    explicit TitleStore(std::size_t bytes) : next_(arena.emplace_back(std::make_unique<char[]>(bytes)).get()) {}
-
     std::string_view keep(std::string_view title) {
-        char* const begin = next_;
-        next_ = std::copy(title.begin(), title.end(), begin);
-        return {begin, title.size()};
+        if (title.size() > room_) {
+            room_ = std::max(blockBytes, title.size());
+            next_ = arena.emplace_back(std::make_unique<char[]>(room_)).get();
+        }
+        const std::string_view kept(next_, title.size());
+        next_ = std::copy(title.begin(), title.end(), next_);
+        room_ -= title.size();
+        return kept;
     }
 
 private:
-    char* next_;
-};
+    static constexpr std::size_t blockBytes = std::size_t{1} << 18;
 
-std::size_t bytesOfTitles() {
-    std::size_t bytes = 0;
-    for (const Livery& livery : Liveries) {
-        bytes += livery.title.size();
-    }
-    return bytes;
-}
+    char* next_ = nullptr;
+    std::size_t room_ = 0;
+};
 
 bool isSameGroup(const Livery& a, const Livery& b) {
     return a.airl == b.airl && a.type == b.type;
@@ -133,7 +143,7 @@ void storeGroup(const Livery& first, const std::vector<AirlineTitle>& titles) {
 }
 
 void fillAirlineTable() {
-    TitleStore store(bytesOfTitles());
+    TitleStore store;
     knownTitles.makeRoom(Liveries.size());
     std::vector<AirlineTitle> titles;
     titles.reserve(roomForAirlineTitles);
@@ -269,18 +279,31 @@ struct CategorySwitch {
     const char* name;
 };
 
-void switchOffWithoutLivery(AircraftCategory category) {
-    const std::array<CategorySwitch, 3> switches{{
-        {AircraftCategory::Light, LIGHT_AIRCRAFT, "light aircraft"},
-        {AircraftCategory::HighPerf, HIGH_PERF_AIRCRAFT, "High Perf aircraft"},
-        {AircraftCategory::Rotorcraft, HELICOPTERS, "Helicopters"},
-    }};
-    for (const CategorySwitch& one : switches) {
-        if (one.category == category && one.parameter.value) {
-            one.parameter.value = false;
-            saveParameter(one.parameter);
-            log(fmt::format("{} temporarily switched off because you do not have {} installed", one.parameter.key,
-                            one.name));
+/// The categories that the user can switch off.
+const std::array<CategorySwitch, 3> categorySwitches{{
+    {AircraftCategory::Light, LIGHT_AIRCRAFT, "light aircraft"},
+    {AircraftCategory::HighPerf, HIGH_PERF_AIRCRAFT, "High Perf aircraft"},
+    {AircraftCategory::Rotorcraft, HELICOPTERS, "Helicopters"},
+}};
+
+void switchOff(const CategorySwitch& one) {
+    if (!one.parameter.value) {
+        return;
+    }
+    one.parameter.value = false;
+    saveParameter(one.parameter);
+    showParameter(one.parameter);
+    log(fmt::format("{} temporarily switched off because you do not have {} installed", one.parameter.key, one.name));
+}
+
+/// Nobody is to switch on what there is no livery for.
+void setSwitch(AircraftCategory category, bool hasLivery) {
+    for (const CategorySwitch& one : categorySwitches) {
+        if (one.category == category) {
+            if (!hasLivery) {
+                switchOff(one);
+            }
+            window_system::enableControl(one.parameter.controlId, hasLivery);
         }
     }
 }
@@ -292,13 +315,14 @@ std::string cargoText(std::size_t titles) {
 void summarize(AircraftCategory category, const CategoryStock& stock) {
     if (stock.types.empty()) {
         log(fmt::format("Category {}: No livery found", printedName(category)));
-        switchOffWithoutLivery(category);
+        setSwitch(category, false);
         return;
     }
     const auto [passenger, cargo] = stock.titles;
     log(fmt::format("Category {}: {} pax liverie{}{}", printedName(category), passenger, pluralS(passenger),
                     cargoText(cargo)));
     logInRows(stock.types);
+    setSwitch(category, true);
     if (std::vector<CategorizedType>* random = randomTypesOf(category)) {
         for (const std::string_view type : stock.types) {
             random->push_back({type, category});

@@ -72,7 +72,7 @@ void lf_buildModelTables();
 /// "N airlines, N pax aircraft models and N cargo aircraft models" to the log.
 void logModelTables();
 /// What there is of each category, in the order of the categories, and RandomTypes. Switches off the parameters of categories
-/// without a livery.
+/// without a livery, and lets the user switch the others only.
 void summarizeCategories();
 /// How many types have a generic livery.
 void summarizeGenericLiveries();

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -143,7 +144,9 @@ private:
 };
 
 bool isTextFile(const fs::directory_entry& entry) {
-    if (!entry.is_regular_file()) {
+    // An entry that cannot be looked at, such as a link that loops, is none of ours, and the others go all the same.
+    std::error_code ignored;
+    if (!entry.is_regular_file(ignored)) {
         return false;
     }
     std::string extension = platform::utf8FromPath(entry.path().extension());
@@ -167,7 +170,7 @@ std::vector<fs::path> textFilesIn(const fs::path& folder) {
 /// False when it cannot be read; readLines has said why. A file without a byte in it is no fault.
 bool readTextFile(const fs::path& path, std::vector<std::string>& lines, std::vector<RegEntry>& entries) {
     log(fmt::format("Processing regcodes file '{}'", platform::utf8FromPath(path)));
-    if (fs::file_size(path) == 0) {
+    if (std::error_code ignored; fs::file_size(path, ignored) == 0) {
         return true;
     }
     if (!readLines(charsetOfFile(path), path, lines).empty()) {
@@ -201,7 +204,11 @@ bool lf_readAigRegcodes(const fs::path& file, std::vector<RegEntry>& entries) {
     const bool whole = readLiveryElements(section, entries);
     const std::size_t count = entries.size() - before;
     log(fmt::format("{} {} read from {}", count, liveriesWord(count), name));
-    return whole && root.child("meta");
+    if (!root.child("meta")) {
+        logError("No <meta> node found in XML.");
+        return false;
+    }
+    return whole;
 }
 
 bool lf_readRegcodeFiles(const fs::path& folder, std::vector<RegEntry>& entries) {

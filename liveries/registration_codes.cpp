@@ -109,14 +109,6 @@ void takeDontUseTitlesOfUser() {
 
 // --- In-line registrations ---
 
-std::size_t liveriesWithRegistration() {
-    std::size_t count = 0;
-    for (const Livery& livery : Liveries) {
-        count += livery.atcid.empty() ? 0 : 1;
-    }
-    return count;
-}
-
 void takeInlineRegcode(const Livery& livery, std::vector<std::string>& clashes) {
     const std::string_view title = lf_findTitle(livery.title);
     if (title.empty()) {
@@ -228,7 +220,7 @@ void gf_loadDontUseTitles() {
 
 void gf_processInlineRegcodes() {
     std::vector<std::string> clashes;
-    RegcodeTable.reserve(liveriesWithRegistration());
+    RegcodeTable.reserve(Liveries.size());
     for (const Livery& livery : Liveries) {
         if (!livery.atcid.empty()) {
             takeInlineRegcode(livery, clashes);

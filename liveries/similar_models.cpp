@@ -79,14 +79,15 @@ public:
             noteSimilar(entry);
         }
         had_.resize(admirers_.size());
+        isWanted_.resize(entries_.size());
     }
 
     AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
+        takeFleet(types);
         AirlineSubstitutes substitutes;
-        const std::vector<std::size_t>& wanted = takeFleet(types);
-        substitutes.makeRoom(wanted.size());
-        for (const std::size_t entry : wanted) {
-            if (!had_[entries_[entry].own]) {
+        substitutes.makeRoom(static_cast<std::size_t>(std::count(isWanted_.begin(), isWanted_.end(), true)));
+        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
+            if (isWanted_[entry] && !had_[entries_[entry].own]) {
                 append(entries_[entry], substitutes);
             }
         }
@@ -117,20 +118,18 @@ private:
         }
     }
 
-    /// Notes what the airline has; the answer is the entries that have any of it among their similar types, ascending.
-    const std::vector<std::size_t>& takeFleet(const AirlineTypes& types) {
+    /// Notes what the airline has, and the entries that have any of it among their similar types.
+    void takeFleet(const AirlineTypes& types) {
         std::fill(had_.begin(), had_.end(), false);
-        wanted_.clear();
+        std::fill(isWanted_.begin(), isWanted_.end(), false);
         for (const auto& [type, titles] : types) {
             if (const auto known = numbers_.find(type); known != numbers_.end()) {
                 had_[known->second] = true;
-                const std::vector<std::size_t>& admirers = admirers_[known->second];
-                wanted_.insert(wanted_.end(), admirers.begin(), admirers.end());
+                for (const std::size_t admirer : admirers_[known->second]) {
+                    isWanted_[admirer] = true;
+                }
             }
         }
-        std::sort(wanted_.begin(), wanted_.end());
-        wanted_.erase(std::unique(wanted_.begin(), wanted_.end()), wanted_.end());
-        return wanted_;
     }
 
     void append(const Entry& entry, AirlineSubstitutes& substitutes) const {
@@ -146,7 +145,7 @@ private:
     TextTable<std::size_t> numbers_;
     std::vector<std::vector<std::size_t>> admirers_; ///< by number: the entries that have it among their similar types
     std::vector<bool> had_;                          ///< by number: by the airline in hand
-    std::vector<std::size_t> wanted_;
+    std::vector<bool> isWanted_;                     ///< by entry
 };
 
 void fillSimilarByAirline() {

@@ -33,6 +33,7 @@ constexpr int pauseTicks = 100;
 // Seconds of gSecondCounter; chosen so that slow jobs fall on different seconds.
 constexpr int briskJobs = 5;
 constexpr int slowJobs = 15;
+constexpr int rematchStep = 30;
 constexpr int parkingMinute = 60;
 constexpr int feedLampCheck = 59;
 constexpr int noMatchReport = 1200;
@@ -44,6 +45,7 @@ int pauseCounter = 0;
 int minutesToNextParking = minutesToStaticParking;
 std::atomic<bool> staticRefreshWanted{false};
 std::atomic<bool> staticRefreshPhase{false};
+std::atomic<bool> rematchWanted{false};
 
 void setAcceptSamples(bool accept) {
     const std::lock_guard lock(gTrafficMutex);
@@ -92,6 +94,9 @@ void fifteenSecondStep(int second) {
     staticRefreshHandshake();
     if (gWindowState.trafficLamp == FeedLamp::noData || gWindowState.weatherLamp == FeedLamp::noData) {
         gf_checkFeedLamps();
+    }
+    if (second % rematchStep == 0 && rematchWanted.exchange(false)) {
+        NoMatchList.clear();
     }
     if (second % parkingMinute == 0) {
         minuteStep();
@@ -198,6 +203,7 @@ void gf_resetRunLoop() {
     minutesToNextParking = minutesToStaticParking;
     staticRefreshWanted = false;
     staticRefreshPhase = false;
+    rematchWanted = false;
 }
 
 void gf_requestStaticRefresh() {
@@ -206,4 +212,8 @@ void gf_requestStaticRefresh() {
 
 bool gf_staticRefreshRuns() {
     return staticRefreshPhase;
+}
+
+void gf_requestRematch() {
+    rematchWanted = true;
 }

@@ -24,3 +24,7 @@ void gf_resetRunLoop();
 /// Asks for a renewal of the static parking; taken up at the next 15-second step. Any thread.
 void gf_requestStaticRefresh();
 bool gf_staticRefreshRuns();
+
+/// Asks for another try of the aircraft that got no livery, as after the choice of a deeper MATCHING_DEPTH; taken up at the
+/// next 30-second step. Any thread.
+void gf_requestRematch();

@@ -82,6 +82,7 @@ TEST_F(AigRegcodes, elementsWithoutTitleAreTaken) {
 TEST_F(AigRegcodes, withoutMetaItIsFaultyButRead) {
     EXPECT_FALSE(readText(R"(<root><AIG-regcodes><livery title="One" reg="PH-ABC"/></AIG-regcodes></root>)"));
     EXPECT_THAT(texts(), ElementsAre("One:PH-ABC"));
+    EXPECT_THAT(log.errors(), ElementsAre("==> No <meta> node found in XML."));
 }
 
 TEST_F(AigRegcodes, withoutItsSectionNothingIsRead) {

@@ -259,4 +259,13 @@ TEST_F(RegistrationCodes, whatCannotBeDoneIsTold) {
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One"))) << "the result so far stands";
 }
 
+TEST_F(RegistrationCodes, clashesThatCannotBeWrittenAreTold) {
+    writeFile("output", "not a folder");
+    Liveries = {{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
+                {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"}};
+    gf_processInlineRegcodes();
+    EXPECT_THAT(log.errors(), ElementsAre(testing::StartsWith("==> exception: ")));
+    EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
+}
+
 } // namespace

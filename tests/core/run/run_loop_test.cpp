@@ -185,6 +185,37 @@ TEST_F(RunLoop, whoFoundNoLiveryIsListedEvery1200Seconds) {
     EXPECT_TRUE(log.contains("DLH A320 D-ABCD"));
 }
 
+TEST_F(RunLoop, whoFoundNoLiveryMayTryAgainWithin30SecondsOfADeeperMatching) {
+    NoMatchList.insert("KLM A320 PH-ABC");
+    hexidLiveries[20000] = "Some Livery";
+    seconds(29);
+    gf_requestRematch();
+    EXPECT_EQ(NoMatchList.size(), 1U);
+    seconds(1);
+    EXPECT_TRUE(NoMatchList.empty());
+    EXPECT_EQ(hexidLiveries.size(), 1U) << "who has a livery keeps it";
+    NoMatchList.insert("KLM A320 PH-ABC");
+    seconds(30);
+    EXPECT_EQ(NoMatchList.size(), 1U) << "the wish is used up";
+}
+
+TEST_F(RunLoop, aRematchWaitsForAMultipleOf30) {
+    NoMatchList.insert("KLM A320 PH-ABC");
+    gf_requestRematch();
+    seconds(29);
+    EXPECT_EQ(NoMatchList.size(), 1U);
+    seconds(1);
+    EXPECT_TRUE(NoMatchList.empty());
+}
+
+TEST_F(RunLoop, aResetForgetsARematch) {
+    gf_requestRematch();
+    gf_resetRunLoop();
+    NoMatchList.insert("KLM A320 PH-ABC");
+    seconds(30);
+    EXPECT_EQ(NoMatchList.size(), 1U);
+}
+
 TEST_F(RunLoop, theMatchesAreSummedUpOnceADayAndTheLiveOnesForgotten) {
     MatchesAtStep[2] = 77;
     hexidLiveries[20000] = "Some Livery";
