@@ -41,7 +41,7 @@ bool isSame(const Livery& a, const Livery& b) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const MemoryFolder folder("fuzz_liveries_scanned");
-    std::filesystem::current_path(folder.file("."));
+    const WorkingDirectory here(folder.file("."));
     std::filesystem::create_directories("output");
     writeInput(scannedLiveriesFile, data, size);
     Liveries.clear();

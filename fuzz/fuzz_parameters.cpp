@@ -4,16 +4,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <random>
-#include <string>
 
 #include "core/parameter_file.h"
 #include "core/parameters.h"
+#include "fuzz/memory_folder.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,41 +18,6 @@ void require(bool condition) {
         std::abort();
     }
 }
-
-/// A folder that goes with the process; in memory where the machine has such a place, for each save waits for the disk.
-class Folder {
-public:
-    Folder() {
-        const fs::path memory = "/dev/shm";
-        const fs::path base = fs::is_directory(memory) ? memory : fs::temp_directory_path();
-        path_ = base / ("fuzz_parameters_" + std::to_string(std::random_device()()));
-        platform::setRoamingAppDataFolder(path_);
-        fs::create_directories(gf_parameterFolder());
-    }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
-
-/// A new version deletes old files in the working directory: let that be the folder while an input runs.
-class WorkingDirectory {
-public:
-    explicit WorkingDirectory(const fs::path& folder) : former_(fs::current_path()) { fs::current_path(folder); }
-    ~WorkingDirectory() { fs::current_path(former_); }
-    WorkingDirectory(const WorkingDirectory&) = delete;
-    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-
-private:
-    fs::path former_;
-};
 
 bool isWithinLimits(const IntParameter& parameter) {
     return parameter.value >= parameter.minimum && parameter.value <= parameter.maximum;
@@ -80,12 +41,14 @@ void checkSettings() {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Folder folder;
-    const WorkingDirectory directory(folder.path());
+    static const MemoryFolder folder("fuzz_parameters");
+    platform::setRoamingAppDataFolder(folder.file("."));
+    std::filesystem::create_directories(gf_parameterFolder());
+    // A new version deletes old files in the working directory: let that be the folder while an input runs.
+    const WorkingDirectory here(folder.file("."));
     PROGRAM_VERSION.setDefault("");
     resetParameters();
-    std::ofstream(gf_parameterFile(), std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    writeInput(gf_parameterFile(), data, size);
 
     gf_readWindowPosition();
     require(isWithinLimits(MAIN_WINDOW_X) && isWithinLimits(MAIN_WINDOW_Y));

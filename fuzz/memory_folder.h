@@ -34,3 +34,18 @@ inline void writeInput(const std::filesystem::path& path, const std::uint8_t* da
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
 }
+
+/// The working directory while an input runs. It must not outlast it: the fuzzer names its corpus and its findings from
+/// where it was started.
+class WorkingDirectory {
+public:
+    explicit WorkingDirectory(const std::filesystem::path& folder) : former_(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    ~WorkingDirectory() { std::filesystem::current_path(former_); }
+    WorkingDirectory(const WorkingDirectory&) = delete;
+    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+
+private:
+    std::filesystem::path former_;
+};
