@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/measuring.h"
 #include "core/injection_radius.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
@@ -52,11 +53,6 @@ double nanosecondsPerLine(const Lines& lines, const std::function<void(const Lin
     pass(lines);
     const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - begin;
     return taken.count() / static_cast<double>(lines.size());
-}
-
-double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-    return values[values.size() / 2];
 }
 
 struct Cost {
@@ -155,12 +151,6 @@ Lines generatedLines() {
         lines.push_back(movedLine(TrafficLineBuilder().line(), shift(random), shift(random)));
     }
     return lines;
-}
-
-void print(const std::string& filter, const std::string& name, const std::string& value) {
-    if (name.find(filter) != std::string::npos) {
-        fmt::print("{} = {}\n", name, value);
-    }
 }
 
 } // namespace

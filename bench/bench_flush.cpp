@@ -19,6 +19,7 @@
 
 #include <fmt/format.h>
 
+#include "bench/measuring.h"
 #include "core/run_flags.h"
 #include "platform/clock.h"
 #include "platform/cpu_time.h"
@@ -200,13 +201,6 @@ std::size_t allocationsOfAppending() {
         appendAll(500);
     }
     return allocationsOfThisThread() - before;
-}
-
-void print(const std::string& filter, const std::string& name, const std::string& value) {
-    if (name.find(filter) != std::string::npos) {
-        fmt::print("{} = {}\n", name, value);
-        std::fflush(stdout);
-    }
 }
 
 } // namespace

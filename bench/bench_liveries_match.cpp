@@ -2,8 +2,6 @@
 // LiveriesScanned.xml costs against the XML library's own load of that file. Usage: bench_liveries_match [FILTER]
 // Prints "name = value unit"; an argument prints only the figures whose names contain it.
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -17,6 +15,7 @@
 #include <fmt/format.h>
 #include <pugixml.hpp>
 
+#include "bench/measuring.h"
 #include "core/log.h"
 #include "core/parameters.h"
 #include "core/random.h"
@@ -26,7 +25,6 @@
 #include "liveries/livery_matching.h"
 #include "liveries/livery_tables.h"
 #include "liveries/reference_tables.h"
-#include "platform/clock.h"
 
 namespace fs = std::filesystem;
 
@@ -43,36 +41,6 @@ constexpr int rounds = 9;
 constexpr int aircraftPerStep = 5'000;
 
 std::size_t sink = 0; // keeps the compiler from leaving work out
-
-/// A working directory that goes again.
-class Folder {
-public:
-    Folder() : path_(fs::temp_directory_path() / ("bench_liveries_" + std::to_string(std::random_device()()))) {
-        fs::create_directories(path_);
-        fs::current_path(path_);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        fs::current_path(fs::temp_directory_path(), ignored);
-        fs::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-private:
-    fs::path path_;
-};
-
-double microsecondsOf(const std::function<void()>& work) {
-    const platform::SteadyTime start = platform::steadyNow();
-    work();
-    return std::chrono::duration<double, std::micro>(platform::steadyNow() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
-    return values[values.size() / 2];
-}
 
 // --- The data ---
 
@@ -177,28 +145,20 @@ void buildTables() {
 
 // --- The figures ---
 
-void print(std::string_view filter, std::string_view name, double value, std::string_view unit) {
-    if (name.find(filter) != std::string_view::npos) {
-        std::puts(fmt::format("{} = {:.3f} {}", name, value, unit).c_str());
-        std::fflush(stdout);
-    }
-}
-
 /// The two take turns, so that both see the same machine.
 void measureTables(std::string_view filter) {
     std::vector<double> loads;
     std::vector<double> builds;
     for (int round = 0; round < rounds; ++round) {
-        loads.push_back(microsecondsOf([] {
+        loads.push_back(millisecondsOf([] {
             pugi::xml_document document;
             sink += document.load_file(scannedLiveriesFile) ? 1 : 0;
         }));
         clearLiveryTables();
-        builds.push_back(microsecondsOf(buildTables));
+        builds.push_back(millisecondsOf(buildTables));
     }
-    constexpr double perMillisecond = 1000;
-    print(filter, "tables.xml_load_ms", median(loads) / perMillisecond, "ms");
-    print(filter, "tables.build_ms", median(builds) / perMillisecond, "ms");
+    print(filter, "tables.xml_load_ms", median(loads), "ms");
+    print(filter, "tables.build_ms", median(builds), "ms");
     print(filter, "tables.over_xml_load", median(builds) / median(loads), "x");
 }
 
@@ -242,14 +202,15 @@ double usPerMatch(const std::vector<AircraftRecord>& aircraft, const std::functi
     std::vector<double> times;
     for (int round = 0; round < rounds; ++round) {
         std::vector<AircraftRecord> fresh = aircraft;
-        times.push_back(microsecondsOf([&fresh, &match] {
+        times.push_back(millisecondsOf([&fresh, &match] {
             for (AircraftRecord& one : fresh) {
                 match(one);
                 sink += one.liveryTitle.size();
             }
         }));
     }
-    return median(times) / static_cast<double>(aircraft.size());
+    constexpr double usPerMs = 1000;
+    return median(times) * usPerMs / static_cast<double>(aircraft.size());
 }
 
 void measureMatches(std::string_view filter, std::string_view kind, const std::vector<AircraftRecord>& aircraft,
@@ -286,7 +247,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     const std::string_view filter = wanted.starts_with("liveries_match") ? "" : wanted;
-    const Folder folder;
+    const WorkFolder folder;
     gf_openLog();
     gf_seedRandom(1);
     makeReferenceData();

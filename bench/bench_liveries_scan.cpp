@@ -2,12 +2,9 @@
 // threads, and against finding and reading them. Usage: bench_liveries_scan [FILTER]
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -15,10 +12,10 @@
 
 #include <fmt/format.h>
 
+#include "bench/measuring.h"
 #include "core/run_flags.h"
 #include "liveries/livery_scan.h"
 #include "liveries/reference_tables.h"
-#include "platform/clock.h"
 
 namespace fs = std::filesystem;
 
@@ -30,43 +27,6 @@ constexpr int rounds = 5;
 constexpr const char* root = "liveries";
 
 std::atomic<std::size_t> sink = 0; // keeps the compiler from leaving work out
-
-/// A working directory, which goes again.
-class WorkFolder {
-public:
-    WorkFolder() : path_(fs::temp_directory_path() / ("bench_liveries_" + std::to_string(std::random_device()()))) {
-        fs::create_directories(path_);
-        fs::current_path(path_);
-    }
-    ~WorkFolder() {
-        std::error_code ignored;
-        fs::current_path(fs::temp_directory_path(), ignored);
-        fs::remove_all(path_, ignored);
-    }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
-
-private:
-    fs::path path_;
-};
-
-double millisecondsOf(auto work) {
-    const platform::SteadyTime start = platform::steadyNow();
-    work();
-    return std::chrono::duration<double, std::milli>(platform::steadyNow() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-    return values[values.size() / 2];
-}
-
-void print(std::string_view filter, std::string_view name, double value, std::string_view unit) {
-    if (name.find(filter) != std::string_view::npos) {
-        std::puts(fmt::format("{} = {:.3f} {}", name, value, unit).c_str());
-        std::fflush(stdout);
-    }
-}
 
 // --- The tree ---
 

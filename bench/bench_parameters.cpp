@@ -1,13 +1,10 @@
 // The time that one saved setting and the reading of all settings take, disk included. Usage: bench_parameters [FILTER]
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "bench/measuring.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
 #include "platform/clock.h"
@@ -19,37 +16,13 @@ namespace {
 
 constexpr int rounds = 101;
 
-/// The settings of a bench: a fresh file in a folder that goes again, which is the working directory as well.
-class Settings {
-public:
-    Settings() : path_(fs::temp_directory_path() / ("bench_parameters_" + std::to_string(std::random_device()()))) {
-        platform::setRoamingAppDataFolder(path_);
-        fs::create_directories(gf_parameterFolder());
-        fs::current_path(path_);
-        gf_writeDefaultParameters();
-    }
-    ~Settings() {
-        std::error_code ignored;
-        fs::current_path(fs::temp_directory_path(), ignored);
-        fs::remove_all(path_, ignored);
-    }
-    Settings(const Settings&) = delete;
-    Settings& operator=(const Settings&) = delete;
-
-private:
-    fs::path path_;
-};
-
-template <typename Work>
-double medianMs(Work work) {
+/// Of the work, which is told the number of its round.
+double medianMs(auto work) {
     std::vector<double> times;
     for (int round = 0; round < rounds; ++round) {
-        const platform::SteadyTime start = platform::steadyNow();
-        work(round);
-        times.push_back(std::chrono::duration<double, std::milli>(platform::steadyNow() - start).count());
+        times.push_back(millisecondsOf([&work, round] { work(round); }));
     }
-    std::nth_element(times.begin(), times.begin() + rounds / 2, times.end());
-    return times[rounds / 2];
+    return median(times);
 }
 
 void saveOneSetting(int round) {
@@ -65,13 +38,11 @@ void readAllSettings(int /*round*/) {
 
 int main(int argc, char** argv) {
     const std::string_view filter = argc > 1 ? argv[1] : "";
-    const Settings settings;
-    const auto print = [filter](std::string_view name, auto work) {
-        if (name.find(filter) != std::string_view::npos) {
-            std::printf("%s = %.3f ms\n", std::string(name).c_str(), medianMs(work));
-        }
-    };
-    print("parameters.save_ms", saveOneSetting);
-    print("parameters.read_ms", readAllSettings);
+    const WorkFolder folder;
+    platform::setRoamingAppDataFolder(folder.path());
+    fs::create_directories(gf_parameterFolder());
+    gf_writeDefaultParameters();
+    print(filter, "parameters.save_ms", medianMs(saveOneSetting), "ms");
+    print(filter, "parameters.read_ms", medianMs(readAllSettings), "ms");
     return 0;
 }

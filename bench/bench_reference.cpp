@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -16,11 +15,11 @@
 #include <fmt/format.h>
 #include <pugixml.hpp>
 
+#include "bench/measuring.h"
 #include "distribution/sealed_file.h"
 #include "liveries/reference_data.h"
 #include "liveries/reference_tables.h"
 #include "parking/airport_directory.h"
-#include "platform/clock.h"
 
 namespace fs = std::filesystem;
 
@@ -82,36 +81,6 @@ constexpr int rounds = 7;
 constexpr int lookUps = 1'000'000;
 
 std::size_t sink = 0; // keeps the compiler from leaving work out
-
-/// A working directory with the two data files, which goes again.
-class DataFolder {
-public:
-    DataFolder() : path_(fs::temp_directory_path() / ("bench_reference_" + std::to_string(std::random_device()()))) {
-        fs::create_directories(path_ / "input");
-        fs::current_path(path_);
-    }
-    ~DataFolder() {
-        std::error_code ignored;
-        fs::current_path(fs::temp_directory_path(), ignored);
-        fs::remove_all(path_, ignored);
-    }
-    DataFolder(const DataFolder&) = delete;
-    DataFolder& operator=(const DataFolder&) = delete;
-
-private:
-    fs::path path_;
-};
-
-double millisecondsOf(auto work) {
-    const platform::SteadyTime start = platform::steadyNow();
-    work();
-    return std::chrono::duration<double, std::milli>(platform::steadyNow() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-    return values[values.size() / 2];
-}
 
 // --- The data ---
 
@@ -192,13 +161,6 @@ void makeAirports() {
 
 // --- The figures ---
 
-void print(std::string_view filter, std::string_view name, double value, std::string_view unit) {
-    if (name.find(filter) != std::string_view::npos) {
-        std::puts(fmt::format("{} = {:.3f} {}", name, value, unit).c_str());
-        std::fflush(stdout);
-    }
-}
-
 /// The three take turns, so that all see the same machine.
 void measureLoad(std::string_view filter) {
     std::vector<double> opening;
@@ -269,7 +231,8 @@ int main(int argc, char** argv) {
     }
     const std::string_view figures = filter.starts_with("reference") ? "" : filter;
     pugi::set_memory_management_functions(countedAllocation, countedRelease);
-    const DataFolder folder;
+    const WorkFolder folder;
+    fs::create_directories("input");
     if (!figures.starts_with("airports")) {
         std::vector<std::string> keys;
         writeReferenceData(keys);

@@ -14,6 +14,7 @@
 
 #include <fmt/format.h>
 
+#include "bench/measuring.h"
 #include "liveries/livery_matching.h"
 #include "liveries/reference_data.h"
 #include "platform/clock.h"
@@ -35,30 +36,24 @@ constexpr int quiet = 60;
 constexpr double radiusNm = 100;
 constexpr std::uint32_t seed = 1;
 
-class WorkFolder {
+/// For the files of a replay; not the working directory, where the reference data are.
+class ReplayFolder {
 public:
-    WorkFolder() : path_(fs::temp_directory_path() / ("bench_replay_" + std::to_string(std::random_device()()))) {
+    ReplayFolder() : path_(fs::temp_directory_path() / ("bench_replay_" + std::to_string(std::random_device()()))) {
         fs::create_directories(path_);
     }
-    ~WorkFolder() {
+    ~ReplayFolder() {
         std::error_code ignored;
         fs::remove_all(path_, ignored);
     }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
+    ReplayFolder(const ReplayFolder&) = delete;
+    ReplayFolder& operator=(const ReplayFolder&) = delete;
 
     fs::path operator/(const char* name) const { return path_ / name; }
 
 private:
     fs::path path_;
 };
-
-void print(const std::string& filter, const std::string& name, const std::string& value) {
-    if (name.find(filter) != std::string::npos) {
-        fmt::print("{} = {}\n", name, value);
-        std::fflush(stdout);
-    }
-}
 
 double mebibytes(std::size_t bytes) {
     return static_cast<double>(bytes) / (1 << 20);
@@ -82,7 +77,7 @@ void writeHour(const fs::path& recording, const fs::path& scene) {
 }
 
 void measureHour(const std::string& filter) {
-    const WorkFolder folder;
+    const ReplayFolder folder;
     rig::ReplayOptions options;
     options.recording = folder / "hour.csv.gz";
     options.scene = folder / "scene.json";

@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <mutex>
-#include <random>
 #include <string>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "bench/measuring.h"
 #include "core/injection_radius.h"
 #include "core/log.h"
 #include "core/slot_clock.h"
@@ -175,13 +174,6 @@ Run fly(int aircraft, int warmUpSlots, int slots) {
             return one.lifeState == LifeState::active;
         }));
     return run;
-}
-
-void print(const std::string& filter, const std::string& name, const std::string& value) {
-    if (name.find(filter) != std::string::npos) {
-        fmt::print("{} = {}\n", name, value);
-        std::fflush(stdout);
-    }
 }
 
 } // namespace
