@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "core/log.h"
+#include "core/text_parts.h"
 #include "liveries/ascii_text.h"
 #include "liveries/cfg_line.h"
 #include "liveries/reference_tables.h"
@@ -72,7 +73,7 @@ bool takeFirst(std::optional<std::string>& place, const CfgEntry& entry) {
 
 std::string airlineCode(std::string_view parkingCodes) {
     constexpr std::size_t codeLength = 3;
-    std::string code = asciiUpper(trimmed(splitAtCommas(parkingCodes).front()));
+    std::string code = asciiUpper(trimmed(partsOf(parkingCodes, ',').front()));
     const bool hasSuffix = code.size() == codeLength + 1 && (code.back() == 'X' || code.back() == 'C');
     if (hasSuffix) {
         code.pop_back();
@@ -102,7 +103,7 @@ bool isValidRegistration(std::string_view token) {
 /// What a valid value holds more than one registration of is no fault, but tells none either.
 bool takeRegistration(Section& section, std::string_view atcId) {
     atcId = atcId.substr(0, atcId.find(';'));
-    const std::vector<std::string_view> tokens = splitAtCommas(atcId);
+    const std::vector<std::string_view> tokens = partsOf(atcId, ',');
     if (!std::all_of(tokens.begin(), tokens.end(), isValidRegistration)) {
         const char* const fault =
             section.form == SectionForm::ordinary ? "invalid atc_id={} in: {}" : "invalid atc_id={} in {}";

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -47,16 +48,10 @@ pugi::xml_node sectionOf(const pugi::xml_document& document, const char* section
 /// The trimmed tokens between the commas, empty ones too; none for an empty list.
 std::vector<std::string> tokensOf(std::string_view list) {
     std::vector<std::string> tokens;
-    while (!list.empty()) {
-        const std::size_t comma = list.find(',');
-        tokens.emplace_back(trimmed(list.substr(0, comma)));
-        if (comma == std::string_view::npos) {
-            break;
-        }
-        list.remove_prefix(comma + 1);
-        if (list.empty()) {
-            tokens.emplace_back();
-        }
+    if (!list.empty()) {
+        const std::vector<std::string_view> parts = partsOf(list, ',');
+        std::transform(parts.begin(), parts.end(), std::back_inserter(tokens),
+                       [](std::string_view part) { return std::string(trimmed(part)); });
     }
     return tokens;
 }

@@ -12,6 +12,7 @@
 
 #include "core/log.h"
 #include "core/text_files.h"
+#include "core/text_parts.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
 
@@ -23,24 +24,11 @@ constexpr std::size_t shortestRegcode = 3;
 constexpr std::size_t longestRegcode = 12;
 constexpr std::size_t usualLines = 1024;
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    return begin == std::string_view::npos ? std::string_view()
-                                           : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
-}
-
 /// What stands between the separators, trimmed; at least one.
 std::vector<std::string_view> fieldsOf(std::string_view text, char separator) {
-    std::vector<std::string_view> fields;
-    for (;;) {
-        const std::size_t end = text.find(separator);
-        fields.push_back(trimmed(text.substr(0, end)));
-        if (end == std::string_view::npos) {
-            return fields;
-        }
-        text.remove_prefix(end + 1);
-    }
+    std::vector<std::string_view> fields = partsOf(text, separator);
+    std::transform(fields.begin(), fields.end(), fields.begin(), trimmed);
+    return fields;
 }
 
 std::vector<std::string> registrationsOf(std::string_view list) {
