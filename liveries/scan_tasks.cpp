@@ -5,7 +5,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include "core/detached_threads.h"
@@ -19,19 +18,24 @@ constexpr std::chrono::milliseconds waitSlice{50};
 /// How long the collecting waits for one file.
 constexpr std::chrono::seconds longestWait{10};
 
+/// Tasks handed out for each thread before their results are waited for: enough to do while the caller walks through
+/// folders that hold none.
+constexpr std::size_t tasksAhead = 32;
+
 } // namespace
 
 /// Threads are kept from one file to the next: starting one takes longer than reading most files.
 struct ScanTasks::Workers {
     std::mutex lock;
     std::condition_variable taskThere;
-    std::deque<std::packaged_task<std::list<Livery>()>> tasks; // under lock, as the next two
-    int idle = 0;
+    std::deque<std::packaged_task<std::list<Livery>()>> tasks; // under lock, as all that follows
+    std::size_t threads = 0;
+    std::size_t idle = 0; ///< of the threads
     bool isOver = false;
-    std::atomic<int> running = 0; ///< tasks started and not yet at their end
 
     void run();
-    void give(std::packaged_task<std::list<Livery>()> task, const std::shared_ptr<Workers>& self);
+    void give(std::packaged_task<std::list<Livery>()> task, std::size_t atMost, const std::shared_ptr<Workers>& self);
+    void end();
 };
 
 void ScanTasks::Workers::run() {
@@ -49,55 +53,49 @@ void ScanTasks::Workers::run() {
         task();
         task = {};
         held.lock();
-        // At once, so that a thread that is free is never taken for one that runs.
         ++idle;
-        --running;
     }
 }
 
-void ScanTasks::Workers::give(std::packaged_task<std::list<Livery>()> task, const std::shared_ptr<Workers>& self) {
+void ScanTasks::Workers::give(std::packaged_task<std::list<Livery>()> task, std::size_t atMost,
+                              const std::shared_ptr<Workers>& self) {
     const std::lock_guard held(lock);
-    const bool wantsThread = static_cast<std::size_t>(idle) <= tasks.size();
-    if (wantsThread) {
+    if (threads < atMost && idle <= tasks.size()) {
         gf_startDetached("LiveryScan", [self] { self->run(); });
+        ++threads;
     }
     tasks.push_back(std::move(task));
-    ++running;
     taskThere.notify_one();
 }
 
-ScanTasks::ScanTasks(int atMost, WhileWaiting whileWaiting)
-    : atMost_(atMost), whileWaiting_(std::move(whileWaiting)), workers_(std::make_shared<Workers>()) {}
-
-ScanTasks::~ScanTasks() {
-    const std::lock_guard held(workers_->lock);
-    workers_->isOver = true;
-    workers_->taskThere.notify_all();
+void ScanTasks::Workers::end() {
+    const std::lock_guard held(lock);
+    tasks.clear();
+    isOver = true;
+    taskThere.notify_all();
 }
 
-bool ScanTasks::waitForFreePlace() {
-    while (workers_->running >= atMost_) {
-        if (!whileWaiting_()) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
+ScanTasks::ScanTasks(int atMost, WhileWaiting whileWaiting)
+    : atMost_(static_cast<std::size_t>(atMost)), whileWaiting_(std::move(whileWaiting)),
+      workers_(std::make_shared<Workers>()) {}
+
+ScanTasks::~ScanTasks() {
+    workers_->end();
 }
 
 bool ScanTasks::start(Task task, std::list<Livery>& into) {
-    if (!waitForFreePlace()) {
+    if (!whileWaiting_()) {
         return false;
     }
-    std::packaged_task<std::list<Livery>()> packaged(std::move(task));
-    auto result = packaged.get_future();
-    workers_->give(std::move(packaged), workers_);
-    waiting_.push_back(std::move(result));
-    while (waiting_.size() > static_cast<std::size_t>(atMost_)) {
+    while (waiting_.size() >= atMost_ * tasksAhead) {
         if (!collectOldest(into)) {
             return false;
         }
     }
+    std::packaged_task<std::list<Livery>()> packaged(std::move(task));
+    auto result = packaged.get_future();
+    workers_->give(std::move(packaged), atMost_, workers_);
+    waiting_.push_back(std::move(result));
     return true;
 }
 
@@ -112,6 +110,8 @@ bool ScanTasks::collectAll(std::list<Livery>& into) {
 
 void ScanTasks::abandon() {
     waiting_.clear();
+    const std::lock_guard held(workers_->lock);
+    workers_->tasks.clear();
 }
 
 bool ScanTasks::collectOldest(std::list<Livery>& into) {

@@ -3,7 +3,7 @@
 // One thread starts and collects; the tasks run on threads of their own, which nobody joins.
 #pragma once
 
-#include <atomic>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <future>
@@ -15,7 +15,7 @@
 class ScanTasks {
 public:
     using Task = std::function<std::list<Livery>()>;
-    /// Called at least every 50 ms while waiting; false ends the waiting.
+    /// Called at each start and at least every 50 ms while waiting; false ends the start or the waiting.
     using WhileWaiting = std::function<bool()>;
 
     ScanTasks(int atMost, WhileWaiting whileWaiting);
@@ -24,21 +24,20 @@ public:
     ScanTasks(const ScanTasks&) = delete;
     ScanTasks& operator=(const ScanTasks&) = delete;
 
-    /// Waits until fewer tasks run than may, starts this one, and takes what the oldest ones gave while more results are
-    /// waited for than tasks may run. False when the waiting was ended. Throws std::runtime_error "Future wait timed out
-    /// after 10 seconds" when a task takes too long, and std::system_error when there is no thread to be had.
+    /// Hands the task to the next thread that is free. Where many tasks wait already, it first waits for what the oldest
+    /// ones give, and takes it. False when the waiting was ended. Throws std::runtime_error "Future wait timed out after 10
+    /// seconds" when a task takes too long, and std::system_error when there is no thread to be had.
     bool start(Task task, std::list<Livery>& into);
     /// What all tasks gave, the oldest first; fails as above.
     bool collectAll(std::list<Livery>& into);
-    /// Forgets the tasks that still run, and what they will give.
+    /// Forgets the tasks that still run or wait for a thread, and what they would give.
     void abandon();
 
 private:
     struct Workers;
-    bool waitForFreePlace();
     bool collectOldest(std::list<Livery>& into);
 
-    int atMost_;
+    std::size_t atMost_;
     WhileWaiting whileWaiting_;
     std::shared_ptr<Workers> workers_; // shared with its threads, which may outlive this object
     std::deque<std::future<std::list<Livery>>> waiting_;

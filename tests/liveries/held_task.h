@@ -20,11 +20,13 @@ public:
     HeldTask& operator=(const HeldTask&) = delete;
 
     ScanTasks::Task task() {
-        return [hold = hold_.get_future().share()] {
+        return [this, hold = hold_.get_future().share()] {
+            begun_.set_value();
             hold.wait();
             return std::list<Livery>{};
         };
     }
+    void waitUntilBegun() { begun_.get_future().wait(); }
     void letGo() {
         if (!isLetGo_) {
             isLetGo_ = true;
@@ -33,6 +35,7 @@ public:
     }
 
 private:
+    std::promise<void> begun_;
     std::promise<void> hold_;
     bool isLetGo_ = false;
 };

@@ -15,6 +15,7 @@
 #include "tests/liveries/scan_test.h"
 #include "tests/support/message_of.h"
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -104,4 +105,34 @@ TEST(ScanTasksThreads, oneThatOutlivesItsScanEndsByItself) {
     }
     held.letGo();
     EXPECT_TRUE(gf_waitForDetachedThreads(std::chrono::seconds(10)));
+}
+
+TEST(ScanTasksThreads, theyAreHandedOutAheadOfTheThreads) {
+    HeldTask held;
+    ScanTasks tasks(1, goOn);
+    std::list<Livery> all;
+    ASSERT_TRUE(tasks.start(held.task(), all));
+    for (const char* title : {"a", "b", "c"}) {
+        ASSERT_TRUE(tasks.start(giving(title), all));
+    }
+    held.letGo();
+    EXPECT_TRUE(tasks.collectAll(all));
+    EXPECT_THAT(titlesOf(all), ElementsAre("a", "b", "c"));
+}
+
+TEST(ScanTasksThreads, noneBeginsAfterItsScan) {
+    HeldTask held;
+    std::atomic<int> begun = 0;
+    std::list<Livery> all;
+    {
+        ScanTasks tasks(1, goOn);
+        ASSERT_TRUE(tasks.start(held.task(), all));
+        held.waitUntilBegun();
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_TRUE(tasks.start([&begun] { return ++begun, std::list<Livery>{}; }, all));
+        }
+    }
+    held.letGo();
+    EXPECT_TRUE(gf_waitForDetachedThreads(std::chrono::seconds(10)));
+    EXPECT_EQ(begun, 0);
 }
