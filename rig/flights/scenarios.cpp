@@ -99,10 +99,12 @@ public:
     explicit ScenarioMaker(std::uint32_t seed) : chance_(seed), fleet_(chance_) {}
 
     Scenario departure() {
-        return only(outbound(fleet_.airliner()), wholeDeparture(stand("A3"), parkedBefore, away(), shortCruise));
+        const double to = away();
+        return only(outbound(fleet_.airliner()), wholeDeparture(stand("A3"), parkedBefore, to, shortCruise));
     }
     Scenario arrival() {
-        return only(fleet_.airliner(), wholeArrival(stand("B20"), parkedAfter, comingFrom(), shortCruise));
+        const double from = comingFrom();
+        return only(fleet_.airliner(), wholeArrival(stand("B20"), parkedAfter, from, shortCruise));
     }
     Scenario towing() { return only(fleet_.airliner(), tow(stand("A8"), stand("D12"), parkedBefore)); }
     Scenario helicopter() { return only(fleet_.helicopter(), rig::helicopter(stand("D30"), parkedBefore)); }
@@ -110,8 +112,9 @@ public:
     Scenario goAround() { return only(fleet_.airliner(), rig::goAround(stand("A22"), parkedAfter)); }
     Scenario holding() {
         constexpr double holdSeconds = 300;
+        const double to = away();
         return only(outbound(fleet_.airliner()),
-                    wholeDeparture(stand("B5"), parkedBefore, away(), shortCruise, holdSeconds));
+                    wholeDeparture(stand("B5"), parkedBefore, to, shortCruise, holdSeconds));
     }
 
     /// The same flight twice, the second with an underscore behind its name.
@@ -147,12 +150,14 @@ public:
         Scenario scenario;
         for (const char* name : departing) {
             const double hold = name == std::string_view(phase::holding) ? holdSeconds : 0;
+            const double to = away();
             addQuiet(scenario, name, outbound(fleet_.airliner()),
-                     wholeDeparture(quietStand(scenario), parkedBefore, away(), shortCruise, hold));
+                     wholeDeparture(quietStand(scenario), parkedBefore, to, shortCruise, hold));
         }
         for (const char* name : arriving) {
+            const double from = comingFrom();
             addQuiet(scenario, name, fleet_.airliner(),
-                     wholeArrival(quietStand(scenario), parkedAfter, comingFrom(), shortCruise));
+                     wholeArrival(quietStand(scenario), parkedAfter, from, shortCruise));
         }
         addQuiet(scenario, phase::goAround, fleet_.airliner(), rig::goAround(quietStand(scenario), parkedAfter));
         addQuiet(scenario, phase::towing, fleet_.airliner(), tow(quietStand(scenario), stand("D12"), parkedBefore));
@@ -192,7 +197,8 @@ public:
         for (int i = 0; i < 28; ++i) {
             addOverflight(scenario, chance_.between(-400, 300));
         }
-        add(scenario, fleet_.airliner(), 30, tow(takeStand(), takeStand(), parkedBefore));
+        const ScriptedStand towedTo = takeStand();
+        add(scenario, fleet_.airliner(), 30, tow(takeStand(), towedTo, parkedBefore));
         add(scenario, fleet_.helicopter(), 100, rig::helicopter(takeStand(), parkedBefore));
         while (scenario.flights.size() < 150) {
             addParked(scenario);
@@ -201,6 +207,7 @@ public:
     }
 
 private:
+    // One expression draws no two numbers of chance: in which order it would is the compiler's choice.
     double away() { return chance_.between(departureFrom, departureTo); }
     double comingFrom() { return chance_.between(arrivalFrom, arrivalTo); }
 
@@ -245,8 +252,9 @@ private:
     /// Off its stand at `pushAt`; it stood there since the beginning.
     void addDeparture(Scenario& scenario, double pushAt) {
         const double stands = std::max(pushAt, 0.0);
+        const double to = away();
         add(scenario, outbound(fleet_.airliner()), pushAt - stands,
-            wholeDeparture(takeStand(), stands, away(), shortCruise));
+            wholeDeparture(takeStand(), stands, to, shortCruise));
     }
     /// Touches down at `landAt`, and stays until the end.
     void addLanding(Scenario& scenario, double landAt) {

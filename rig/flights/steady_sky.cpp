@@ -43,9 +43,11 @@ Legs someLegs(Chance& chance) {
     switch (chance.below(oneOf)) {
     case 0: return departure(chance.between(60, 240), cruiseMeters);
     case 1: return arrival(chance.between(240, 420), cruiseMeters);
-    default:
-        return overflight(chance.between(0, 360), chance.between(-farthestPassMeters, farthestPassMeters),
-                          15000 + 1000 * static_cast<double>(chance.below(25)));
+    default: {
+        const double height = 15000 + 1000 * static_cast<double>(chance.below(25));
+        const double pass = chance.between(-farthestPassMeters, farthestPassMeters);
+        return overflight(chance.between(0, 360), pass, height);
+    }
     }
 }
 

@@ -20,7 +20,8 @@ TEST(RunFlights, theShippedRecordingsAreWhatTheCommandWrites) {
     std::uintmax_t bytes = 0;
     for (const char* name : {"quiet_half_hour", "busy_ten_minutes"}) {
         const std::filesystem::path file = data / (std::string(name) + ".csv.gz");
-        EXPECT_EQ(readText(file), writeScenario(makeScenario(name, options.seed), options).recording) << name;
+        // Not compared by a matcher: it would print half a megabyte of differences.
+        EXPECT_TRUE(readText(file) == writeScenario(makeScenario(name, options.seed), options).recording) << name;
         bytes += std::filesystem::file_size(file);
     }
     EXPECT_LT(bytes, 1000000u);
