@@ -45,8 +45,9 @@ TEST_F(LiveryWalkThreads, collectsWhatTheFilesHold) {
 }
 
 TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) {
-    for (const char* title : {"1", "2", "3"}) {
-        makeLivery(std::filesystem::path("x") / title, title);
+    constexpr int moreThanAreHandedOutAhead = 100;
+    for (int i = 0; i < moreThanAreHandedOutAhead; ++i) {
+        makeLivery(std::filesystem::path("x") / std::to_string(i), std::to_string(i));
     }
     makeLivery("y/ac", "next");
     startHeldTask();
