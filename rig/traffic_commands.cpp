@@ -79,6 +79,11 @@ void TrafficCommands::addFlights(CLI::App& app) {
                                                                                  {"network", rig::Fidelity::network}}));
     flights_->add_option("--seed", flightsOptions_.seed, "Of all chance");
     flights_->add_option("--begin", flightsOptions_.begin, "Seconds since 1970 at the first line");
+    flights_
+        ->add_option("--steady", flightsOptions_.steady,
+                     "In place of scenarios: so many aircraft in flight at any time")
+        ->check(CLI::Range(0, 10000));
+    flights_->add_option("--seconds", flightsOptions_.seconds, "Of the steady sky")->check(CLI::Range(1.0, 86400.0));
 }
 
 void TrafficCommands::addCount(CLI::App& app) {

@@ -155,9 +155,10 @@ void runOnce() {
     gf_flushLog();
     makeWorkingFolders();
     gf_removeLeftOverClearFiles();
-    if (isUpToDate()) {
-        prepare();
+    if (!isUpToDate()) {
+        return; // with nothing read, the liveries that were scanned would be lost
     }
+    prepare();
     testStockAirports();
     setHardwareThreads();
     prepareLiveries();

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "rig/flights/airport_layout.h"
+#include "rig/flights/steady_sky.h"
 #include "rig/traffic/gzip_text.h"
 
 namespace rig {
@@ -71,6 +72,18 @@ void writeFiles(const std::string& name, const FlightsOptions& options, std::ost
     out << fmt::format("{}: {} rows\n", name, std::count(written.recording.begin(), written.recording.end(), '\n'));
 }
 
+void writeSteadySky(const FlightsOptions& options, std::ostream& out) {
+    SteadySky sky(options.steady, options.begin, options.fidelity, options.seed);
+    const std::vector<std::string> rows = sky.rowsUntil(options.begin + options.seconds);
+    const std::string name = fmt::format("steady_{}", options.steady);
+    std::string text;
+    for (const std::string& row : rows) {
+        text += row + '\n';
+    }
+    writeText(options.folder / (name + ".csv.gz"), text);
+    out << fmt::format("{}: {} rows, {} aircraft\n", name, rows.size(), sky.aircraft());
+}
+
 } // namespace
 
 WrittenScenario writeScenario(const Scenario& scenario, const FlightsOptions& options) {
@@ -96,6 +109,10 @@ WrittenScenario writeScenario(const Scenario& scenario, const FlightsOptions& op
 
 void runFlights(const FlightsOptions& options, std::ostream& out) {
     std::filesystem::create_directories(options.folder);
+    if (options.steady > 0) {
+        writeSteadySky(options, out);
+        return;
+    }
     if (!options.scenario.empty()) {
         writeFiles(options.scenario, options, out);
         return;

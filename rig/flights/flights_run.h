@@ -19,6 +19,8 @@ struct FlightsOptions {
     Fidelity fidelity = Fidelity::exact;
     std::uint32_t seed = 1;
     double begin = 1780315200; ///< seconds since 1970: 2026-06-01, noon
+    int steady = 0;            ///< more than 0: in place of the scenarios a sky with so many aircraft in flight at any time
+    double seconds = 600;      ///< of that sky
 };
 
 /// A scenario as two texts.
@@ -31,7 +33,8 @@ struct WrittenScenario {
 
 WrittenScenario writeScenario(const Scenario& scenario, const FlightsOptions& options);
 
-/// Writes "{scenario}.csv.gz", the recording, and "{scenario}.truth.csv.gz". Throws std::runtime_error, with a text for the
+/// Writes "{scenario}.csv.gz", the recording, and "{scenario}.truth.csv.gz"; of a steady sky the recording alone,
+/// "steady_{aircraft}.csv.gz". Throws std::runtime_error, with a text for the
 /// user, for a scenario that is none and a folder that cannot be written.
 void runFlights(const FlightsOptions& options, std::ostream& out);
 

@@ -467,5 +467,23 @@ TEST(RunFlights, writesTheRecordingAndTheTruthBesideIt) {
     EXPECT_EQ(std::filesystem::exists("made/departure.csv.gz"), false);
 }
 
+TEST(RunFlights, writesASkyWithSoManyAircraftAtAnyTime) {
+    const TemporaryFolder folder;
+    FlightsOptions options;
+    options.folder = "made";
+    options.steady = 20;
+    options.seconds = 120;
+    std::ostringstream out;
+    runFlights(options, out);
+    EXPECT_THAT(out.str(), testing::StartsWith("steady_20: "));
+    const std::string recording = readText("made/steady_20.csv.gz");
+    const Recording rows = loadRecording("made/steady_20.csv.gz");
+    EXPECT_GT(rows.rows.size(), 20u * 120 / 4);
+    EXPECT_LE(rows.end() - rows.begin(), 120);
+    options.folder = "made again";
+    runFlights(options, out);
+    EXPECT_TRUE(readText("made again/steady_20.csv.gz") == recording) << "the same seed gives the same rows";
+}
+
 } // namespace
 } // namespace rig
