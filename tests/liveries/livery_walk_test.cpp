@@ -45,7 +45,9 @@ TEST_F(LiveryWalkThreads, collectsWhatTheFilesHold) {
 }
 
 TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) {
-    for (const char* title : {"1", "2", "3"}) {
+    constexpr int moreThanAreHandedOutAhead = 70;
+    for (int i = 0; i < moreThanAreHandedOutAhead; ++i) {
+        const std::string title = std::to_string(i);
         makeLivery(std::filesystem::path("x") / title, title);
     }
     makeLivery("y/ac", "next");

@@ -77,6 +77,7 @@ TEST(ScanTasksThreads, oneThatTakesTooLongIsGivenUp) {
     });
     std::list<Livery> all;
     ASSERT_TRUE(tasks.start(held.task(), all));
+    seconds = 0;
     EXPECT_EQ(messageOf([&] { tasks.collectAll(all); }), "Future wait timed out after 10 seconds");
     EXPECT_EQ(seconds, 10);
     tasks.abandon();
