@@ -127,7 +127,9 @@ void ScanTasks::abandon() {
 bool ScanTasks::collectOldest(std::list<Livery>& into) {
     std::future<std::list<Livery>>& oldest = waiting_.front();
     const platform::SteadyTime end = platform::steadyNow() + longestWait;
-    workers_->wakeAll();
+    if (oldest.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+        workers_->wakeAll();
+    }
     while (oldest.wait_for(waitSlice) != std::future_status::ready) {
         if (!whileWaiting_()) {
             return false;
