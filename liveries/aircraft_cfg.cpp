@@ -24,16 +24,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int highestSection = 10000;
-constexpr std::size_t expectedLines = 4096;
 
 // --- The text ---
-
-/// A file as lines of UTF-8.
-struct CfgText {
-    std::string bytes;
-    std::vector<std::string> converted; // in place of bytes, where they are not what the lines are made of
-    std::vector<std::string_view> lines;
-};
 
 /// As many bytes as there are at this moment; of a file that grows meanwhile, no more. Nothing when reading fails.
 std::optional<std::string> wholeFile(std::ifstream& file, const fs::path& path) {
@@ -52,65 +44,74 @@ std::optional<std::string> wholeFile(std::ifstream& file, const fs::path& path) 
 bool isPlainText(std::string_view bytes) {
     constexpr std::uint64_t ones = 0x0101010101010101;
     constexpr std::uint64_t highBits = 0x8080808080808080;
+    std::uint64_t found = 0; // looked at in the end alone, so that many words are tested at once
     std::size_t at = 0;
     for (; at + sizeof(std::uint64_t) <= bytes.size(); at += sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes.data() + at, sizeof(word));
-        if ((((word - ones) | word) & highBits) != 0) {
-            return false;
-        }
+        found |= (word - ones) | word;
     }
     for (; at < bytes.size(); ++at) {
-        if (bytes[at] == '\0' || static_cast<unsigned char>(bytes[at]) > 127) {
-            return false;
-        }
+        found |= bytes[at] == '\0' || static_cast<unsigned char>(bytes[at]) > 127 ? highBits : 0;
     }
-    return !bytes.empty();
+    return !bytes.empty() && (found & highBits) == 0;
 }
 
-/// As linesOf does it.
-void splitLines(std::string_view text, std::vector<std::string_view>& lines) {
-    while (!text.empty()) {
-        const std::size_t end = text.find('\n');
-        std::string_view line = text.substr(0, end);
-        while (line.ends_with('\r')) {
-            line.remove_suffix(1);
-        }
-        lines.push_back(line);
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    }
-}
-
-/// False, with a line in the log, when the file has no text.
-bool readText(const ScannedFile& file, CfgText& text) {
+/// The text of a file in UTF-8. Nothing, with a line in the log, when there is none.
+std::optional<std::string> readText(const ScannedFile& file) {
     std::ifstream stream(file.path, std::ios::binary);
-    if (stream) {
-        std::optional<std::string> bytes = wholeFile(stream, file.path);
-        if (!bytes) {
-            log(fmt::format("! Failed reading {}", file.text));
-            return false;
-        }
-        text.bytes = std::move(*bytes);
+    std::optional<std::string> bytes = stream ? wholeFile(stream, file.path) : std::string();
+    if (!bytes) {
+        log(fmt::format("! Failed reading {}", file.text));
+        return std::nullopt;
     }
-    text.lines.reserve(expectedLines);
-    if (isPlainText(text.bytes)) {
-        splitLines(text.bytes, text.lines);
-        return true;
+    if (isPlainText(*bytes)) {
+        return bytes;
     }
-    const Charset charset = charsetOf(text.bytes);
+    const Charset charset = charsetOf(*bytes);
     if (charset == Charset::none_found) {
         log(fmt::format("! No text encoding detected for {}", file.text));
-        return false;
+        return std::nullopt;
     }
-    text.converted = linesOf(charset, text.bytes);
-    text.bytes = {};
-    text.lines.assign(text.converted.begin(), text.converted.end());
-    return true;
+    std::string text;
+    for (const std::string& line : linesOf(charset, *bytes)) {
+        text.append(line).append("\n");
+    }
+    return text;
+}
+
+/// Takes the first line off the text; the line is as linesOf makes it.
+std::string_view takeLine(std::string_view& text) {
+    const std::size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    while (line.ends_with('\r')) {
+        line.remove_suffix(1);
+    }
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return line;
+}
+
+/// A line of a text, and the places where it and the next one begin.
+struct LinePlace {
+    std::string_view line;
+    std::size_t begin;
+    std::size_t next;
+};
+
+/// The next line that holds `part`. Few do, and the others need no look one by one.
+std::optional<LinePlace> lineWith(std::string_view part, std::string_view text, std::size_t from) {
+    const std::size_t at = text.find(part, from);
+    if (at == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::size_t before = text.rfind('\n', at);
+    const std::size_t begin = before == std::string_view::npos ? 0 : before + 1;
+    std::string_view rest = text.substr(begin);
+    const std::string_view line = takeLine(rest);
+    return LinePlace{line, begin, text.size() - rest.size()};
 }
 
 // --- The section numbers ---
-
-enum class LineKind : std::uint8_t { other, header, otherBracket };
 
 /// Nothing for a number that does not fit.
 std::optional<std::int32_t> parsedNumber(std::string_view digits) {
@@ -118,11 +119,6 @@ std::optional<std::int32_t> parsedNumber(std::string_view digits) {
     const auto [end, fault] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     return fault == std::errc{} ? std::optional(number) : std::nullopt;
 }
-
-struct NumberedLines {
-    std::vector<LineKind> kinds; // of each line
-    bool anyHeader = false;
-};
 
 /// The number of a header, or what stands for it; none for a line that is no header. Throws nothing; a number that does not
 /// fit is the text that the log shows.
@@ -142,33 +138,48 @@ SectionNumber sectionNumber(std::string_view line) {
     return mentionsFltsim(line) ? SectionNumber{highestSection, {}} : SectionNumber{};
 }
 
-/// What each line is. Nothing, with a word in the reports or the log, when the file is to be given up.
-std::optional<NumberedLines> lf_checkFltsimNumbers(const ScannedFile& file, const CfgText& text, ScanState& scan) {
-    NumberedLines result;
-    result.kinds.assign(text.lines.size(), LineKind::other);
-    for (std::size_t i = 0; i < text.lines.size(); ++i) {
-        const std::string_view line = text.lines[i];
-        if (line.find('[') == std::string_view::npos) {
-            continue;
-        }
-        const SectionNumber found = sectionNumber(line);
-        if (!found.unfit.empty()) {
-            logError(fmt::format("fltsim num {} incorrect", found.unfit));
-            return std::nullopt;
-        }
-        if (found.number > highestSection) {
-            scan.reports.add(
-                ScanReport::invalidFiles,
-                fmt::format("{} contains a [fltsim.x] section with a number < 0 or > {}", file.text, highestSection));
-            return std::nullopt;
-        }
-        result.kinds[i] = found.number ? LineKind::header : LineKind::otherBracket;
-        result.anyHeader = result.anyHeader || found.number;
+/// Whether the file is to be given up, with a word in the reports or the log, for a number that no section has.
+bool isFault(const SectionNumber& found, const ScannedFile& file, ScanState& scan) {
+    if (!found.unfit.empty()) {
+        logError(fmt::format("fltsim num {} incorrect", found.unfit));
+        return true;
     }
-    if (!result.anyHeader) {
+    if (found.number > highestSection) {
+        scan.reports.add(
+            ScanReport::invalidFiles,
+            fmt::format("{} contains a [fltsim.x] section with a number < 0 or > {}", file.text, highestSection));
+        return true;
+    }
+    return false;
+}
+
+/// The texts of the sections: from the line of a header up to the next line that holds a bracket. Nothing when the file is
+/// to be given up.
+std::optional<std::vector<std::string_view>> lf_checkFltsimNumbers(const ScannedFile& file, std::string_view text,
+                                                                   ScanState& scan) {
+    std::vector<std::string_view> sections;
+    std::optional<std::size_t> begin; // of the section that has not ended yet
+    const auto end = [&](std::size_t at) {
+        if (begin) {
+            sections.push_back(text.substr(*begin, at - *begin));
+        }
+        begin.reset();
+    };
+    for (auto found = lineWith("[", text, 0); found; found = lineWith("[", text, found->next)) {
+        end(found->begin);
+        const SectionNumber number = sectionNumber(found->line);
+        if (isFault(number, file, scan)) {
+            return std::nullopt;
+        }
+        if (number.number) {
+            begin = found->begin;
+        }
+    }
+    end(text.size());
+    if (sections.empty()) {
         scan.reports.add(ScanReport::filesWithoutSections, file.text);
     }
-    return result;
+    return sections;
 }
 
 // --- The type ---
@@ -187,9 +198,9 @@ std::optional<std::string> typeOfModel(std::string_view model, const ScannedFile
     return std::nullopt;
 }
 
-std::optional<std::string> typeInText(const CfgText& text, const ScannedFile& file, ScanState& scan) {
-    for (const std::string_view line : text.lines) {
-        if (const auto entry = cfgEntry(line); entry && entry->key == CfgKey::atc_model) {
+std::optional<std::string> typeInText(std::string_view text, const ScannedFile& file, ScanState& scan) {
+    for (auto found = lineWith("atc_model", text, 0); found; found = lineWith("atc_model", text, found->next)) {
+        if (const auto entry = cfgEntry(found->line); entry && entry->key == CfgKey::atc_model) {
             return typeOfModel(entry->value, file, scan);
         }
     }
@@ -206,61 +217,43 @@ std::optional<std::string> typeInPath(const ScannedFile& file, ScanState& scan) 
 
 // --- The sections ---
 
-void dropTrailingComments(std::vector<std::string_view>& section) {
-    while (!section.empty() && (section.back().empty() || section.back().starts_with("//"))) {
-        section.pop_back();
+/// The lines of a section but for the empty ones and the comments at its end.
+std::vector<std::string_view> linesOfSection(std::string_view text) {
+    constexpr std::size_t usualLines = 32;
+    std::vector<std::string_view> lines;
+    lines.reserve(usualLines);
+    while (!text.empty()) {
+        lines.push_back(takeLine(text));
     }
-}
-
-/// Calls `process` with each section's lines.
-template <typename Process>
-void cutSections(const CfgText& text, const std::vector<LineKind>& kinds, Process process) {
-    std::vector<std::string_view> section;
-    bool isCollecting = false;
-    const auto finish = [&section, &process] {
-        dropTrailingComments(section);
-        if (!section.empty()) {
-            process(CfgLines(section));
-        }
-        section.clear();
-    };
-    for (std::size_t i = 0; i < text.lines.size(); ++i) {
-        if (kinds[i] == LineKind::header) {
-            finish();
-        }
-        if (kinds[i] != LineKind::other) {
-            isCollecting = kinds[i] == LineKind::header;
-        }
-        if (isCollecting) {
-            section.push_back(text.lines[i]);
-        }
+    while (!lines.empty() && (lines.back().empty() || lines.back().starts_with("//"))) {
+        lines.pop_back();
     }
-    finish();
+    return lines;
 }
 
 std::list<Livery> searchFile(SectionForm form, std::uint32_t scanNumber, const ScannedFile& file, ScanState& scan) {
-    CfgText text;
     std::list<Livery> found;
-    if (!readText(file, text)) {
+    const std::optional<std::string> text = readText(file);
+    if (!text) {
         return found;
     }
-    const std::optional<NumberedLines> numbered = lf_checkFltsimNumbers(file, text, scan);
-    if (!numbered) {
+    const auto sections = lf_checkFltsimNumbers(file, *text, scan);
+    if (!sections) {
         return found;
     }
-    const auto type = form == SectionForm::ordinary ? typeInText(text, file, scan) : typeInPath(file, scan);
+    const auto type = form == SectionForm::ordinary ? typeInText(*text, file, scan) : typeInPath(file, scan);
     if (!type) {
         return found;
     }
     const SectionFile sectionFile{file, *type, scanNumber};
-    cutSections(text, numbered->kinds, [&](CfgLines section) {
+    for (const std::string_view section : *sections) {
         if (gf_isScanStopping()) {
-            return;
+            break;
         }
-        if (auto livery = lf_procesFltSimSection(form, section, sectionFile, scan)) {
+        if (auto livery = lf_procesFltSimSection(form, linesOfSection(section), sectionFile, scan)) {
             found.push_back(std::move(*livery));
         }
-    });
+    }
     scan.liveriesFound += static_cast<int>(found.size());
     return found;
 }

@@ -21,15 +21,15 @@ constexpr std::string_view privateAirline = "PVT";
 constexpr std::string_view unwantedAirline = "RFO";
 constexpr std::size_t longestRegistration = 12; // characters of an atc_id
 
-/// The values of a section; the first of a key, as no second one of the four above is let pass.
+/// The values of a section, as views of its lines; the first of a key, as no second one of the four above is let pass.
 struct SectionValues {
-    std::optional<std::string> title;
-    std::optional<std::string> parkingCodes;
-    std::optional<std::string> parkingTypes;
-    std::optional<std::string> atcId;
-    std::optional<std::string> model;
-    std::optional<std::string> sim;
-    std::optional<std::string> texture;
+    std::optional<std::string_view> title;
+    std::optional<std::string_view> parkingCodes;
+    std::optional<std::string_view> parkingTypes;
+    std::optional<std::string_view> atcId;
+    std::optional<std::string_view> model;
+    std::optional<std::string_view> sim;
+    std::optional<std::string_view> texture;
 };
 
 /// A section on its way to a livery.
@@ -53,7 +53,8 @@ struct Section {
 // --- The lines ---
 
 /// False, with the report, when the key was there already.
-bool takeOnce(const Section& section, std::optional<std::string>& place, const CfgEntry& entry, const char* fault) {
+bool takeOnce(const Section& section, std::optional<std::string_view>& place, const CfgEntry& entry,
+              const char* fault) {
     if (place) {
         section.incomplete(fmt::format(fmt::runtime(fault), section.path(), section.header()));
         return false;
@@ -62,7 +63,7 @@ bool takeOnce(const Section& section, std::optional<std::string>& place, const C
     return true;
 }
 
-bool takeFirst(std::optional<std::string>& place, const CfgEntry& entry) {
+bool takeFirst(std::optional<std::string_view>& place, const CfgEntry& entry) {
     if (!place) {
         place = entry.value;
     }
@@ -73,7 +74,7 @@ bool takeFirst(std::optional<std::string>& place, const CfgEntry& entry) {
 
 std::string airlineCode(std::string_view parkingCodes) {
     constexpr std::size_t codeLength = 3;
-    std::string code = asciiUpper(trimmed(partsOf(parkingCodes, ',').front()));
+    std::string code = asciiUpper(trimmed(parkingCodes.substr(0, parkingCodes.find(','))));
     const bool hasSuffix = code.size() == codeLength + 1 && (code.back() == 'X' || code.back() == 'C');
     if (hasSuffix) {
         code.pop_back();
@@ -149,9 +150,9 @@ bool takeLines(Section& section) {
 /// False, with the report, when one of the three is missing.
 bool hasItsFiles(const Section& section) {
     const SectionValues& values = section.values;
-    const std::string model = "model." + values.model.value_or("");
-    const std::string air = values.sim.value_or("") + ".air";
-    const std::string texture = "texture." + values.texture.value_or("");
+    const std::string model = std::string("model.").append(values.model.value_or(""));
+    const std::string air = std::string(values.sim.value_or("")).append(".air");
+    const std::string texture = std::string("texture.").append(values.texture.value_or(""));
     const std::string* missing = nullptr;
     if (!hasFolderBeside(section.in.file, model)) {
         missing = &model;
@@ -180,7 +181,7 @@ bool isHeavy(std::string_view type) {
 
 /// The airline of a section whose parking codes tell none.
 void findOrdinaryAirline(Section& section) {
-    const std::string& title = *section.values.title;
+    const std::string_view title = *section.values.title;
     const auto record = gf_findRegcodeRecord(section.registration);
     if (record && !record->airl.empty()) {
         section.airline = record->airl;
@@ -207,7 +208,7 @@ void settleOrdinaryAirline(Section& section) {
 
 /// False, with the report, when neither title nor registration tells a known airline.
 bool settleIvaoAirline(Section& section) {
-    const std::string& title = *section.values.title;
+    const std::string_view title = *section.values.title;
     if (const auto code = airlineBehindType(title, section.in.type)) {
         section.airline = *code;
         if (section.airline == genericAirline) {
@@ -230,14 +231,16 @@ bool settleIvaoAirline(Section& section) {
 }
 
 std::optional<Livery> liveryOf(const Section& section, bool cargo) {
-    const std::string& title = *section.values.title;
+    const std::string_view title = *section.values.title;
     if (!section.scan.titles.insert(title)) {
         section.incomplete(section.form == SectionForm::ordinary
                                ? fmt::format("{} {} title '{}' already exists", section.path(), section.header(), title)
                                : fmt::format("{} title already exists: {}", section.path(), title));
         return std::nullopt;
     }
-    return Livery{section.airline, std::string(section.in.type), title, section.registration, section.in.scan, cargo};
+    return Livery{section.airline,    std::string(section.in.type),
+                  std::string(title), section.registration,
+                  section.in.scan,    cargo};
 }
 
 bool hasUsableTitle(const Section& section) {

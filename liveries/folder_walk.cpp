@@ -52,14 +52,14 @@ void addEntry(const Folder& folder, const fs::directory_entry& entry, Listing& l
     if (!isFolder && !entry.is_regular_file(ignored)) {
         return;
     }
-    const std::string name = platform::utf8FromPath(entry.path().filename());
-    (isFolder ? listing.names->folders : listing.names->files).push_back(name);
+    std::string name = platform::utf8FromPath(entry.path().filename());
     std::string text = folder.text + (folder.text.ends_with('\\') ? "" : "\\") + name;
     if (isFolder && !isLink(entry) && isFolderToScan(text)) {
         listing.folders.push_back({entry.path(), std::move(text)});
     } else if (!isFolder && isCfgFileName(name)) {
         listing.cfgFiles.push_back({entry.path(), std::move(text)});
     }
+    (isFolder ? listing.names->folders : listing.names->files).push_back(std::move(name));
 }
 
 /// As much of the folder as can be read.
@@ -80,10 +80,11 @@ std::string_view nameOf(const Folder& folder) {
 }
 
 /// Some machines show a link as a folder. Round such a loop the names repeat, so that few folders need a closer look.
-bool leadsBack(const Folder& folder, const std::vector<Folder>& ancestors) {
-    return std::any_of(ancestors.begin(), ancestors.end(), [&folder](const Folder& ancestor) {
+bool leadsBack(const Folder& folder, const std::vector<const Folder*>& ancestors) {
+    const std::string_view name = nameOf(folder);
+    return std::any_of(ancestors.begin(), ancestors.end(), [&folder, name](const Folder* ancestor) {
         std::error_code ignored;
-        return nameOf(ancestor) == nameOf(folder) && fs::equivalent(ancestor.path, folder.path, ignored);
+        return nameOf(*ancestor) == name && fs::equivalent(ancestor->path, folder.path, ignored);
     });
 }
 
@@ -98,13 +99,13 @@ public:
         if (!enter_(folder.text)) {
             return false;
         }
-        const Listing listing = listingOf(folder);
-        for (const Folder& file : listing.cfgFiles) {
-            if (!visit_({file.path, file.text, listing.names})) {
+        Listing listing = listingOf(folder);
+        for (Folder& file : listing.cfgFiles) {
+            if (!visit_({std::move(file.path), std::move(file.text), listing.names})) {
                 return false;
             }
         }
-        ancestors_.push_back(folder);
+        ancestors_.push_back(&folder);
         const bool goesOn = std::all_of(listing.folders.begin(), listing.folders.end(),
                                         [this](const Folder& inner) { return into(inner); });
         ancestors_.pop_back();
@@ -114,7 +115,7 @@ public:
 private:
     const FolderVisit& enter_;
     const FileVisit& visit_;
-    std::vector<Folder> ancestors_; // of the folder that is being read, the outermost first
+    std::vector<const Folder*> ancestors_; // of the folder that is being read, the outermost first
 };
 
 } // namespace

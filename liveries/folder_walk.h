@@ -16,7 +16,7 @@ bool isFolderToScan(std::string_view path);
 bool isIvaoPath(std::string_view path);
 
 /// What to do with a file; false ends the walk.
-using FileVisit = std::function<bool(const ScannedFile&)>;
+using FileVisit = std::function<bool(ScannedFile)>;
 /// Called with each folder before it is read; false ends the walk.
 using FolderVisit = std::function<bool(std::string_view path)>;
 

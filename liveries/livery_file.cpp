@@ -84,23 +84,23 @@ void saveWhole(const pugi::xml_document& document) {
 
 // --- Reading ---
 
-std::string required(pugi::xml_node element, const char* name) {
-    const pugi::xml_attribute attribute = element.attribute(name);
+/// The attributes come in the order in which they are written, so each is looked for from the last one on.
+const char* required(pugi::xml_node element, const char* name, pugi::xml_attribute& last) {
+    const pugi::xml_attribute attribute = element.attribute(name, last);
     if (!attribute) {
         throw kvd::UserErrorException(attributeMissingError,
                                       fmt::format("Missing required attribute '{}' in <{}>", name, element.name()));
     }
-    return attribute.as_string();
+    return attribute.value();
 }
 
-Livery liveryOf(pugi::xml_node element) {
-    Livery livery;
-    livery.airl = required(element, "airl");
-    livery.type = required(element, "type");
-    livery.title = required(element, "title");
-    livery.atcid = element.attribute("atcid").as_string();
-    livery.cargo = element.attribute("cargo").as_bool();
-    return livery;
+void readLivery(pugi::xml_node element, Livery& livery) {
+    pugi::xml_attribute last;
+    livery.airl = required(element, "airl", last);
+    livery.type = required(element, "type", last);
+    livery.cargo = element.attribute("cargo", last).as_bool();
+    livery.title = required(element, "title", last);
+    livery.atcid = element.attribute("atcid", last).as_string();
 }
 
 void load(pugi::xml_document& document) {
@@ -135,7 +135,7 @@ void lf_readLiveries() {
     }
     std::list<Livery> read;
     for (const pugi::xml_node element : liveries.children("liv")) {
-        read.push_back(liveryOf(element));
+        readLivery(element, read.emplace_back());
     }
     if (read.empty()) {
         showMessage(fmt::format("{} does not contain liveries", fileText()), LogCopy::yes);

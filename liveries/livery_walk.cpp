@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -20,16 +21,17 @@ std::string logText(const std::exception& error) {
 }
 
 /// False when the scan was stopped. Throws as ScanTasks does.
-bool startTask(std::uint32_t scanNumber, const ScannedFile& file, const ScanRun& run) {
+bool startTask(std::uint32_t scanNumber, ScannedFile file, const ScanRun& run) {
     const auto search = isIvaoPath(file.text) ? lf_searchLiveriesinIVAOFile : lf_searchLiveriesinFile;
-    return run.tasks.start([state = run.state, scanNumber, file, search] { return search(scanNumber, file, *state); },
-                           Liveries);
+    return run.tasks.start(
+        [state = run.state, scanNumber, file = std::move(file), search] { return search(scanNumber, file, *state); },
+        Liveries);
 }
 
 /// False when the scan was stopped or a task failed.
-bool startTaskOrLog(std::uint32_t scanNumber, const ScannedFile& file, const ScanRun& run) {
+bool startTaskOrLog(std::uint32_t scanNumber, ScannedFile file, const ScanRun& run) {
     try {
-        return startTask(scanNumber, file, run);
+        return startTask(scanNumber, std::move(file), run);
     } catch (const std::exception& error) {
         log(fmt::format("liveries inner search aborted: {}", logText(error)));
         return false;
@@ -42,7 +44,7 @@ bool startTasks(std::uint32_t scanNumber, const std::filesystem::path& folder, c
         run.progress.enter(path);
         return run.progress.goesOn();
     };
-    const auto visit = [&](const ScannedFile& file) { return startTaskOrLog(scanNumber, file, run); };
+    const auto visit = [&](ScannedFile file) { return startTaskOrLog(scanNumber, std::move(file), run); };
     try {
         return walkFolder(folder, enter, visit);
     } catch (const std::exception& error) {

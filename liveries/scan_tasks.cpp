@@ -22,6 +22,9 @@ constexpr std::chrono::seconds longestWait{10};
 /// folders that hold none.
 constexpr std::size_t tasksAhead = 32;
 
+/// Waking a thread takes longer than reading most files, so one is woken for several of them.
+constexpr std::size_t tasksPerWaking = 8;
+
 } // namespace
 
 /// Threads are kept from one file to the next: starting one takes longer than reading most files.
@@ -35,6 +38,7 @@ struct ScanTasks::Workers {
 
     void run();
     void give(std::packaged_task<std::list<Livery>()> task, std::size_t atMost, const std::shared_ptr<Workers>& self);
+    void wakeAll();
     void end();
 };
 
@@ -65,7 +69,13 @@ void ScanTasks::Workers::give(std::packaged_task<std::list<Livery>()> task, std:
         ++threads;
     }
     tasks.push_back(std::move(task));
-    taskThere.notify_one();
+    if (tasks.size() % tasksPerWaking == 0) {
+        taskThere.notify_one();
+    }
+}
+
+void ScanTasks::Workers::wakeAll() {
+    taskThere.notify_all();
 }
 
 void ScanTasks::Workers::end() {
@@ -117,6 +127,9 @@ void ScanTasks::abandon() {
 bool ScanTasks::collectOldest(std::list<Livery>& into) {
     std::future<std::list<Livery>>& oldest = waiting_.front();
     const platform::SteadyTime end = platform::steadyNow() + longestWait;
+    if (oldest.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+        workers_->wakeAll();
+    }
     while (oldest.wait_for(waitSlice) != std::future_status::ready) {
         if (!whileWaiting_()) {
             return false;

@@ -67,7 +67,7 @@ void fillSimilarWithLiveries() {
 
 using AirlineTypes = TextTable<std::vector<AirlineTitle>>;
 
-/// SimilarWithLiveries by numbers: what is asked of each airline is asked of bits.
+/// SimilarWithLiveries by numbers: what is asked of each airline is asked of flags.
 class SimilarByNumber {
 public:
     SimilarByNumber() {
@@ -144,8 +144,8 @@ private:
     std::vector<Entry> entries_; ///< ascending by type
     TextTable<std::size_t> numbers_;
     std::vector<std::vector<std::size_t>> admirers_; ///< by number: the entries that have it among their similar types
-    std::vector<bool> had_;                          ///< by number: by the airline in hand
-    std::vector<bool> isWanted_;                     ///< by entry
+    std::vector<char> had_;                          ///< by number: by the airline in hand; bytes are faster than bits
+    std::vector<char> isWanted_;                     ///< by entry
 };
 
 void fillSimilarByAirline() {
