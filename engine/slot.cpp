@@ -197,7 +197,7 @@ void removeAllAircraft() {
 void resetEngine() {
     resetAircraftTables();
     resetEngineState();
-    resetLiveryMatching();
+    forgetLiveMatches();
     resetNewAircraft();
     gAirportInUse.reset();
     resetObjectLife();

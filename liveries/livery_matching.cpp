@@ -353,8 +353,12 @@ void gf_noMatchReport() {
     log("");
 }
 
-void resetLiveryMatching() {
-    MatchesAtStep = {};
+void forgetLiveMatches() {
     NoMatchList.clear();
     hexidLiveries.clear();
+}
+
+void resetLiveryMatching() {
+    forgetLiveMatches();
+    MatchesAtStep = {};
 }

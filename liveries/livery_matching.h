@@ -50,7 +50,9 @@ void gf_matchingSummary();
 /// NoMatchList to the log, if there is any.
 void gf_noMatchReport();
 
-/// No match so far, as at the start of a run. The tables stay.
+/// No aircraft has met a livery or missed one, as at the start of a run. The tables stay, and the counts of the day.
+void forgetLiveMatches();
+/// The same without the counts, as at the start of the process.
 void resetLiveryMatching();
 
 // The pieces of the ladder. A search sets liveryTitle and answers whether it is set; a title that the simulator has refused is

@@ -327,8 +327,9 @@ TEST_F(Slot, allAircraftLeave) {
     EXPECT_THAT(removalQueue, SizeIs(1));
 }
 
-TEST_F(Slot, aResetLeavesNothing) {
+TEST_F(Slot, aResetLeavesNothingButTheCountsOfTheDay) {
     flying();
+    MatchesAtStep[2] = 5;
     twinCheckQueue.push_back(1);
     NoMatchList.insert("x");
     flareInProgress = true;
@@ -339,6 +340,7 @@ TEST_F(Slot, aResetLeavesNothing) {
     EXPECT_TRUE(NoMatchList.empty());
     EXPECT_FALSE(flareInProgress);
     EXPECT_FALSE(gAirportInUse);
+    EXPECT_EQ(MatchesAtStep[2], 5U);
 }
 
 } // namespace

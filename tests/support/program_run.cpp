@@ -18,6 +18,7 @@
 #include "liveries/failed_titles.h"
 #include "liveries/livery.h"
 #include "liveries/livery_driver.h"
+#include "liveries/livery_matching.h"
 #include "liveries/livery_tables.h"
 #include "liveries/reference_tables.h"
 #include "liveries/registration_codes.h"
@@ -55,6 +56,7 @@ void resetProgram() {
     resetLiveryDriver();
     resetRegistrationCodes();
     resetFailedTitles();
+    resetLiveryMatching();
     setDownloadRoot({});
     gCloseButtonUsed = false;
     gProductionMode = false;

