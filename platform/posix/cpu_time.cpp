@@ -4,9 +4,9 @@
 
 namespace platform {
 
-std::chrono::nanoseconds cpuTimeOfThisThread() {
+std::chrono::nanoseconds cpuTimeOfThisProcess() {
     timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 

@@ -14,12 +14,12 @@ std::chrono::nanoseconds durationOf(const FILETIME& time) {
 
 } // namespace
 
-std::chrono::nanoseconds cpuTimeOfThisThread() {
+std::chrono::nanoseconds cpuTimeOfThisProcess() {
     FILETIME created{};
     FILETIME ended{};
     FILETIME inSystem{};
     FILETIME inProgram{};
-    if (!GetThreadTimes(GetCurrentThread(), &created, &ended, &inSystem, &inProgram)) {
+    if (!GetProcessTimes(GetCurrentProcess(), &created, &ended, &inSystem, &inProgram)) {
         return {};
     }
     return durationOf(inSystem) + durationOf(inProgram);
