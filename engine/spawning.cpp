@@ -115,7 +115,7 @@ void spawnLiveAc(LiveAircraft& aircraft) {
 }
 
 void initialState(LiveAircraft& aircraft) {
-    twinCheckQueue.push_back(aircraft.hexid);
+    queueTwinCheck(aircraft.hexid);
     const Sample& first = aircraft.stream[0];
     const bool airborne = first.airborne != 0;
     aircraft.lat = first.lat;

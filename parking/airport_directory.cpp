@@ -16,6 +16,7 @@
 #include "core/text_parts.h"
 #include "distribution/clear_file.h"
 #include "distribution/sealed_file.h"
+#include "parking/closest_stand.h"
 #include "platform/files.h"
 
 namespace fs = std::filesystem;
@@ -132,6 +133,19 @@ Closest closestTo(const LatLon& position) {
     return closest;
 }
 
+ClosestStand closestStandAt(const Airport& airport, const LatLon& position) {
+    ClosestStand closest;
+    closest.distanceNm = gf_readDestApfForClosestStand(airport.code, position, closest.id);
+    return closest;
+}
+
+const Airport& closerByStand(const Airport& best, const Airport& neighbour, const LatLon& position) {
+    log(fmt::format("Airport {} is closest, neighbour is {}", best.code, neighbour.code));
+    const ClosestStand standOfBest = closestStandAt(best, position);
+    const ClosestStand standOfNeighbour = closestStandAt(neighbour, position);
+    return lf_closerByStand(best, standOfBest, neighbour, standOfNeighbour);
+}
+
 } // namespace
 
 bool gf_readAirports() {
@@ -178,10 +192,10 @@ std::optional<Airport> closest_airport(const LatLon& position) {
     if (closest.best == nullptr) {
         return std::nullopt;
     }
-    if (closest.neighbour != nullptr) {
-        log(fmt::format("Airport {} is closest, neighbour is {}", closest.best->code, closest.neighbour->code));
+    if (closest.neighbour == nullptr) {
+        return *closest.best;
     }
-    return *closest.best;
+    return closerByStand(*closest.best, *closest.neighbour, position);
 }
 
 void resetAirportDirectory() {

@@ -38,7 +38,8 @@ void lf_readAirportXml(const std::filesystem::path& path, const std::function<vo
 const Airport* find_airport(std::string_view code);
 bool is_supported_airport(std::string_view code);
 
-/// The airport within 5 nm that is closest to a position; nothing when there is none.
+/// The airport within 5 nm that is closest to a position; nothing when there is none. Of two neighbouring ones the one with
+/// the nearer stand, for which their files are read: it may block for the length of two downloads.
 std::optional<Airport> closest_airport(const LatLon& position);
 
 /// No airport known, and none read.

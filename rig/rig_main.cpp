@@ -13,6 +13,7 @@
 #include "rig/objects/object_script.h"
 #include "rig/path_option.h"
 #include "rig/report_commands.h"
+#include "rig/server/download_server.h"
 #include "rig/server/server_run.h"
 #include "rig/simulator/simulator_run.h"
 #include "rig/trace/trace_summary.h"
@@ -51,7 +52,7 @@ void addServerOptions(CLI::App& command, rig::ServerOptions& options) {
     command.get_option("--root")->required();
     command.add_option("--port", options.port, "On 127.0.0.1; 0: the system chooses");
     command.add_option("--fault", options.fault,
-                       "none, 404, 500, redirect, half, slow, length or page; with ':END' only for paths that end so");
+                       std::string(faultWords()) + "; with ':END' only for paths that end so");
     command.add_option("--seconds", options.seconds, "Ends by itself after so many seconds")
         ->check(CLI::NonNegativeNumber);
 }

@@ -84,27 +84,65 @@ void copyFolders(const fs::path& source, const fs::path& stage) {
     for (const CopiedFolder& folder : copiedFolders) {
         if (fs::is_directory(source / folder.source)) {
             fs::create_directories((stage / folder.target).parent_path());
-            fs::copy(source / folder.source, stage / folder.target, fs::copy_options::recursive);
+            fs::copy(source / folder.source, stage / folder.target,
+                     fs::copy_options::recursive | fs::copy_options::overwrite_existing);
         }
     }
 }
 
-void moveIn(const fs::path& from, const fs::path& to) {
-    fs::create_directories(to.parent_path());
-    if (const std::error_code error = platform::replaceFile(from, to)) {
-        throw std::runtime_error(
-            fmt::format("cannot write {}: {}", platform::utf8FromPath(to), platform::readableText(error.message())));
+void renameFolder(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    fs::rename(from, to, error);
+    if (error) {
+        throw std::runtime_error(fmt::format("cannot make {} of {}: {}", platform::utf8FromPath(to),
+                                             platform::utf8FromPath(from), platform::readableText(error.message())));
     }
 }
 
-std::vector<fs::path> filesOf(const fs::path& folder) {
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        if (entry.is_regular_file()) {
-            files.push_back(entry.path().lexically_relative(folder));
-        }
+fs::path liveFolder(const fs::path& target) {
+    return target / "downloads";
+}
+
+/// The former live folder while the new one takes its place.
+fs::path formerFolder(const fs::path& target) {
+    return target / "downloads.old";
+}
+
+/// After a publishing that was killed while it changed the folders: the former one is live again, or goes if it is no more
+/// needed.
+void tidyUp(const fs::path& target) {
+    if (!fs::exists(formerFolder(target))) {
+        return;
     }
-    return files;
+    if (fs::exists(liveFolder(target))) {
+        fs::remove_all(formerFolder(target));
+    } else {
+        renameFolder(formerFolder(target), liveFolder(target));
+    }
+}
+
+/// By two renamings. Between them the server has nothing at all, which leaves a program with the data that it has.
+void takePlace(const fs::path& stage, const fs::path& target) {
+    fs::create_directories(target);
+    if (!fs::exists(liveFolder(target))) {
+        renameFolder(liveFolder(stage), liveFolder(target));
+        return;
+    }
+    renameFolder(liveFolder(target), formerFolder(target));
+    try {
+        renameFolder(liveFolder(stage), liveFolder(target));
+    } catch (...) {
+        tidyUp(target);
+        throw;
+    }
+    fs::remove_all(formerFolder(target));
+}
+
+/// What is published and not made anew stays.
+void copyPublished(const fs::path& target, const fs::path& stage) {
+    if (fs::exists(liveFolder(target))) {
+        fs::copy(liveFolder(target), liveFolder(stage), fs::copy_options::recursive);
+    }
 }
 
 /// The folder beside the target in which everything is made; it goes on every way out.
@@ -132,12 +170,11 @@ private:
 
 void publishDownloads(const fs::path& source, const ProgramVersion& version, const fs::path& target,
                       const DataKey& key) {
+    tidyUp(target);
     const Stage stage(fs::absolute(target).lexically_normal());
+    copyPublished(target, stage.path());
     sealDataFiles(source, stage.path(), key);
     copyFolders(source, stage.path());
-    for (const fs::path& file : filesOf(stage.path())) {
-        moveIn(stage.path() / file, target / file);
-    }
-    writeText(stage.path() / versionFile, versionsText(version, target));
-    moveIn(stage.path() / versionFile, target / versionFile);
+    writeText(stage.path() / versionFile, versionsText(version, stage.path()));
+    takePlace(stage.path(), target);
 }

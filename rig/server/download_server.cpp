@@ -23,7 +23,9 @@ namespace {
 constexpr const char* host = "127.0.0.1";
 constexpr const char* portalPage = "<html><body>Please log in first.</body></html>\n";
 constexpr const char* contentType = "application/octet-stream";
-constexpr std::chrono::milliseconds slowLook{20};
+constexpr std::chrono::milliseconds stallLook{20};
+constexpr std::chrono::milliseconds slowPause{10};
+constexpr std::size_t slowPieces = 20;
 
 struct FaultRule {
     ServerFault fault = ServerFault::none;
@@ -50,18 +52,40 @@ void answerPage(httplib::Response& response, int status) {
     response.set_content(portalPage, "text/html");
 }
 
-/// Promises all, sends half, and gives up.
-void answerHalf(httplib::Response& response, std::string content) {
-    const std::size_t promised = content.size();
-    content.resize(promised / 2);
+void answerWhole(httplib::Response& response, const std::string& content) {
+    response.set_content(content, contentType);
+}
+
+/// Promises so many bytes, sends these, and gives up if they are fewer. More are on the wire before the connection ends.
+void answerUnderLength(httplib::Response& response, std::size_t promised, std::string content) {
     response.set_content_provider(
-        promised, contentType, [content](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+        promised, contentType,
+        [content = std::move(content)](std::size_t offset, std::size_t, httplib::DataSink& sink) {
             return offset < content.size() && sink.write(content.data() + offset, content.size() - offset);
         });
 }
 
-/// Sends half, and then looks until it is told to end or the client is gone.
+/// Promises all, sends half, and gives up.
+void answerHalf(httplib::Response& response, std::string content) {
+    const std::size_t promised = content.size();
+    content.resize(promised / 2);
+    answerUnderLength(response, promised, std::move(content));
+}
+
+/// In the end it is all there.
 void answerSlowly(httplib::Response& response, std::string content, const std::atomic<bool>& ending) {
+    const std::size_t piece = content.size() / slowPieces + 1;
+    const std::size_t promised = content.size();
+    response.set_content_provider(
+        promised, contentType,
+        [content = std::move(content), piece, &ending](std::size_t offset, std::size_t left, httplib::DataSink& sink) {
+            std::this_thread::sleep_for(slowPause);
+            return !ending && sink.write(content.data() + offset, std::min(piece, left));
+        });
+}
+
+/// Sends half, and then looks until it is told to end or the client is gone.
+void answerAndStall(httplib::Response& response, std::string content, const std::atomic<bool>& ending) {
     const std::size_t promised = content.size();
     content.resize(promised / 2);
     response.set_content_provider(promised, contentType,
@@ -70,28 +94,40 @@ void answerSlowly(httplib::Response& response, std::string content, const std::a
                                           return sink.write(content.data() + offset, content.size() - offset);
                                       }
                                       while (!ending && sink.is_writable()) {
-                                          std::this_thread::sleep_for(slowLook);
+                                          std::this_thread::sleep_for(stallLook);
                                       }
                                       return false;
                                   });
 }
 
+struct FaultWord {
+    std::string_view word;
+    ServerFault fault;
+};
+
+constexpr std::array<FaultWord, 10> words{{
+    {"none", ServerFault::none},
+    {"404", ServerFault::notFound},
+    {"500", ServerFault::serverError},
+    {"redirect", ServerFault::redirect},
+    {"half", ServerFault::halfBody},
+    {"slow", ServerFault::slow},
+    {"stall", ServerFault::stall},
+    {"length-half", ServerFault::halfLength},
+    {"length-double", ServerFault::doubleLength},
+    {"page", ServerFault::otherPage},
+}};
+
 } // namespace
 
+std::string_view faultWords() {
+    return "none, 404, 500, redirect, half, slow, stall, length-half, length-double or page";
+}
+
 std::optional<ServerFault> faultOfWord(std::string_view word) {
-    constexpr std::array<std::pair<std::string_view, ServerFault>, 8> words{{
-        {"none", ServerFault::none},
-        {"404", ServerFault::notFound},
-        {"500", ServerFault::serverError},
-        {"redirect", ServerFault::redirect},
-        {"half", ServerFault::halfBody},
-        {"slow", ServerFault::slow},
-        {"length", ServerFault::wrongLength},
-        {"page", ServerFault::otherPage},
-    }};
     const auto found =
-        std::find_if(words.begin(), words.end(), [word](const auto& entry) { return entry.first == word; });
-    return found == words.end() ? std::nullopt : std::optional(found->second);
+        std::find_if(words.begin(), words.end(), [word](const FaultWord& row) { return row.word == word; });
+    return found == words.end() ? std::nullopt : std::optional(found->fault);
 }
 
 struct DownloadServer::State {
@@ -127,15 +163,22 @@ struct DownloadServer::State {
         }
         if (!content) {
             answerPage(response, 404);
-        } else if (fault == ServerFault::halfBody) {
-            answerHalf(response, std::move(*content));
-        } else if (fault == ServerFault::slow) {
-            answerSlowly(response, std::move(*content), ending);
+        } else if (content->empty()) {
+            answerWhole(response, *content); // of nothing there is no half
         } else {
-            if (fault == ServerFault::wrongLength) {
-                content->resize(content->size() / 2);
-            }
-            response.set_content(*content, contentType);
+            answerContent(response, fault, std::move(*content));
+        }
+    }
+
+    void answerContent(httplib::Response& response, ServerFault fault, std::string content) {
+        const std::size_t size = content.size();
+        switch (fault) {
+        case ServerFault::halfBody: answerHalf(response, std::move(content)); return;
+        case ServerFault::slow: answerSlowly(response, std::move(content), ending); return;
+        case ServerFault::stall: answerAndStall(response, std::move(content), ending); return;
+        case ServerFault::halfLength: answerUnderLength(response, (size + 1) / 2, std::move(content)); return;
+        case ServerFault::doubleLength: answerUnderLength(response, 2 * size, std::move(content)); return;
+        default: answerWhole(response, content); return;
         }
     }
 };

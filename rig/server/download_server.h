@@ -14,16 +14,21 @@
 /// What goes wrong with an answer.
 enum class ServerFault {
     none,
-    notFound,    ///< status 404
-    serverError, ///< status 500
-    redirect,    ///< status 302, with a page as a portal's
-    halfBody,    ///< the connection ends after half of the promised bytes
-    slow,        ///< a piece of the body, and no more until the client goes or the server ends
-    wrongLength, ///< half of the bytes, under a length that says that they are all
-    otherPage,   ///< status 200, with a page as a portal's
+    notFound,     ///< status 404
+    serverError,  ///< status 500
+    redirect,     ///< status 302, with a page as a portal's
+    halfBody,     ///< the connection ends after half of the promised bytes
+    slow,         ///< the whole body, in small pieces with a pause behind each
+    stall,        ///< a piece of the body, and no more until the client goes or the server ends
+    halfLength,   ///< the whole body, under a length of half of it
+    doubleLength, ///< the whole body and the connection's end, under a length of twice as much
+    otherPage,    ///< status 200, with a page as a portal's
 };
 
-/// "404", "500", "redirect", "half", "slow", "length", "page" or "none"; nothing for another word.
+/// The words of the faults, as a user gives them.
+std::string_view faultWords();
+
+/// One of faultWords; nothing for another word.
 std::optional<ServerFault> faultOfWord(std::string_view word);
 
 class DownloadServer {

@@ -26,9 +26,7 @@ void setFault(DownloadServer& server, const std::string& text) {
     const auto fault = faultOfWord(text.substr(0, colon));
     if (!fault) {
         throw std::runtime_error(fmt::format(
-            "'{}' is no fault: none, 404, 500, redirect, half, slow, length or page, and then perhaps ':' and "
-            "the end of the paths that it is for",
-            text));
+            "'{}' is no fault: {}, and then perhaps ':' and the end of the paths that it is for", text, faultWords()));
     }
     server.setFault(*fault, colon == std::string::npos ? std::string() : text.substr(colon + 1));
 }

@@ -225,10 +225,17 @@ TEST_P(CheckVersionsFault, leavesTheProgramWithWhatItHad) {
 
 INSTANTIATE_TEST_SUITE_P(ofTheServer, CheckVersionsFault,
                          testing::Values(ServerFault::notFound, ServerFault::serverError, ServerFault::redirect,
-                                         ServerFault::halfBody, ServerFault::wrongLength, ServerFault::otherPage));
+                                         ServerFault::halfBody, ServerFault::halfLength, ServerFault::doubleLength,
+                                         ServerFault::otherPage));
+
+TEST_F(CheckVersions, aSlowServerRenewsEverything) {
+    server.setFault(ServerFault::slow);
+    EXPECT_TRUE(gf_checkVersions());
+    EXPECT_THAT(installed(), ElementsAre("2.0.0", "2.0.1", "2.0.2", "2.0.3", "2.0.4"));
+}
 
 TEST_F(CheckVersions, aServerThatDoesNotGoOnIsLeftWithTheStopFlag) {
-    server.setFault(ServerFault::slow, "airports.enc");
+    server.setFault(ServerFault::stall, "airports.enc");
     std::thread stopper([this] {
         eventually([this] { return server.requests().size() == 2; });
         gf_stopRun(ExitReason::userClosed, 0);

@@ -155,12 +155,22 @@ INSTANTIATE_TEST_SUITE_P(ofTheServer, DownloadFault,
                          testing::Values(Fault{ServerFault::notFound, "HTTP response code said error"},
                                          Fault{ServerFault::serverError, "HTTP response code said error"},
                                          Fault{ServerFault::redirect, "HTTP response code said error"},
-                                         Fault{ServerFault::halfBody, "Transferred a partial file"}));
+                                         Fault{ServerFault::halfBody, "Transferred a partial file"},
+                                         Fault{ServerFault::doubleLength, "Transferred a partial file"}));
+
+TEST_F(Download, fromASlowServerArrivesWhole) {
+    const std::string bytes = someBytes + std::string(100000, 'n') + "end";
+    writeFile("served/a.bin", bytes);
+    server.setFault(ServerFault::slow);
+    EXPECT_TRUE(fetch("a.bin", "a.bin"));
+    EXPECT_EQ(readFile("a.bin"), bytes);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
 
 TEST_F(Download, isAbortedByAStopFlag) {
     writeFile("served/a.bin", std::string(100000, 'n'));
     writeFile("a.bin", "former");
-    server.setFault(ServerFault::slow);
+    server.setFault(ServerFault::stall);
     std::thread stopper([this] {
         eventually([this] { return !server.requests().empty(); });
         gf_stopRun(ExitReason::userClosed, 0);
@@ -191,7 +201,7 @@ TEST_F(Download, ofADataFileThatFailsSaysSo) {
 TEST_F(Download, ofADataFileUnderAWrongLengthOrKeyOrAnotherPageKeepsTheFormerOne) {
     writeSealed("served/downloads/11/dbase.enc", std::string(10000, 'x'));
     writeFile("input/dbase.enc", "former");
-    server.setFault(ServerFault::wrongLength);
+    server.setFault(ServerFault::halfLength);
     EXPECT_FALSE(lf_downloadDataFile("dbase.enc", "input/dbase.enc"));
     server.setFault(ServerFault::otherPage);
     EXPECT_FALSE(lf_downloadDataFile("dbase.enc", "input/dbase.enc"));

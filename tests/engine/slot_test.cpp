@@ -5,6 +5,7 @@
 #include "core/user_error.h"
 #include "sim/simulator_link.h"
 #include "tests/engine/engine_test.h"
+#include "tests/support/allocation_count.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -170,6 +171,22 @@ TEST_F(Slot, anAircraftThatFailsCostsItsSlotAndNothingElse) {
     EXPECT_EQ(slotClock, testSlot + 1);
 }
 
+TEST_F(Slot, aRecordThatFailsIsLoggedAndTheNextIsTakenInTheSameSlot) {
+    // The longest text of the record is copied, for which there is no memory.
+    FeedRecord failing = recordOf(airSample(0, 0, 3000));
+    failing.hexid = 20000;
+    failing.type = std::string(5000, 'X');
+    gLiveSampleQueue.push(std::move(failing));
+    feed(20001);
+    failNextAllocationOfThisThread(5000);
+    slots(1);
+    EXPECT_THAT(log.lines(), ElementsAre("processFeedRecord exception: std::bad_alloc"));
+    ASSERT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(liveTable[0].hexid, 20001u);
+    EXPECT_TRUE(gLiveSampleQueue.empty());
+    EXPECT_EQ(slotClock, testSlot + 1);
+}
+
 // What is asked of the simulator.
 
 TEST_F(Slot, asksForTheAircraftInRangeOnceASecond) {
@@ -285,6 +302,22 @@ TEST_F(Slot, aRemovalThatTheSimulatorConfirmsErasesTheRecord) {
     tell(EngineMessageKind::objectRemoved, testObject, 0);
     readInbox();
     EXPECT_TRUE(liveTable.empty());
+}
+
+TEST_F(Slot, aMessageThatFailsIsLoggedAndTheNextIsServedInTheSameSlot) {
+    LiveAircraft& blocked = flying();
+    blocked.callsign = std::string(5000, 'X'); // there is no memory for the line that names it
+    LiveAircraft& other = flying();
+    other.hexid = 20001;
+    other.objectId = 78;
+    tell(EngineMessageKind::blockAircraft, 0, testHexid);
+    tell(EngineMessageKind::staticData, 78, 0, 12, 0.01);
+    failNextAllocationOfThisThread(5000);
+    readInbox();
+    EXPECT_THAT(log.lines(), ElementsAre("readInbox exception: std::bad_alloc"));
+    EXPECT_EQ(liveTable[0].lifeState, LifeState::active);
+    EXPECT_EQ(liveTable[1].cgHeight, 12);
+    EXPECT_THAT(engineInbox, IsEmpty());
 }
 
 TEST_F(Slot, theInboxIsEmptyAfterwards) {

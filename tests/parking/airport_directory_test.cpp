@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "parking/closest_stand.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/message_of.h"
 #include "tests/support/sealed_input.h"
@@ -250,6 +251,42 @@ TEST_F(AirportDirectory, theNeighbourIsTheOneThatHeldTheLeadLast) {
     gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(1)), airportAt("CCCC", north(2))};
     closest_airport({0, 0});
     EXPECT_THAT(log.lines(), ElementsAre("Airport BBBB is closest, neighbour is AAAA"));
+}
+
+TEST_F(AirportDirectory, ofTwoNeighboursTheOneWithTheNearerStandIsTheResult) {
+    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(-2))};
+    std::vector<std::string> asked;
+    setAirportFileAccess({[&asked](std::string_view icao) {
+                              asked.emplace_back(icao);
+                              return fmt::format("airports/{}.xml", icao);
+                          },
+                          nullptr});
+    const auto standAt = [](const char* code, double nm) {
+        writeFile(fmt::format("airports/{}.xml", code),
+                  fmt::format(R"(<parkpositions><parkpos id="{}1" latitude="{}" longitude="0"/></parkpositions>)", code,
+                              north(nm).lat));
+    };
+    standAt("AAAA", 1);
+    standAt("BBBB", -1.5);
+    EXPECT_EQ(closestCode({0, 0}), "AAAA");
+    EXPECT_THAT(asked, ElementsAre("BBBB", "AAAA"));
+    EXPECT_THAT(log.lines(), ElementsAre("Airport BBBB is closest, neighbour is AAAA",
+                                         "Airport BBBB is closest, but stand AAAA1 at neighbouring airport AAAA is "
+                                         "closer at 1852 meters ..."));
+    standAt("BBBB", -1);
+    standAt("AAAA", 1.001);
+    EXPECT_EQ(closestCode({0, 0}), "BBBB");
+    fs::remove("airports/AAAA.xml");
+    EXPECT_EQ(closestCode({0, 0}), "BBBB");
+    setAirportFileAccess({});
+}
+
+TEST_F(AirportDirectory, aStandOfTheNeighbourAloneIsNearerThanNone) {
+    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(-2))};
+    setAirportFileAccess({[](std::string_view icao) { return fmt::format("airports/{}.xml", icao); }, nullptr});
+    writeFile("airports/AAAA.xml", R"(<parkpositions><parkpos id="A" latitude="0.05" longitude="0"/></parkpositions>)");
+    EXPECT_EQ(closestCode({0, 0}), "AAAA");
+    setAirportFileAccess({});
 }
 
 TEST_F(AirportDirectory, theClosestIsTheSameAsWithAWalkOverAllDistances) {

@@ -3,10 +3,15 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+#include <stdexcept>
+
 #include "tests/support/log_capture.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -24,6 +29,33 @@ ClosestStand closestIn(std::string_view text) {
 
 const Airport best{"AAAA", "", 0, 0, 0, 0};
 const Airport neighbour{"BBBB", "", 0, 0, 0, 0};
+
+/// Airport files by code, and a download server that has those whose path is not below "airports".
+class StandOfAirport : public testing::Test {
+protected:
+    StandOfAirport() {
+        setAirportFileAccess({[this](std::string_view icao) { return paths[std::string(icao)]; },
+                              [this](const std::string& path, const fs::path& local) { return fetch(path, local); }});
+    }
+    ~StandOfAirport() override { setAirportFileAccess({}); }
+
+    std::string fetch(const std::string& path, const fs::path& local) {
+        fetched.push_back(path + " to " + local.generic_string());
+        if (!server.contains(path)) {
+            return "no such file";
+        }
+        writeFile(local, server[path]);
+        return "";
+    }
+
+    double distanceOf(const char* code) { return gf_readDestApfForClosestStand(code, {0, 0}, id); }
+
+    LogCapture log;
+    std::map<std::string, std::string> paths;
+    std::map<std::string, std::string> server;
+    std::vector<std::string> fetched;
+    std::string id;
+};
 
 } // namespace
 
@@ -65,7 +97,7 @@ TEST(ClosestStand, beyondAHundredMilesIsNone) {
 TEST(ClosestStand, leavesTheFileWhereItIs) {
     const LogCapture log;
     closestIn(stands);
-    EXPECT_TRUE(std::filesystem::exists("airport.xml"));
+    EXPECT_TRUE(fs::exists("airport.xml"));
 }
 
 TEST(CloserByStand, isTheBestUnlessTheNeighboursStandIsNearer) {
@@ -82,4 +114,64 @@ TEST(CloserByStand, saysThatTheNeighboursStandIsNearer) {
     EXPECT_THAT(log.lines(),
                 ElementsAre("Airport AAAA is closest, but stand B1 at neighbouring airport BBBB is closer at "
                             "926 meters ..."));
+}
+
+TEST_F(StandOfAirport, isReadFromTheAirportsFileWhichStays) {
+    paths["AAAA"] = "airports/my_thirdparty/AAAA.xml";
+    writeFile(paths["AAAA"], stands);
+    EXPECT_NEAR(distanceOf("AAAA"), 0.6, 0.001);
+    EXPECT_EQ(id, "near");
+    EXPECT_TRUE(fs::exists(paths["AAAA"]));
+    EXPECT_THAT(fetched, IsEmpty());
+}
+
+TEST_F(StandOfAirport, isReadFromTheDownloadServersFileWhichGoesAgain) {
+    paths["AAAA"] = "archive/stock/AAAA.xml";
+    server[paths["AAAA"]] = stands;
+    EXPECT_NEAR(distanceOf("AAAA"), 0.6, 0.001);
+    EXPECT_EQ(id, "near");
+    EXPECT_THAT(fetched, ElementsAre("archive/stock/AAAA.xml to airports/airport.xml"));
+    EXPECT_FALSE(fs::exists("airports/airport.xml"));
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(StandOfAirport, aDownloadedFileGoesAlsoWhenItHasNoStandsOrDoesNotLoad) {
+    paths["AAAA"] = "archive/stock/AAAA.xml";
+    for (const char* text : {"<root><parkpositions/></root>", "<parkpositions>"}) {
+        server[paths["AAAA"]] = text;
+        EXPECT_EQ(distanceOf("AAAA"), noStandNm) << text;
+        EXPECT_FALSE(fs::exists("airports/airport.xml")) << text;
+    }
+}
+
+TEST_F(StandOfAirport, aUsersFileOfTheDownloadsNameStays) {
+    paths["AAAA"] = "airports/airport.xml";
+    for (const char* text : {stands, "<root><parkpositions/></root>", "<parkpositions>"}) {
+        writeFile(paths["AAAA"], text);
+        distanceOf("AAAA");
+        EXPECT_EQ(readFile("airports/airport.xml"), text);
+    }
+}
+
+TEST_F(StandOfAirport, isNoneWithoutAPathAndAfterADownloadThatFailed) {
+    writeFile("airports/airport.xml", stands);
+    EXPECT_EQ(distanceOf("AAAA"), noStandNm);
+    paths["AAAA"] = "archive/stock/AAAA.xml";
+    EXPECT_EQ(distanceOf("AAAA"), noStandNm);
+    EXPECT_EQ(id, "");
+    EXPECT_TRUE(fs::exists("airports/airport.xml"));
+}
+
+TEST_F(StandOfAirport, isNoneWhileNobodyKnowsAirportFiles) {
+    setAirportFileAccess({});
+    EXPECT_EQ(distanceOf("AAAA"), noStandNm);
+    setAirportFileAccess({[](std::string_view) { return std::string("archive/stock/AAAA.xml"); }, nullptr});
+    EXPECT_EQ(distanceOf("AAAA"), noStandNm);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(StandOfAirport, whatFailsIsToldAndCountsAsNone) {
+    setAirportFileAccess({[](std::string_view) -> std::string { throw std::runtime_error("disk gone"); }, nullptr});
+    EXPECT_EQ(distanceOf("AAAA"), noStandNm);
+    EXPECT_THAT(log.lines(), ElementsAre("gf_readDestApfForClosestStand: disk gone"));
 }

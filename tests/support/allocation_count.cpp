@@ -6,7 +6,10 @@
 
 namespace {
 
+constexpr std::size_t never = static_cast<std::size_t>(-1);
+
 thread_local std::size_t allocations = 0;
+thread_local std::size_t leastFailingBytes = never;
 
 } // namespace
 
@@ -14,9 +17,17 @@ std::size_t allocationsOfThisThread() {
     return allocations;
 }
 
+void failNextAllocationOfThisThread(std::size_t leastBytes) {
+    leastFailingBytes = leastBytes;
+}
+
 // The array, nothrow and sized forms of the library call these two.
 void* operator new(std::size_t size) {
     ++allocations;
+    if (size >= leastFailingBytes) {
+        leastFailingBytes = never;
+        throw std::bad_alloc();
+    }
     if (void* memory = std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }

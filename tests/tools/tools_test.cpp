@@ -561,18 +561,18 @@ TEST_F(Tools, whatIsBuiltAndPublishedReplacesTheOlderDataOfAProgramAndNoFaultOfT
     installOlderData();
     DownloadServer server("served");
     setDownloadRoot(server.root());
-    for (const char* fault : {"404", "500", "redirect", "half", "length", "page"}) {
+    for (const char* fault : {"404", "500", "redirect", "half", "length-half", "length-double", "page"}) {
         for (const char* pathEnd : {"", ".enc"}) {
             server.setFault(*faultOfWord(fault), pathEnd);
             start();
             expectOlderData(fmt::format("fault {} of *{}", fault, pathEnd));
         }
     }
-    server.setFault(ServerFault::slow);
+    server.setFault(ServerFault::stall);
     startAndClose(server);
-    expectOlderData("slow");
+    expectOlderData("stall");
 
-    server.setFault(ServerFault::none);
+    server.setFault(ServerFault::slow);
     start();
     EXPECT_EQ(knownWorld("built/dbase.xml"), expected);
     EXPECT_TRUE(DbaseTable.find("HB-JVA"));
