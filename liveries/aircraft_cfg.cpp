@@ -158,12 +158,13 @@ bool isFault(const SectionNumber& found, const ScannedFile& file, ScanState& sca
 std::optional<std::vector<std::string_view>> lf_checkFltsimNumbers(const ScannedFile& file, std::string_view text,
                                                                    ScanState& scan) {
     std::vector<std::string_view> sections;
-    std::optional<std::size_t> begin; // of the section that has not ended yet
+    constexpr std::size_t none = std::string_view::npos;
+    std::size_t begin = none; // of the section that has not ended yet
     const auto end = [&](std::size_t at) {
-        if (begin) {
-            sections.push_back(text.substr(*begin, at - *begin));
+        if (begin != none) {
+            sections.push_back(text.substr(begin, at - begin));
         }
-        begin.reset();
+        begin = none;
     };
     for (auto found = lineWith("[", text, 0); found; found = lineWith("[", text, found->next)) {
         end(found->begin);
