@@ -30,6 +30,8 @@ ReportCommands::ReportCommands(CLI::App& app) {
         "When the recording's first row was sent: seconds since the begin of the trace, or since 1970");
     report_->add_option("--radius", options_.radiusNm, "Within which aircraft are shown, nautical miles")
         ->check(CLI::Range(leastNm, farthestNm));
+    report_->add_flag("!--without-airport", options_.takesGroundTraffic,
+                      "The program had no airport in use and took nothing on the ground");
 }
 
 void ReportCommands::run(std::ostream& out) const {

@@ -201,6 +201,7 @@ void report(const ReplayOptions& options, std::ostream& out) {
     wanted.scene = options.scene;
     wanted.installed = replayTitles();
     wanted.radiusNm = options.radiusNm;
+    wanted.takesGroundTraffic = false; // a replay has no airport in use
     runReport(wanted, out);
 }
 

@@ -30,6 +30,7 @@ struct AnalysisInputs {
     const AircraftTitles* titles = nullptr;         ///< wing spans, and how high aircraft stand
     std::optional<double> feedStart = std::nullopt; ///< as surveyTrace() takes it
     double radiusNm = 40;
+    bool takesGroundTraffic = true; ///< round the user
 };
 
 /// One frame of an aircraft near a moment.

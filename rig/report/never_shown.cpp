@@ -132,8 +132,8 @@ struct Heard {
 };
 
 /// What the program's own reader makes of each line, with the user where the trace shows him at that moment.
-std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& survey, double radiusNm) {
-    gf_setInjectionRadius(radiusNm);
+std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& survey, const ProgramReach& reach) {
+    gf_setInjectionRadius(reach.radiusNm);
     TrafficReader reader;
     std::map<std::uint32_t, Heard> heard;
     std::vector<std::string_view> fields;
@@ -144,7 +144,9 @@ std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& su
         }
         const LatLon user = survey.userAt(seconds);
         reader.setUserLatLon(user);
-        reader.setParkingAirport(ParkingAirport{user, 0});
+        if (reach.takesGroundTraffic) {
+            reader.setParkingAirport(ParkingAirport{user, 0});
+        }
         // Nobody takes records here, so what would be accepted is refused.
         const LineOutcome outcome = reader.processLine(row.text);
         const bool isTaken = outcome == LineOutcome::refused || outcome == LineOutcome::accepted;
@@ -189,7 +191,7 @@ std::string whyNot(const FeedAircraft& aircraft, const Heard& heard, const Surve
 } // namespace
 
 FeedInRange feedInRange(const Recording& recording, const FeedTracks& tracks, const Survey& survey,
-                        const LogReasons& reasons, double radiusNm) {
+                        const LogReasons& reasons, const ProgramReach& reach) {
     std::set<std::uint32_t> shown;
     for (const auto& [id, object] : survey.objects) {
         if (object.feed != nullptr && object.firstSeen) {
@@ -197,7 +199,7 @@ FeedInRange feedInRange(const Recording& recording, const FeedTracks& tracks, co
         }
     }
     FeedInRange result;
-    for (const auto& [hexid, heard] : hear(recording, survey, radiusNm)) {
+    for (const auto& [hexid, heard] : hear(recording, survey, reach)) {
         if (heard.firstTaken) {
             result.firstSample[hexid] = *heard.firstTaken;
         }

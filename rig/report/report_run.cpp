@@ -144,7 +144,8 @@ void runReport(const ReportOptions& options, std::ostream& out) {
                                 .ground = scene ? &scene->ground : nullptr,
                                 .titles = pointerTo(titles),
                                 .feedStart = options.feedStart,
-                                .radiusNm = options.radiusNm};
+                                .radiusNm = options.radiusNm,
+                                .takesGroundTraffic = options.takesGroundTraffic};
     const Analysis analysis = ofFile(options.trace, [&inputs] { return analyse(inputs); });
     std::filesystem::create_directories(options.output);
     write(options.output / "figures.json", figuresText(analysis), out);

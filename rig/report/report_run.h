@@ -25,6 +25,7 @@ struct ReportOptions {
     std::filesystem::path types;               ///< reference data in clear: categories by type
     std::optional<double> feedStart;           ///< of the first row, as surveyTrace() takes it
     double radiusNm = 40;
+    bool takesGroundTraffic = true; ///< the program had an airport in use, round which it takes what is on the ground
 };
 
 /// Writes figures.json, report.html and the pictures, and prints where they are and the main figures. Throws

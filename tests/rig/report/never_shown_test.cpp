@@ -91,7 +91,7 @@ class NeverShownTest : public ::testing::Test {
 protected:
     void TearDown() override { gf_setInjectionRadius(40); }
 
-    FeedInRange find(const RowMaker& rows, const std::string& log = {}) {
+    FeedInRange find(const RowMaker& rows, const std::string& log = {}, bool takesGroundTraffic = true) {
         const Recording recording = rows.recording();
         const FeedTracks tracks = feedTracks(recording);
         FlownTrace trace;
@@ -100,7 +100,7 @@ protected:
         trace.fly(0, 120, {{10, [](double seconds) { return flyingAt(placeAt(seconds)); }}});
         std::istringstream bytes(trace.bytes());
         const Survey survey = surveyTrace(bytes, tracks, recording.begin(), 0);
-        return feedInRange(recording, tracks, survey, LogReasons(log), 40);
+        return feedInRange(recording, tracks, survey, LogReasons(log), {40, takesGroundTraffic});
     }
 
     static void tellAnother(RowMaker& rows, std::uint32_t hexid, const std::string& callsign, int from) {
@@ -144,6 +144,19 @@ TEST_F(NeverShownTest, withoutALogTheTraceOrTheFeedMayTell) {
     }
     EXPECT_THAT(why, ElementsAre("the simulator cannot create 'Unknown Title'", "the log does not tell",
                                  "it is of no kind that is shown"));
+}
+
+TEST_F(NeverShownTest, withoutAnAirportInUseWhoStaysOnTheGroundIsNotTaken) {
+    RowMaker rows;
+    rows.tellFlight(0, 200);
+    rows.line.altFt = 0;
+    rows.line.gs = 0;
+    tellAnother(rows, 4800000, "KLM4", 10);
+    const FeedInRange found = find(rows, {}, false);
+    ASSERT_THAT(found.neverShown, SizeIs(1));
+    EXPECT_EQ(found.neverShown[0].why, "it is on the ground elsewhere");
+    EXPECT_FALSE(found.firstSample.contains(4800000));
+    EXPECT_TRUE(find(rows, {}, true).firstSample.contains(4800000));
 }
 
 TEST_F(NeverShownTest, whoIsOutOfRangeOrComesAtTheVeryEndIsNotAmongThem) {
