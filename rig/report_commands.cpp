@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr int farthestNm = 1000;
+constexpr double leastNm = 1;
+constexpr double farthestNm = 1000;
 
 } // namespace
 
@@ -26,9 +27,11 @@ ReportCommands::ReportCommands(CLI::App& app) {
     addPath(*report_, "--types", options_.types, "Reference data in clear: categories of the types");
     report_->add_option_function<double>(
         "--feed-start", [this](double seconds) { options_.feedStart = seconds; },
-        "When the recording's first row was sent, seconds since the begin of the trace");
+        "When the recording's first row was sent: seconds since the begin of the trace, or since 1970");
     report_->add_option("--radius", options_.radiusNm, "Within which aircraft are shown, nautical miles")
-        ->check(CLI::Range(1, farthestNm));
+        ->check(CLI::Range(leastNm, farthestNm));
+    report_->add_flag("!--without-airport", options_.takesGroundTraffic,
+                      "The program had no airport in use and took nothing on the ground");
 }
 
 void ReportCommands::run(std::ostream& out) const {

@@ -25,6 +25,7 @@
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "rig/replay/replay_liveries.h"
+#include "rig/world/trace_format.h"
 #include "sim/declarations.h"
 #include "sim/dispatch.h"
 #include "sim/session.h"
@@ -124,7 +125,7 @@ void Replay::meetSimulator() {
 void Replay::beginFeed(double begin) {
     clock_.setWall(wallTimeOf(begin));
     world_.with([begin](World& world) {
-        world.note(TraceEventKind::act, 0, world.elapsedSeconds(), "feed begins", fmt::format("{:.3f}", begin));
+        world.note(TraceEventKind::act, 0, world.elapsedSeconds(), feedBeginsAct, fmt::format("{:.3f}", begin));
     });
     gTrafficReader.setUserLatLon(positionOf(gUserState));
     gSecondCounter = 0;

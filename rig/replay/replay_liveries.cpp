@@ -49,6 +49,10 @@ void buildTables() {
 
 AircraftTitles setUpReplayLiveries() {
     buildTables();
+    return replayTitles();
+}
+
+AircraftTitles replayTitles() {
     AircraftTitles titles;
     for (const std::string& type : gAllTypes) {
         const Shape& shape = shapes.at(static_cast<std::size_t>(gf_categoryOfType(type)));

@@ -11,6 +11,9 @@ namespace rig {
 /// as the simulated world has to know them.
 AircraftTitles setUpReplayLiveries();
 
+/// Those titles alone.
+AircraftTitles replayTitles();
+
 /// No livery is known to the engine any more.
 void forgetReplayLiveries();
 

@@ -27,6 +27,14 @@ void addOptions(CLI::App& app, rig::ReplayOptions& options) {
     addPath(app, "--output", options.trace, "Trace file that gets all motion and events");
     addPath(app, "--reference", options.reference, "Types and registrations (data/dbase.xml)");
     addPath(app, "--log", options.logFolder, "Folder that gets the Log.txt of the run");
+    addPath(app, "--report", options.report,
+            "Folder that gets the report (docs/rig-report.md); trace and log lie there, too, unless said otherwise");
+    addPath(app, "--truth", options.truth, "Where the aircraft of the recording really were, for the report");
+    CLI::Option* const heldOut =
+        addPath(app, "--held-out", options.heldOut, "Recording that gets the lines that are held out");
+    app.add_option("--hold-out", options.holdOut, "Share of the lines that the engine is not given")
+        ->check(CLI::Range(0.0, 1.0))
+        ->needs(heldOut);
     app.add_option("--seed", options.seed, "Of all chance");
     app.add_option("--begin", options.beginSeconds, "Seconds of the recording left out at its beginning")
         ->check(CLI::NonNegativeNumber);

@@ -16,6 +16,10 @@
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/files.h"
+#include "rig/replay/replay_liveries.h"
+#include "rig/report/report_run.h"
+#include "rig/traffic/gzip_text.h"
+#include "rig/traffic/hold_out.h"
 #include "rig/traffic/recording.h"
 #include "rig/world/scene_reader.h"
 
@@ -164,12 +168,50 @@ void tell(const ReplayResult& result, double realSeconds, std::ostream& out) {
         << std::flush;
 }
 
+/// What is held out of it is written down.
+Recording givenPart(const ReplayOptions& options) {
+    Recording recording = loadRecording(options.recording);
+    if (options.heldOut.empty()) {
+        return recording;
+    }
+    HoldOut parts = holdOut(recording, options.holdOut, options.seed);
+    writeText(options.heldOut, textOf(parts.heldOut));
+    return std::move(parts.given);
+}
+
+/// The same, with a place for all that a report needs.
+ReplayOptions withReportFiles(ReplayOptions options) {
+    if (!options.report.empty()) {
+        fs::create_directories(options.report);
+        options.trace = options.trace.empty() ? options.report / "flight.trace" : options.trace;
+        options.logFolder = options.logFolder.empty() ? options.report : options.logFolder;
+    }
+    return options;
+}
+
+/// The types are known. How the times go the trace itself tells.
+void report(const ReplayOptions& options, std::ostream& out) {
+    ReportOptions wanted;
+    wanted.trace = options.trace;
+    wanted.output = options.report;
+    wanted.recording = options.recording;
+    wanted.truth = options.truth;
+    wanted.heldOut = options.heldOut;
+    wanted.log = options.logFolder / "Log.txt";
+    wanted.scene = options.scene;
+    wanted.installed = replayTitles();
+    wanted.radiusNm = options.radiusNm;
+    wanted.takesGroundTraffic = false; // a replay has no airport in use
+    runReport(wanted, out);
+}
+
 } // namespace
 
-ReplayResult runReplay(const ReplayOptions& options, std::ostream& out) {
+ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out) {
     const platform::SteadyTime begin = platform::steadyNow();
+    const ReplayOptions options = withReportFiles(wanted);
     Scene scene = readScene(options.scene);
-    const Recording recording = loadRecording(options.recording);
+    const Recording recording = givenPart(options);
     TraceFile trace(options.trace);
     const ReferenceData reference(options.reference);
     ReplayResult result;
@@ -179,6 +221,9 @@ ReplayResult runReplay(const ReplayOptions& options, std::ostream& out) {
     }
     trace.finish();
     tell(result, std::chrono::duration<double>(platform::steadyNow() - begin).count(), out);
+    if (!options.report.empty()) {
+        report(options, out);
+    }
     return result;
 }
 

@@ -15,14 +15,18 @@ namespace rig {
 struct ReplayOptions {
     std::filesystem::path recording;
     std::filesystem::path scene;
-    std::filesystem::path trace; ///< empty: none
+    std::filesystem::path trace; ///< empty: none, or with a report "flight.trace" in its folder
     /// Types and registrations, in clear.
     std::filesystem::path reference = std::filesystem::path("data") / "dbase.xml";
-    std::filesystem::path logFolder;       ///< gets the Log.txt of the run; empty: none
+    std::filesystem::path logFolder;       ///< gets the Log.txt of the run; empty: none, or with a report its folder
+    std::filesystem::path report;          ///< folder that gets the report of what flew; empty: none
+    std::filesystem::path truth;           ///< for the report: where the aircraft really were; empty: not known
     std::uint32_t seed = 1;                ///< of the engine's chance, and of what happens to the lines on their way
     double beginSeconds = 0;               ///< of the recording, left out at its beginning
     std::optional<double> durationSeconds; ///< none: until the recording is over and its aircraft have gone
     double radiusNm = 40;                  ///< of injection
+    double holdOut = 0;                    ///< share of the traffic lines that the engine is not given, 0 to 1
+    std::filesystem::path heldOut;         ///< gets them, as a recording; empty: nothing is held out
     int loops = 1;                         ///< how often the recording is played
     // Shares of the traffic lines, 0 to 1, as the player of recordings knows them.
     double loss = 0;
@@ -37,7 +41,7 @@ struct ReplayResult {
     std::string end;    ///< why it ended
 };
 
-/// Tells on `out` what has been replayed. Throws std::runtime_error, with a text for the user, when it cannot begin or its
+/// Tells on `out` what has been replayed, and then what the report tells. Throws std::runtime_error, with a text for the user, when it cannot begin or its
 /// files cannot be written, and what ends a run as an error.
 ReplayResult runReplay(const ReplayOptions& options, std::ostream& out);
 

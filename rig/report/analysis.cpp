@@ -302,8 +302,8 @@ Analysis analyse(const AnalysisInputs& inputs) {
     readAll(inputs.trace, measurement);
     measurement.finish();
     if (inputs.recording != nullptr) {
-        analysis.inRange =
-            feedInRange(*inputs.recording, analysis.tracks, analysis.survey, LogReasons(inputs.log), inputs.radiusNm);
+        analysis.inRange = feedInRange(*inputs.recording, analysis.tracks, analysis.survey, LogReasons(inputs.log),
+                                       {inputs.radiusNm, inputs.takesGroundTraffic});
     }
     sumUp(analysis);
     findFirstSights(analysis);

@@ -28,8 +28,9 @@ struct AnalysisInputs {
     std::string_view log = {};
     const Ground* ground = nullptr;                 ///< with the titles: heights above the ground
     const AircraftTitles* titles = nullptr;         ///< wing spans, and how high aircraft stand
-    std::optional<double> feedStart = std::nullopt; ///< seconds since the begin of the trace
-    int radiusNm = 40;
+    std::optional<double> feedStart = std::nullopt; ///< as surveyTrace() takes it
+    double radiusNm = 40;
+    bool takesGroundTraffic = true; ///< round the user
 };
 
 /// One frame of an aircraft near a moment.

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "core/injection_radius.h"
+#include "engine/aircraft_record.h"
 #include "feed/traffic_line.h"
 #include "feed/traffic_reader.h"
 #include "rig/traffic/gzip_text.h"
@@ -44,17 +45,34 @@ const char* wordsFor(LineOutcome outcome) {
     return found == outcomeWords.end() ? nullptr : found->words;
 }
 
-template <typename Take>
-void forEachWord(std::string_view text, Take take) {
-    while (!text.empty()) {
-        const std::size_t begin = text.find_first_not_of(' ');
-        if (begin == std::string_view::npos) {
-            return;
-        }
-        const std::size_t end = std::min(text.find(' ', begin), text.size());
-        take(text.substr(begin, end - begin));
-        text.remove_prefix(end);
+std::string_view trimmed(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(' ');
+    return begin == std::string_view::npos ? std::string_view()
+                                           : text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
+}
+
+/// The width of the route at the begin of a line on an aircraft: "AMS->LHR", wider with longer codes, blanks when unknown.
+std::size_t routeWidth(std::string_view line) {
+    constexpr std::size_t usual = 8;
+    const std::size_t arrow = line.find("->");
+    if (line.starts_with(std::string(usual, ' ')) || arrow == std::string_view::npos) {
+        return usual;
     }
+    return std::min(line.find(' ', std::max(arrow + 5, usual)), line.size());
+}
+
+/// Who is meant by a line that begins with shortLine() of an aircraft: its call sign, or its registration when it has none that
+/// is its own. Whatever else stands there, such as airports and airlines, may be a call sign of another one.
+std::string_view nameIn(std::string_view line) {
+    constexpr std::size_t callsignWidth = 8;
+    line.remove_prefix(std::min(routeWidth(line) + 1, line.size()));
+    const std::size_t end = std::min(line.find(' ', callsignWidth), line.size());
+    const std::string_view callsign = trimmed(line.substr(0, end));
+    if (isUsableCallsign(callsign)) {
+        return callsign;
+    }
+    line.remove_prefix(std::min(end + 1, line.size()));
+    return line.substr(0, line.find(' '));
 }
 
 /// The text between two marks; nothing when they do not stand there.
@@ -71,24 +89,26 @@ std::optional<std::string_view> between(std::string_view text, std::string_view 
 } // namespace
 
 LogReasons::LogReasons(std::string_view log) {
+    constexpr std::string_view indent = "          ";
     constexpr std::string_view goes = " goes: ";
     constexpr std::string_view notShown = "' are not shown: ";
     constexpr std::string_view notCreated = " could not be created by your Sim!";
     constexpr std::string_view blocked = " while blocked";
+    const auto tell = [this](std::string_view name, std::string reason) {
+        if (!name.empty()) {
+            byName_[std::string(name)] = std::move(reason);
+        }
+    };
     for (const std::string_view line : linesOf(log)) {
-        if (const std::size_t at = line.find(goes); at != std::string_view::npos) {
-            const std::string reason(line.substr(at + goes.size()));
-            forEachWord(line.substr(0, at), [&](std::string_view word) { byName_[std::string(word)] = reason; });
+        if (const std::size_t at = line.find(goes); at != std::string_view::npos && line.starts_with(indent)) {
+            tell(nameIn(line.substr(indent.size(), at - indent.size())), std::string(line.substr(at + goes.size())));
         } else if (const auto type = between(line, "Aircraft of type '", notShown)) {
             const std::size_t reasonAt = line.find(notShown) + notShown.size();
             byType_[std::string(*type)] = fmt::format("aircraft of type '{}': {}", *type, line.substr(reasonAt));
-        } else if (const auto title = between(line, "'", "'");
-                   title && line.find(notCreated) != std::string_view::npos) {
-            forEachWord(line.substr(0, line.find('\'')), [&](std::string_view word) {
-                byName_[std::string(word)] = fmt::format("the simulator cannot create '{}'", *title);
-            });
+        } else if (const auto title = between(line, " '", "'"); title && line.ends_with(notCreated)) {
+            tell(line.substr(0, line.find(" '")), fmt::format("the simulator cannot create '{}'", *title));
         } else if (line.ends_with(blocked)) {
-            forEachWord(line, [&](std::string_view word) { byName_[std::string(word)] = "it was blocked"; });
+            tell(nameIn(line), "it was blocked");
         }
     }
 }
@@ -112,8 +132,8 @@ struct Heard {
 };
 
 /// What the program's own reader makes of each line, with the user where the trace shows him at that moment.
-std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& survey, int radiusNm) {
-    gf_setInjectionRadius(radiusNm);
+std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& survey, const ProgramReach& reach) {
+    gf_setInjectionRadius(reach.radiusNm);
     TrafficReader reader;
     std::map<std::uint32_t, Heard> heard;
     std::vector<std::string_view> fields;
@@ -124,7 +144,9 @@ std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& su
         }
         const LatLon user = survey.userAt(seconds);
         reader.setUserLatLon(user);
-        reader.setParkingAirport(ParkingAirport{user, 0});
+        if (reach.takesGroundTraffic) {
+            reader.setParkingAirport(ParkingAirport{user, 0});
+        }
         // Nobody takes records here, so what would be accepted is refused.
         const LineOutcome outcome = reader.processLine(row.text);
         const bool isTaken = outcome == LineOutcome::refused || outcome == LineOutcome::accepted;
@@ -169,7 +191,7 @@ std::string whyNot(const FeedAircraft& aircraft, const Heard& heard, const Surve
 } // namespace
 
 FeedInRange feedInRange(const Recording& recording, const FeedTracks& tracks, const Survey& survey,
-                        const LogReasons& reasons, int radiusNm) {
+                        const LogReasons& reasons, const ProgramReach& reach) {
     std::set<std::uint32_t> shown;
     for (const auto& [id, object] : survey.objects) {
         if (object.feed != nullptr && object.firstSeen) {
@@ -177,7 +199,7 @@ FeedInRange feedInRange(const Recording& recording, const FeedTracks& tracks, co
         }
     }
     FeedInRange result;
-    for (const auto& [hexid, heard] : hear(recording, survey, radiusNm)) {
+    for (const auto& [hexid, heard] : hear(recording, survey, reach)) {
         if (heard.firstTaken) {
             result.firstSample[hexid] = *heard.firstTaken;
         }

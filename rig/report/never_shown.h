@@ -37,13 +37,19 @@ public:
     std::string reasonFor(const FeedAircraft& aircraft) const;
 
 private:
-    std::map<std::string, std::string, std::less<>> byName_; // a call sign, registration, or whatever stands there
+    std::map<std::string, std::string, std::less<>> byName_; // a call sign, or a registration in its place
     std::map<std::string, std::string, std::less<>> byType_;
+};
+
+/// What the program takes of the feed.
+struct ProgramReach {
+    double radiusNm = 40;
+    bool takesGroundTraffic = true; ///< round an airport in use, which is taken to be where the user is
 };
 
 /// Those whose first line came so late that they could not be seen before the end of the trace are left out. It uses a
 /// traffic reader and the radius of this process: nothing else may use them meanwhile.
 FeedInRange feedInRange(const Recording& recording, const FeedTracks& tracks, const Survey& survey,
-                        const LogReasons& reasons, int radiusNm);
+                        const LogReasons& reasons, const ProgramReach& reach);
 
 } // namespace rig

@@ -14,6 +14,7 @@
 #include "rig/report/figures_json.h"
 #include "rig/report/pictures.h"
 #include "rig/traffic/gzip_text.h"
+#include "rig/traffic/hold_out.h"
 #include "rig/world/scene_reader.h"
 #include "rig/world/trace_reader.h"
 
@@ -57,12 +58,24 @@ void readTypes(const path& file) {
     }
 }
 
-AircraftTitles titlesIn(const std::vector<path>& folders) {
-    AircraftTitles titles;
-    for (const path& folder : folders) {
+/// Nothing when nobody tells of any.
+std::optional<AircraftTitles> titlesOf(const ReportOptions& options) {
+    if (options.titles.empty() && options.installed.count() == 0) {
+        return std::nullopt;
+    }
+    AircraftTitles titles = options.installed;
+    for (const path& folder : options.titles) {
         titles.addFolder(folder);
     }
     return titles;
+}
+
+FeedTracks heldOutTracks(const path& file, const std::optional<Recording>& recording) {
+    Recording heldOut = loadRecording(file);
+    if (recording) {
+        takeDueTimes(heldOut, *recording);
+    }
+    return feedTracks(heldOut);
 }
 
 void write(const path& file, const std::string& text, std::ostream& out) {
@@ -116,10 +129,10 @@ void runReport(const ReportOptions& options, std::ostream& out) {
     }
     const auto recording = ifThere(options.recording, [&] { return loadRecording(options.recording); });
     const auto truth = ifThere(options.truth, [&] { return truthTracks(readText(options.truth)); });
-    const auto heldOut = ifThere(options.heldOut, [&] { return feedTracks(loadRecording(options.heldOut)); });
+    const auto heldOut = ifThere(options.heldOut, [&] { return heldOutTracks(options.heldOut, recording); });
     const std::string log = ifThere(options.log, [&] { return readText(options.log); }).value_or("");
     const auto scene = ifThere(options.scene, [&] { return readScene(options.scene); });
-    const AircraftTitles titles = titlesIn(options.titles);
+    const auto titles = titlesOf(options);
     if (!options.types.empty()) {
         readTypes(options.types);
     }
@@ -129,9 +142,10 @@ void runReport(const ReportOptions& options, std::ostream& out) {
                                 .heldOut = pointerTo(heldOut),
                                 .log = log,
                                 .ground = scene ? &scene->ground : nullptr,
-                                .titles = options.titles.empty() ? nullptr : &titles,
+                                .titles = pointerTo(titles),
                                 .feedStart = options.feedStart,
-                                .radiusNm = options.radiusNm};
+                                .radiusNm = options.radiusNm,
+                                .takesGroundTraffic = options.takesGroundTraffic};
     const Analysis analysis = ofFile(options.trace, [&inputs] { return analyse(inputs); });
     std::filesystem::create_directories(options.output);
     write(options.output / "figures.json", figuresText(analysis), out);

@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "rig/world/aircraft_titles.h"
+
 namespace rig {
 
 struct ReportOptions {
@@ -19,9 +21,11 @@ struct ReportOptions {
     std::filesystem::path log;
     std::filesystem::path scene;               ///< tells the ground
     std::vector<std::filesystem::path> titles; ///< folders with aircraft.cfg files
+    AircraftTitles installed;                  ///< known without a file
     std::filesystem::path types;               ///< reference data in clear: categories by type
-    std::optional<double> feedStart;           ///< of the first row, seconds since the begin of the trace
-    int radiusNm = 40;
+    std::optional<double> feedStart;           ///< of the first row, as surveyTrace() takes it
+    double radiusNm = 40;
+    bool takesGroundTraffic = true; ///< the program had an airport in use, round which it takes what is on the ground
 };
 
 /// Writes figures.json, report.html and the pictures, and prints where they are and the main figures. Throws

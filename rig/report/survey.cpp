@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
+#include "core/number_text.h"
 #include "rig/report/cross_track.h"
+#include "rig/world/trace_format.h"
 #include "rig/world/trace_reader.h"
 
 namespace rig {
@@ -18,6 +21,8 @@ constexpr double fitLegMetresPerSecond = 20;
 constexpr std::size_t fewestToFit = 5;
 constexpr double userEverySeconds = 1;
 constexpr std::uint32_t userId = 1;
+/// In 2001, seconds since 1970: no trace is as long.
+constexpr double earliestWallClock = 1e9;
 
 class Surveyor {
 public:
@@ -36,9 +41,8 @@ public:
             break;
         case TraceEventKind::refused: survey.refused[event.detail] = event.name; break;
         case TraceEventKind::act:
-            if (event.name == recordingBeginsAct) {
-                marked = event.value;
-            }
+            takeMark(event, feedBeginsAct, feedAtBegin);
+            takeMark(event, traceBeginsAct, wallAtBegin);
             break;
         default: break;
         }
@@ -58,7 +62,9 @@ public:
 
     /// Feed time at the begin of the trace by each comparison.
     std::vector<double> candidates;
-    std::optional<double> marked;
+    // By the marks in the trace; seconds since 1970.
+    std::optional<double> feedAtBegin;
+    std::optional<double> wallAtBegin;
     Survey survey;
 
 private:
@@ -66,6 +72,15 @@ private:
         CrossTrack track;
         double lastSeconds = 0;
     };
+
+    static void takeMark(const TraceEvent& event, std::string_view name, std::optional<double>& clockAtBegin) {
+        if (event.name != name) {
+            return;
+        }
+        if (const std::optional<double> clock = parseDouble(event.detail)) {
+            clockAtBegin = *clock - event.value;
+        }
+    }
 
     void takeUser(double seconds, const Position& position) {
         if (survey.user.empty() || seconds - survey.user.back().seconds >= userEverySeconds) {
@@ -124,6 +139,17 @@ private:
     std::map<std::uint32_t, Follower> followers_;
 };
 
+/// Of a moment that is told as such, or as a wall clock.
+double secondsInTrace(double moment, const std::optional<double>& wallAtBegin) {
+    if (moment < earliestWallClock) {
+        return moment;
+    }
+    if (!wallAtBegin) {
+        throw std::runtime_error("the feed's start is a wall clock, but the trace does not tell when it began");
+    }
+    return moment - *wallAtBegin;
+}
+
 double medianOf(std::vector<double>& values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -153,10 +179,10 @@ Survey surveyTrace(std::istream& trace, const FeedTracks& tracks, double feedBeg
     survey.clock.feedAtBegin = feedBegin;
     if (feedStart) {
         survey.clockSource = ClockSource::given;
-        survey.clock.feedAtBegin -= *feedStart;
-    } else if (surveyor.marked) {
+        survey.clock.feedAtBegin -= secondsInTrace(*feedStart, surveyor.wallAtBegin);
+    } else if (surveyor.feedAtBegin) {
         survey.clockSource = ClockSource::marked;
-        survey.clock.feedAtBegin -= *surveyor.marked;
+        survey.clock.feedAtBegin = *surveyor.feedAtBegin;
     } else if (surveyor.candidates.size() >= fewestToFit) {
         survey.clockSource = ClockSource::fitted;
         survey.clock.feedAtBegin = medianOf(surveyor.candidates);

@@ -16,9 +16,6 @@
 
 namespace rig {
 
-/// An act of this name in the trace tells when the first row of the recording was sent.
-inline constexpr const char* recordingBeginsAct = "recording begins";
-
 enum class ClockSource {
     given,   ///< by whoever asked for the report
     marked,  ///< in the trace
@@ -53,7 +50,8 @@ struct Survey {
 };
 
 /// `tracks` must live as long as what is answered. `feedBegin` is the time of the recording's first row, seconds since 1970;
-/// `feedStart` when that was sent, seconds since the begin of the trace, if that is known. Throws TraceError.
+/// `feedStart` when that was sent, if that is known: seconds since the begin of the trace, or a wall clock, seconds since 1970.
+/// Throws TraceError, and std::runtime_error for a wall clock when the trace does not tell its own.
 Survey surveyTrace(std::istream& trace, const FeedTracks& tracks, double feedBegin, std::optional<double> feedStart);
 
 } // namespace rig

@@ -20,6 +20,7 @@
 #include "rig/simulator/client_configuration.h"
 #include "rig/simulator/status_line.h"
 #include "rig/world/scene_reader.h"
+#include "rig/world/trace_format.h"
 #include "rig/world/wire_server.h"
 
 using namespace std::chrono_literals;
@@ -169,6 +170,12 @@ public:
     SocketLibrary& operator=(const SocketLibrary&) = delete;
 };
 
+/// So that what happens elsewhere on this machine can be found in the trace.
+void markBegin(World& world) {
+    const double wall = duration<double>(platform::wallNow().time_since_epoch()).count();
+    world.note(TraceEventKind::act, 0, world.elapsedSeconds(), traceBeginsAct, fmt::format("{:.3f}", wall));
+}
+
 std::string_view endText(const World& world) {
     return world.hasQuit() ? "the simulator has quit" : platform::stopRequested() ? "stopped" : "time is up";
 }
@@ -194,6 +201,7 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
     map.sayWhere(display);
 
     platform::watchStopRequests();
+    markBegin(world);
     const platform::SteadyTime begin = platform::steadyNow();
     const auto refresh = outIsTerminal ? duration_cast<platform::SteadyTime::duration>(terminalRefresh)
                                        : duration_cast<platform::SteadyTime::duration>(plainRefresh);

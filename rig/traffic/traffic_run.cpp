@@ -184,6 +184,11 @@ void tellCounts(const TrafficResult& result, std::ostream& out) {
         << std::flush;
 }
 
+/// Of the whole recording, whatever is left out at its beginning; for "rig report --feed-start".
+void tellFirstRow(const PlayerOptions& options, double present, std::ostream& out) {
+    out << fmt::format("first row played at {:.3f}", present - options.offsetSeconds / options.speed) << std::endl;
+}
+
 } // namespace
 
 TrafficResult runTraffic(const TrafficOptions& options, std::ostream& out) {
@@ -208,8 +213,10 @@ TrafficResult runTraffic(const TrafficOptions& options, std::ostream& out) {
                   std::chrono::duration_cast<platform::SteadyTime::duration>(duration<double>(options.delaySeconds));
         }
         if (!player && due && now >= *due) {
-            player.emplace(recording, options.player, secondsSince1970());
+            const double present = secondsSince1970();
+            player.emplace(recording, options.player, present);
             begin = now;
+            tellFirstRow(options.player, present, out);
         }
         if (player) {
             if (const std::optional<LatLon> position = link.takePosition()) {

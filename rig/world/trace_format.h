@@ -48,4 +48,10 @@ enum class TraceEventKind : std::uint8_t {
     clientGone = 12,   ///< name of the client
 };
 
+/// The act that tells how the feed's time goes with that of the trace: its detail is the wall clock of the feed at that
+/// moment, seconds since 1970, its value the second of the trace.
+inline constexpr std::string_view feedBeginsAct = "feed begins";
+/// The same of the machine's wall clock, once at the begin of a trace that goes with the machine's time.
+inline constexpr std::string_view traceBeginsAct = "trace begins";
+
 } // namespace rig

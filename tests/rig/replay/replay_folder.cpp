@@ -36,7 +36,9 @@ std::vector<std::string> overflightNames(int count) {
     return names;
 }
 
-std::string overflights(int count) {
+namespace {
+
+WrittenScenario writtenOverflights(int count) {
     Scenario scenario;
     for (int i = 0; i < count; ++i) {
         ScriptedFlight flight;
@@ -51,7 +53,17 @@ std::string overflights(int count) {
     scenario.seconds = 180;
     FlightsOptions options;
     options.begin = recordingBegin;
-    return writeScenario(scenario, options).recording;
+    return writeScenario(scenario, options);
+}
+
+} // namespace
+
+std::string overflights(int count) {
+    return writtenOverflights(count).recording;
+}
+
+std::string truthOfOverflights(int count) {
+    return writtenOverflights(count).truth;
 }
 
 std::filesystem::path sampleReference() {

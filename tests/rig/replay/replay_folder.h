@@ -21,6 +21,8 @@ Scene sceneAtTheAirport();
 /// Their call signs are those of overflightNames().
 std::string overflights(int count);
 std::vector<std::string> overflightNames(int count);
+/// Where they really are, as a truth file.
+std::string truthOfOverflights(int count);
 
 /// The sample data of the source folder, wherever the working directory is by then.
 std::filesystem::path sampleReference();

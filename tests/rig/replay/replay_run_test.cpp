@@ -111,7 +111,7 @@ TEST(ReplayRun, theFramesOfTheSceneAreInTheTraceWithTheBeginOfTheFeed) {
     const std::string trace = folder.replay();
     const std::vector<TraceEvent> events = eventsOf(trace);
     const auto feed =
-        std::find_if(events.begin(), events.end(), [](const TraceEvent& event) { return event.name == "feed begins"; });
+        std::find_if(events.begin(), events.end(), [](const TraceEvent& event) { return event.name == feedBeginsAct; });
     ASSERT_NE(feed, events.end());
     EXPECT_EQ(feed->detail, fmt::format("{:.3f}", recordingBegin));
     EXPECT_LT(feed->value, 5);

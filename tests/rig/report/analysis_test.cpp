@@ -11,6 +11,7 @@
 
 #include "rig/world/trace_reader.h"
 #include "tests/rig/report/flown_trace.h"
+#include "tests/support/message_of.h"
 
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -137,10 +138,11 @@ TEST(Analysis, withoutAWordOfTheTimesTheyAreFitted) {
     EXPECT_LT(only(analysis).air.alongTrack.worst(), 0.02);
 }
 
-TEST(Analysis, anActInTheTraceTellsWhenTheRecordingBegan) {
+TEST(Analysis, anActInTheTraceTellsHowTheFeedsTimeGoes) {
     const Recording recording = flight();
     FlownTrace trace;
-    trace.writer().event(TraceEventKind::act, 0, 17, "recording begins");
+    // The feed was let in four seconds after its first row.
+    trace.writer().event(TraceEventKind::act, 0, 21, feedBeginsAct, fmt::format("{:.3f}", feedBegin + 4));
     trace.create(10, "KLM1");
     // Three seconds late.
     trace.fly(60, 160, {{10, [](double seconds) { return flyingAt(placeAt(seconds - 17 - 33)); }}});
@@ -148,6 +150,39 @@ TEST(Analysis, anActInTheTraceTellsWhenTheRecordingBegan) {
     const Analysis analysis = analyse({.trace = bytes, .recording = &recording});
     EXPECT_EQ(analysis.survey.clockSource, ClockSource::marked);
     EXPECT_NEAR(only(analysis).air.alongTrack.meanSigned(), -3, 0.02);
+}
+
+Analysis analysisWithWallClock(double wallAtFirstRow, bool traceTellsItsOwn) {
+    const Recording recording = flight();
+    FlownTrace trace;
+    if (traceTellsItsOwn) {
+        trace.writer().event(TraceEventKind::act, 0, 2, traceBeginsAct, "1800000002.5");
+    }
+    trace.create(10, "KLM1");
+    trace.fly(60, 160, {{10, [](double seconds) { return flyingAt(placeAt(seconds - 17 - 33)); }}});
+    std::istringstream bytes(trace.bytes());
+    return analyse({.trace = bytes, .recording = &recording, .feedStart = wallAtFirstRow});
+}
+
+TEST(Analysis, aWallClockTellsWhenTheFirstRowWasPlayed) {
+    const Analysis analysis = analysisWithWallClock(1800000017.5, true);
+    EXPECT_EQ(analysis.survey.clockSource, ClockSource::given);
+    EXPECT_NEAR(only(analysis).air.alongTrack.meanSigned(), -3, 0.02);
+}
+
+TEST(Analysis, aWallClockIsNothingToATraceThatTellsNone) {
+    EXPECT_EQ(messageOf([] { analysisWithWallClock(1800000017.5, false); }),
+              "the feed's start is a wall clock, but the trace does not tell when it began");
+}
+
+TEST(Analysis, anActWithoutATimeTellsNothing) {
+    const Recording recording = flight();
+    FlownTrace trace;
+    trace.writer().event(TraceEventKind::act, 0, 21, feedBeginsAct, "noon");
+    trace.create(10, "KLM1");
+    trace.fly(60, 160, {{10, [](double seconds) { return flyingAt(placeAt(seconds - 17 - 30)); }}});
+    std::istringstream bytes(trace.bytes());
+    EXPECT_EQ(analyse({.trace = bytes, .recording = &recording}).survey.clockSource, ClockSource::fitted);
 }
 
 std::string truthText(double sideMetres) {

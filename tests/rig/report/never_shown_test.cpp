@@ -4,7 +4,10 @@
 
 #include <sstream>
 
+#include <fmt/format.h>
+
 #include "core/injection_radius.h"
+#include "engine/aircraft_record.h"
 #include "tests/rig/report/flown_trace.h"
 
 using ::testing::ElementsAre;
@@ -21,26 +24,74 @@ FeedAircraft known(const std::string& callsign, const std::string& type) {
     return aircraft;
 }
 
+AircraftRecord flightOf(const std::string& callsign, const std::string& origin, const std::string& destination) {
+    AircraftRecord aircraft;
+    aircraft.callsign = callsign;
+    aircraft.registration = "PH-" + callsign;
+    aircraft.airline = "KLM";
+    aircraft.model = "A320";
+    aircraft.origin = origin;
+    aircraft.destination = destination;
+    return aircraft;
+}
+
+/// As the engine says it.
+std::string goesLine(const AircraftRecord& aircraft, const std::string& reason) {
+    return fmt::format("          {} goes: {}\n", longLine(aircraft), reason);
+}
+
 TEST(LogReasons, areThoseOfTheLinesThatNameTheAircraft) {
-    const LogReasons reasons("12:00:01 RealTraffic connected\n"
-                             "          AMS-LHR KLM105   PH-KLM105 A320KLM goes: there is no livery for it\r\n"
-                             "          OSL-AMS  PH-SAS7 goes: it was seen only once\n"
-                             "Aircraft of type 'ZEPP' are not shown: the type is not known\n"
-                             "EZY12 'Orange' could not be created by your Sim!\n"
-                             "AMS-LHR BAW9     G-BAW9 will be removed from buffer while blocked\n");
+    const LogReasons reasons(
+        "RealTraffic connected\n" + goesLine(flightOf("KLM105", "AMS", "LHR"), "there is no livery for it\r") +
+        goesLine(flightOf("SAS7", "", ""), "it was seen only once") +
+        goesLine(flightOf("SWR38", "LSZH", "EGLL"), "no positions any more") +
+        goesLine(flightOf("TRA44", "EHAM", ""), "too many positions") +
+        "Aircraft of type 'ZEPP' are not shown: the type is not known\n"
+        "EZY12 'Orange' could not be created by your Sim!\n" +
+        shortLine(flightOf("BAW9", "AMS", "LHR")) + " will be removed from buffer while blocked\n" +
+        shortLine(flightOf("BAW10", "", "")) + " removed from simulator immediately while blocked\n");
     EXPECT_EQ(reasons.reasonFor(known("KLM105", "A320")), "there is no livery for it");
     EXPECT_EQ(reasons.reasonFor(known("SAS7", "A320")), "it was seen only once");
+    EXPECT_EQ(reasons.reasonFor(known("SWR38", "A320")), "no positions any more");
+    EXPECT_EQ(reasons.reasonFor(known("TRA44", "A320")), "too many positions");
     EXPECT_EQ(reasons.reasonFor(known("DZR1", "ZEPP")), "aircraft of type 'ZEPP': the type is not known");
     EXPECT_EQ(reasons.reasonFor(known("EZY12", "A320")), "the simulator cannot create 'Orange'");
     EXPECT_EQ(reasons.reasonFor(known("BAW9", "A320")), "it was blocked");
+    EXPECT_EQ(reasons.reasonFor(known("BAW10", "A320")), "it was blocked");
     EXPECT_EQ(reasons.reasonFor(known("KLM10", "A320")), "");
+}
+
+TEST(LogReasons, anAirportOrAirlineOrTypeInALineIsNobodysCallSign) {
+    const LogReasons reasons(goesLine(flightOf("KLM105", "AMS", "LHR"), "it was seen only once") +
+                             shortLine(flightOf("BAW9", "OSL", "ARN")) +
+                             " will be removed from buffer while blocked\n" +
+                             "EZY12 'Orange' could not be created by your Sim!\n");
+    for (const char* word :
+         {"AMS->LHR", "AMS", "LHR", "KLM", "A320", "OSL", "ARN", "will", "be", "while", "'Orange'"}) {
+        EXPECT_EQ(reasons.reasonFor(known(word, "B738")), "") << word;
+    }
+}
+
+TEST(LogReasons, anAircraftWithoutCallSignIsKnownByItsRegistration) {
+    AircraftRecord nameless = flightOf("", "", "");
+    nameless.registration = "PH-AAA";
+    AircraftRecord placeholder = flightOf("@@@@@@@@", "AMS", "LHR");
+    placeholder.registration = "PH-BBB";
+    const LogReasons reasons(goesLine(nameless, "it was seen only once") + goesLine(placeholder, "too many positions"));
+    FeedAircraft aircraft;
+    aircraft.names = {"PH-AAA"};
+    EXPECT_EQ(reasons.reasonFor(aircraft), "it was seen only once");
+    aircraft.names = {"@@@@@@@@", "PH-BBB"};
+    EXPECT_EQ(reasons.reasonFor(aircraft), "too many positions");
+    aircraft.names = {"@@@@@@@@", "PH-CCC"};
+    EXPECT_EQ(reasons.reasonFor(aircraft), "");
 }
 
 class NeverShownTest : public ::testing::Test {
 protected:
     void TearDown() override { gf_setInjectionRadius(40); }
 
-    FeedInRange find(const RowMaker& rows, const std::string& log = {}) {
+    FeedInRange find(const RowMaker& rows, const std::string& log = {}, bool takesGroundTraffic = true) {
         const Recording recording = rows.recording();
         const FeedTracks tracks = feedTracks(recording);
         FlownTrace trace;
@@ -49,7 +100,7 @@ protected:
         trace.fly(0, 120, {{10, [](double seconds) { return flyingAt(placeAt(seconds)); }}});
         std::istringstream bytes(trace.bytes());
         const Survey survey = surveyTrace(bytes, tracks, recording.begin(), 0);
-        return feedInRange(recording, tracks, survey, LogReasons(log), 40);
+        return feedInRange(recording, tracks, survey, LogReasons(log), {40, takesGroundTraffic});
     }
 
     static void tellAnother(RowMaker& rows, std::uint32_t hexid, const std::string& callsign, int from) {
@@ -72,7 +123,7 @@ TEST_F(NeverShownTest, theLogTellsWhy) {
     RowMaker rows;
     rows.tellFlight(0, 200);
     tellAnother(rows, 4800000, "KLM2", 10);
-    const FeedInRange found = find(rows, "          KLM2 PH-KLM2 A320 goes: there is no livery for it\n");
+    const FeedInRange found = find(rows, goesLine(flightOf("KLM2", "AMS", "LHR"), "there is no livery for it"));
     ASSERT_THAT(found.neverShown, SizeIs(1));
     EXPECT_EQ(found.neverShown[0].callsign, "KLM2");
     EXPECT_EQ(found.neverShown[0].firstSample, 10);
@@ -93,6 +144,19 @@ TEST_F(NeverShownTest, withoutALogTheTraceOrTheFeedMayTell) {
     }
     EXPECT_THAT(why, ElementsAre("the simulator cannot create 'Unknown Title'", "the log does not tell",
                                  "it is of no kind that is shown"));
+}
+
+TEST_F(NeverShownTest, withoutAnAirportInUseWhoStaysOnTheGroundIsNotTaken) {
+    RowMaker rows;
+    rows.tellFlight(0, 200);
+    rows.line.altFt = 0;
+    rows.line.gs = 0;
+    tellAnother(rows, 4800000, "KLM4", 10);
+    const FeedInRange found = find(rows, {}, false);
+    ASSERT_THAT(found.neverShown, SizeIs(1));
+    EXPECT_EQ(found.neverShown[0].why, "it is on the ground elsewhere");
+    EXPECT_FALSE(found.firstSample.contains(4800000));
+    EXPECT_TRUE(find(rows, {}, true).firstSample.contains(4800000));
 }
 
 TEST_F(NeverShownTest, whoIsOutOfRangeOrComesAtTheVeryEndIsNotAmongThem) {

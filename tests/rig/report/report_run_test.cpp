@@ -3,10 +3,13 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <regex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
 #include "platform/files.h"
+#include "rig/traffic/hold_out.h"
 #include "tests/rig/report/flown_trace.h"
 #include "tests/support/temporary_folder.h"
 
@@ -15,6 +18,8 @@ using ::testing::Not;
 
 namespace rig {
 namespace {
+
+const std::filesystem::path startFolder = std::filesystem::current_path();
 
 class ReportRun : public ::testing::Test {
 protected:
@@ -71,6 +76,48 @@ TEST_F(ReportRun, theFiguresAreJson) {
     EXPECT_TRUE(figures["all"]["ground"]["floating_s"].is_null());
     EXPECT_EQ(figures["clock"]["source"], "given");
     EXPECT_FALSE(figures["worst_moments"].empty());
+}
+
+/// The names in code marks of what docs/rig-report.md tells of times, figures and moments.
+std::set<std::string> namesInTheDocument() {
+    const std::string text = readFile(startFolder / "docs" / "rig-report.md");
+    const std::string figures = text.substr(text.find("\n## Time\n"));
+    static const std::regex name("`([a-z][a-z0-9_.]*)`");
+    std::set<std::string> names;
+    for (std::sregex_iterator at(figures.begin(), figures.end(), name); at != std::sregex_iterator(); ++at) {
+        names.insert((*at)[1]);
+    }
+    return names;
+}
+
+/// All keys of the object and of what it holds; one within another also as "outer.inner".
+void collectKeys(const nlohmann::json& value, const std::string& outer, std::set<std::string>& keys) {
+    for (const auto& [key, inner] : value.items()) {
+        if (value.is_object()) {
+            keys.insert(key);
+            keys.insert(outer + "." + key);
+        }
+        if (inner.is_structured()) {
+            collectKeys(inner, value.is_object() ? key : outer, keys);
+        }
+    }
+}
+
+TEST_F(ReportRun, everyFigureThatIsDocumentedStandsInTheFile) {
+    RowMaker rows;
+    rows.tellFlight(0, 200);
+    rows.line.hexid = 4800000;
+    rows.line.callsign = "UNSEEN";
+    rows.tellFlight(0, 200);
+    writeFile("flight.csv", textOf(rows.recording()));
+    run();
+    std::set<std::string> keys;
+    collectKeys(nlohmann::json::parse(readFile("report/figures.json")), "", keys);
+    const std::set<std::string> names = namesInTheDocument();
+    EXPECT_GT(names.size(), 40u);
+    for (const std::string& name : names) {
+        EXPECT_TRUE(keys.contains(name)) << name;
+    }
 }
 
 TEST_F(ReportRun, thePageNeedsNothingFromElsewhere) {

@@ -107,6 +107,22 @@ TEST_F(SimulatorRun, writesATraceOfEachFrame) {
     EXPECT_FALSE(reader.endedEarly());
 }
 
+TEST_F(SimulatorRun, theTraceTellsWhenItBegan) {
+    const platform::ManualClock clock(noon);
+    options_.trace = "flight.trace";
+    run();
+    std::ifstream file("flight.trace", std::ios::binary);
+    TraceReader reader(file);
+    TraceItem item;
+    ASSERT_TRUE(reader.next(item));
+    const auto* event = std::get_if<TraceEvent>(&item);
+    ASSERT_NE(event, nullptr);
+    EXPECT_EQ(event->kind, TraceEventKind::act);
+    EXPECT_EQ(event->name, "trace begins");
+    EXPECT_EQ(event->value, 0);
+    EXPECT_EQ(event->detail, "1795262400.000");
+}
+
 TEST_F(SimulatorRun, writesTheConfigurationThatLeadsClientsToIt) {
     const platform::ManualClock clock(noon);
     options_.configurationFolder = "documents/own";

@@ -21,6 +21,7 @@
 #include "feed/real_traffic_link.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
+#include "platform/clock.h"
 #include "rig/traffic/expected_outcomes.h"
 #include "rig/traffic/gzip_text.h"
 #include "rig/traffic/recording.h"
@@ -260,6 +261,32 @@ TEST_F(TrafficRunThreads, withoutALinkItPlaysAtOnce) {
     const TrafficResult result = playWhile([] {});
     EXPECT_EQ(result.connects, 0u);
     EXPECT_EQ(result.played.sentLines, 100u);
+}
+
+double firstRowIn(const std::string& said) {
+    static constexpr std::string_view words = "first row played at ";
+    const std::size_t at = said.find(words);
+    return at == std::string::npos ? 0 : std::stod(said.substr(at + words.size()));
+}
+
+TEST_F(TrafficRunThreads, itTellsWhenTheFirstRowIsPlayed) {
+    writeText("recording.csv", mixedRows());
+    options.link = false;
+    const auto wall = [] { return std::chrono::duration<double>(platform::wallNow().time_since_epoch()).count(); };
+    const double before = wall();
+    playWhile([] {});
+    const double first = firstRowIn(said.str());
+    EXPECT_GE(first, before - 0.001);
+    EXPECT_LE(first, wall());
+
+    said.str("");
+    resetFeed();
+    options.player.offsetSeconds = 5;
+    options.player.speed = 10;
+    playWhile([] {});
+    // Half a second of real time before the first that was played.
+    EXPECT_GE(firstRowIn(said.str()), first - 0.501);
+    EXPECT_LE(firstRowIn(said.str()), wall() - 0.5);
 }
 
 TEST_F(TrafficRunThreads, withADelayTheFirstRowWaitsFromTheConnectOn) {
