@@ -43,6 +43,6 @@ struct ReplayResult {
 
 /// Tells on `out` what has been replayed, and then what the report tells. Throws std::runtime_error, with a text for the user, when it cannot begin or its
 /// files cannot be written, and what ends a run as an error.
-ReplayResult runReplay(const ReplayOptions& options, std::ostream& out);
+ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out);
 
 } // namespace rig

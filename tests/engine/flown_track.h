@@ -81,7 +81,12 @@ inline double secondsInFeed(std::int32_t slot, std::int32_t firstSlot) {
     return (slot - firstSlot) * secondsPerSlot - 30;
 }
 
-/// A slot that moves the aircraft more than three times as far as its speed does, and visibly.
-inline bool isJump(double metres, double metresPerSecond) {
-    return metres > 5 && metres > 3 * metresPerSecond * secondsPerSlot;
+/// About what the simulator displays: every third slot, thirty frames a second. In a single slot 5 m would be 500 m a second, and
+/// nothing would ever be seen to jump.
+inline constexpr std::int32_t slotsPerFrame = 3;
+inline constexpr double secondsPerFrame = slotsPerFrame * secondsPerSlot;
+
+/// A frame that shows the aircraft more than three times as far on as its speed takes it, and visibly: as "rig report" has it.
+inline bool isJump(double metresInFrame, double metresPerSecond) {
+    return metresInFrame > 5 && metresInFrame > 3 * metresPerSecond * secondsPerFrame;
 }

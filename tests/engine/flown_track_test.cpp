@@ -53,4 +53,16 @@ TEST(FlownTrack, whatIsFlownAtAnotherTimeIsNotNear) {
     EXPECT_NEAR(track.metres(place(0, 0), 300), 14142, 1);
 }
 
+TEST(FlownTrack, aJumpIsMoreThanThreeTimesTheSpeedInAFrame) {
+    EXPECT_FALSE(isJump(8.9, 100));
+    EXPECT_TRUE(isJump(9.1, 100));
+    EXPECT_TRUE(isJump(30, 250));
+    EXPECT_FALSE(isJump(7.5, 250)) << "what it flies in a frame";
+}
+
+TEST(FlownTrack, whatCannotBeSeenIsNoJump) {
+    EXPECT_FALSE(isJump(4.9, 0));
+    EXPECT_TRUE(isJump(5.1, 0));
+}
+
 } // namespace

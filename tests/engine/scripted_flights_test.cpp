@@ -121,6 +121,13 @@ protected:
         return reports;
     }
 
+    /// Up to that slot.
+    static double metresInFrame(const std::vector<FlownSlot>& slots, std::size_t last) {
+        const PositionUpdate& before = slots[last - slotsPerFrame].at;
+        const PositionUpdate& now = slots[last].at;
+        return metresBetween({before.lat, before.lon}, {now.lat, now.lon});
+    }
+
     void measure(const Track& track, double lastReport) {
         std::vector<TrackPoint> line;
         for (double seconds = 0; seconds <= lastReport + 70; seconds += 0.5) {
@@ -136,7 +143,7 @@ protected:
                 const PositionUpdate& now = slots[i].at;
                 const double step = metresBetween({before.lat, before.lon}, {now.lat, now.lon});
                 figures.worstStep = std::max(figures.worstStep, step);
-                figures.jumps += isJump(step, metresPerSecond) ? 1 : 0;
+                figures.jumps += i % slotsPerFrame == 0 && isJump(metresInFrame(slots, i), metresPerSecond) ? 1 : 0;
                 figures.mostBankDeg = std::max(figures.mostBankDeg, std::abs(now.bank) * degreesPerRadian);
                 figures.mostPitchStepDeg =
                     std::max(figures.mostPitchStepDeg, std::abs(now.pitch - before.pitch) * degreesPerRadian);
