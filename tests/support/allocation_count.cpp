@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::size_t never = static_cast<std::size_t>(-1);
 
-thread_local std::size_t allocations = 0;
-thread_local std::size_t leastFailingBytes = never;
+[[maybe_unused]] thread_local std::size_t allocations = 0;
+[[maybe_unused]] thread_local std::size_t leastFailingBytes = never;
 
 } // namespace
 
@@ -21,6 +21,7 @@ void failNextAllocationOfThisThread(std::size_t leastBytes) {
     leastFailingBytes = leastBytes;
 }
 
+#ifndef TARNWING_SANITIZER_ALLOCATES
 // The array, nothrow and sized forms of the library call these two.
 void* operator new(std::size_t size) {
     ++allocations;
@@ -41,3 +42,4 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+#endif
