@@ -19,8 +19,8 @@ struct FlightsOptions {
     Fidelity fidelity = Fidelity::exact;
     std::uint32_t seed = 1;
     double begin = 1780315200; ///< seconds since 1970: 2026-06-01, noon
-    int steady = 0;            ///< more than 0: in place of the scenarios a sky with so many aircraft in flight at any time
-    double seconds = 600;      ///< of that sky
+    int steady = 0;       ///< more than 0: in place of the scenarios a sky with so many aircraft in flight at any time
+    double seconds = 600; ///< of that sky
 };
 
 /// A scenario as two texts.
