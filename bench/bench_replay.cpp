@@ -36,25 +36,6 @@ constexpr int quiet = 60;
 constexpr double radiusNm = 100;
 constexpr std::uint32_t seed = 1;
 
-/// For the files of a replay; not the working directory, where the reference data are.
-class ReplayFolder {
-public:
-    ReplayFolder() : path_(fs::temp_directory_path() / ("bench_replay_" + std::to_string(std::random_device()()))) {
-        fs::create_directories(path_);
-    }
-    ~ReplayFolder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    ReplayFolder(const ReplayFolder&) = delete;
-    ReplayFolder& operator=(const ReplayFolder&) = delete;
-
-    fs::path operator/(const char* name) const { return path_ / name; }
-
-private:
-    fs::path path_;
-};
-
 double mebibytes(std::size_t bytes) {
     return static_cast<double>(bytes) / (1 << 20);
 }
@@ -67,17 +48,13 @@ rig::Scene atTheAirport() {
 
 void writeHour(const fs::path& recording, const fs::path& scene) {
     rig::SteadySky sky(busy, begin, rig::Fidelity::exact, seed);
-    std::string text;
-    for (const std::string& row : sky.rowsUntil(begin + hour)) {
-        text += row + '\n';
-    }
-    rig::writeText(recording, text);
+    rig::writeText(recording, sky.textUntil(begin + hour));
     rig::writeText(scene, fmt::format(R"({{"user": {{"position": [{}, {}]}}}})", rig::airport::reference.lat,
                                       rig::airport::reference.lon));
 }
 
 void measureHour(const std::string& filter) {
-    const ReplayFolder folder;
+    const BenchFolder folder;
     rig::ReplayOptions options;
     options.recording = folder / "hour.csv.gz";
     options.scene = folder / "scene.json";

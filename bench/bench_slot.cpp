@@ -23,111 +23,16 @@
 #include "platform/clock.h"
 #include "sim/sim_queues.h"
 #include "tests/support/allocation_count.h"
+#include "tests/support/circling_traffic.h"
 
 using namespace std::chrono;
 
 namespace {
 
-constexpr std::uint32_t firstHexid = 20000;
-constexpr std::uint32_t firstObject = 100;
-constexpr double knots = 400;
-constexpr std::int32_t firstSlot = 10000;
-constexpr std::int32_t delaySlots = 3000;
-constexpr int recordsPerSlot = 2;
-
-/// The real aircraft, each on a circle of its own, from which the feed's records are taken.
-class RealTraffic {
-public:
-    explicit RealTraffic(int count) : count_(count) {}
-
-    Sample at(int aircraft, double seconds) const {
-        const double phase = aircraft * 0.7;
-        const double angle = phase + seconds * turnRadPerSecond;
-        Sample sample;
-        sample.lat = 40 + aircraft % 50 * 0.2 + radiusDegrees * std::cos(angle);
-        const int row = aircraft / 50;
-        sample.lon = 5 + row * 0.2 + radiusDegrees * std::sin(angle) / std::cos(sample.lat * radiansPerDegree);
-        sample.alt = 20000 + 100 * (aircraft % 100);
-        sample.airborne = 1;
-        sample.gs = sample.tas = knots;
-        sample.track = std::fmod((angle + 1.5707963) * degreesPerRadian, 360);
-        return sample;
-    }
-
-    /// Two records, each of the next aircraft in turn.
-    void feed() {
-        const double seconds = (slotClock - firstSlot) / 100.0;
-        const std::lock_guard lock(gTrafficMutex);
-        for (int i = 0; i < recordsPerSlot; ++i) {
-            FeedRecord record;
-            record.type = "A320";
-            record.origin = "AMS";
-            record.destination = "LHR";
-            record.callsign = callsign(next_);
-            record.registration = "PH-ABC";
-            record.sample = at(next_, seconds);
-            record.sample.slot = slotClock + delaySlots;
-            record.feedTime = seconds;
-            record.hexid = firstHexid + static_cast<std::uint32_t>(next_);
-            gLiveSampleQueue.push(std::move(record));
-            next_ = (next_ + 1) % count_;
-        }
-    }
-
-    static std::string callsign(int aircraft) { return fmt::format("KLM{}", aircraft); }
-
-    /// Active, at the begin of its circle, with samples for the first 30 seconds.
-    LiveAircraft flying(int aircraft) const {
-        LiveAircraft flying;
-        flying.callsign = callsign(aircraft);
-        flying.registration = "PH-ABC";
-        flying.origin = "AMS";
-        flying.destination = "LHR";
-        flying.airline = "KLM";
-        flying.model = "A320";
-        takeCategoryLimits(flying);
-        flying.hexid = firstHexid + static_cast<std::uint32_t>(aircraft);
-        flying.objectId = firstObject + static_cast<std::uint32_t>(aircraft);
-        flying.lifeState = LifeState::active;
-        flying.phase = FlightPhase::flying;
-        flying.lightsHighSet = 1;
-        flying.lastFeedTime = -1;
-        // The legs of the aircraft begin at different slots.
-        constexpr int legs = 11;
-        for (int leg = -1; leg < legs - 1; ++leg) {
-            const double seconds = 3.0 * leg + 3.0 * aircraft / count_;
-            Sample sample = at(aircraft, seconds - 30);
-            sample.slot = firstSlot + static_cast<std::int32_t>(seconds * 100);
-            flying.stream.pushBack(sample);
-        }
-        flying.lat = flying.stream[0].lat;
-        flying.lon = flying.stream[0].lon;
-        flying.alt = flying.stream[0].alt;
-        return flying;
-    }
-
-    int count() const { return count_; }
-
-private:
-    static constexpr double turnRadPerSecond = 0.01;
-    static constexpr double radiusDegrees = knots / 3600 / turnRadPerSecond / 60;
-
-    int count_;
-    int next_ = 0;
-};
-
-void takeOff(const RealTraffic& traffic) {
-    resetEngine();
-    gLiveSampleQueue.clear();
-    slotClock = firstSlot;
-    gRadiusNm = 10000;
-    for (int i = 0; i < traffic.count(); ++i) {
-        liveTable.push_back(traffic.flying(i));
-    }
-}
+constexpr double recordsPerSecond = 200;
 
 /// One slot, and its length in microseconds; the feed's and the simulator's parts are not counted.
-double slotUs(RealTraffic& traffic) {
+double slotUs(CirclingTraffic& traffic) {
     traffic.feed();
     const platform::SteadyTime begin = platform::steadyNow();
     lf_handleAddingStack();
@@ -152,8 +57,8 @@ struct Run {
 };
 
 Run fly(int aircraft, int warmUpSlots, int slots) {
-    RealTraffic traffic(aircraft);
-    takeOff(traffic);
+    CirclingTraffic traffic(aircraft, recordsPerSecond);
+    traffic.takeOff();
     for (int i = 0; i < warmUpSlots; ++i) {
         slotUs(traffic);
     }

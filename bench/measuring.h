@@ -16,26 +16,42 @@
 
 #include "platform/clock.h"
 
-/// A working directory that goes again.
-class WorkFolder {
+/// A folder that goes again.
+class BenchFolder {
 public:
-    WorkFolder()
+    BenchFolder()
         : path_(std::filesystem::temp_directory_path() / ("tarnwing_bench_" + std::to_string(std::random_device()()))) {
         std::filesystem::create_directories(path_);
-        std::filesystem::current_path(path_);
     }
+    ~BenchFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    BenchFolder(const BenchFolder&) = delete;
+    BenchFolder& operator=(const BenchFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path operator/(const char* name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// One that is the working directory meanwhile.
+class WorkFolder {
+public:
+    WorkFolder() { std::filesystem::current_path(folder_.path()); }
     ~WorkFolder() {
         std::error_code ignored;
         std::filesystem::current_path(std::filesystem::temp_directory_path(), ignored);
-        std::filesystem::remove_all(path_, ignored);
     }
     WorkFolder(const WorkFolder&) = delete;
     WorkFolder& operator=(const WorkFolder&) = delete;
 
-    const std::filesystem::path& path() const { return path_; }
+    const std::filesystem::path& path() const { return folder_.path(); }
 
 private:
-    std::filesystem::path path_;
+    BenchFolder folder_;
 };
 
 double millisecondsOf(auto work) {

@@ -163,11 +163,13 @@ bool goesByReportedHeading(const LiveAircraft& aircraft) {
     return to.hasHeading != 0 && to.roll && to.heading && aircraft.altAboveGround < below;
 }
 
-/// On the way to element 1 the aircraft turns to where the leg after it leads.
+/// On the way to element 1 the aircraft turns to where the leg after it leads. A feed with more than some fifteen seconds
+/// from sample to sample hardly ever tells that leg in time: then the aircraft turns into the present one, or it would keep
+/// the heading of its birth and fly sideways and backwards.
 double turnAhead(const LiveAircraft& aircraft) {
     const SampleStream& stream = aircraft.stream;
     if (stream.size() < 3) {
-        return 0;
+        return headingDifference(aircraft.targetHeading, aircraft.heading);
     }
     return headingDifference(bearing(positionOf(stream[1]), positionOf(stream[2])), aircraft.heading);
 }

@@ -15,7 +15,7 @@ bool flareInProgress = false;
 std::vector<std::uint32_t> twinCheckQueue = queueWithRoom();
 
 void queueTwinCheck(std::uint32_t hexid) {
-    // Its aircraft has been there the longest, and is the likeliest to have gone. Moving so few entries costs nothing.
+    // Moving so few entries costs nothing, and happens only when nobody serves the queue.
     if (twinCheckQueue.size() >= mostTwinChecks) {
         twinCheckQueue.erase(twinCheckQueue.begin());
     }
@@ -25,5 +25,4 @@ void queueTwinCheck(std::uint32_t hexid) {
 void resetEngineState() {
     flareInProgress = false;
     twinCheckQueue.clear();
-    twinCheckQueue.reserve(mostTwinChecks);
 }

@@ -13,7 +13,8 @@ extern bool flareInProgress;
 /// by whoever serves it.
 extern std::vector<std::uint32_t> twinCheckQueue;
 
-inline constexpr std::size_t mostTwinChecks = 256;
+/// More aircraft than the simulator takes.
+inline constexpr std::size_t mostTwinChecks = 1024;
 
 /// At the end of the queue. When it is full the oldest entry goes: the queue never grows within a slot, nor without a
 /// reader.

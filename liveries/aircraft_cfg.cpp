@@ -120,11 +120,10 @@ std::optional<std::int32_t> parsedNumber(std::string_view digits) {
     return fault == std::errc{} ? std::optional(number) : std::nullopt;
 }
 
-/// The number of a header, or what stands for it; none for a line that is no header. Throws nothing; a number that does not
-/// fit is the text that the log shows.
+/// What a line says of the number of a section: nothing when it is no header.
 struct SectionNumber {
     std::optional<std::int32_t> number;
-    std::string_view unfit;
+    std::string_view unfit; ///< the digits of one that does not fit
 };
 
 SectionNumber sectionNumber(std::string_view line) {

@@ -79,8 +79,7 @@ private:
         bool isFree() const { return number == 0; }
     };
 
-    /// The library's own takes eight characters at a time, and titles are long.
-    static std::uint64_t hashOf(std::string_view title) { return std::hash<std::string_view>{}(title); }
+    static std::uint64_t hashOf(std::string_view title) { return TextHash{}(title); }
 
     /// The lower bits of the hash value choose the place, the upper ones tell nearly all other titles without a look at them.
     static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }

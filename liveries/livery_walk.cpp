@@ -63,5 +63,5 @@ void lf_walkFolder(std::uint32_t scanNumber, const std::filesystem::path& folder
     } catch (const std::exception& error) {
         log(fmt::format("liveries search aborted, futs outer, {}", logText(error)));
     }
-    run.tasks.abandon();
+    run.tasks.abandon(Liveries);
 }

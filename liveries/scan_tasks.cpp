@@ -118,7 +118,12 @@ bool ScanTasks::collectAll(std::list<Livery>& into) {
     return true;
 }
 
-void ScanTasks::abandon() {
+void ScanTasks::abandon(std::list<Livery>& into) {
+    for (std::future<std::list<Livery>>& result : waiting_) {
+        if (result.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
+            into.splice(into.end(), result.get());
+        }
+    }
     waiting_.clear();
     const std::lock_guard held(workers_->lock);
     workers_->tasks.clear();

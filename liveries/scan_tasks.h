@@ -30,8 +30,8 @@ public:
     bool start(Task task, std::list<Livery>& into);
     /// What all tasks gave, the oldest first; fails as above.
     bool collectAll(std::list<Livery>& into);
-    /// Forgets the tasks that still run or wait for a thread, and what they would give.
-    void abandon();
+    /// Takes what is finished and forgets the tasks that still run or wait for a thread, and what they would give.
+    void abandon(std::list<Livery>& into);
 
 private:
     struct Workers;

@@ -10,6 +10,7 @@
 
 #include "core/log.h"
 #include "core/number_text.h"
+#include "core/text_parts.h"
 #include "distribution/clear_file.h"
 #include "platform/files.h"
 
@@ -20,7 +21,7 @@ namespace {
 AirportFileAccess fileAccess; // run thread
 
 double degrees(const pugi::xml_node& stand, const char* name) {
-    return parseDouble(stand.attribute(name).as_string()).value_or(0.0);
+    return parseDouble(trimmed(stand.attribute(name).as_string())).value_or(0.0);
 }
 
 ClosestStand closestOf(const pugi::xml_node& stands, const LatLon& position) {

@@ -19,7 +19,7 @@ struct AirportFileAccess {
     std::function<std::string(const std::string& path, const std::filesystem::path& localPath)> download;
 };
 
-/// An empty one takes the former back.
+/// An empty one takes it away.
 void setAirportFileAccess(AirportFileAccess access);
 
 /// So far is the nearest stand of an airport whose file cannot be found or read.

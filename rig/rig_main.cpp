@@ -51,8 +51,7 @@ void addServerOptions(CLI::App& command, rig::ServerOptions& options) {
     addPath(command, "--root", options.root, "Folder to serve, as tarnwing_tools publish lays it out");
     command.get_option("--root")->required();
     command.add_option("--port", options.port, "On 127.0.0.1; 0: the system chooses");
-    command.add_option("--fault", options.fault,
-                       std::string(faultWords()) + "; with ':END' only for paths that end so");
+    command.add_option("--fault", options.fault, faultWords() + "; with ':END' only for paths that end so");
     command.add_option("--seconds", options.seconds, "Ends by itself after so many seconds")
         ->check(CLI::NonNegativeNumber);
 }

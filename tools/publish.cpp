@@ -132,10 +132,12 @@ void takePlace(const fs::path& stage, const fs::path& target) {
     try {
         renameFolder(liveFolder(stage), liveFolder(target));
     } catch (...) {
-        tidyUp(target);
+        std::error_code ignored;
+        fs::rename(formerFolder(target), liveFolder(target), ignored);
         throw;
     }
-    fs::remove_all(formerFolder(target));
+    std::error_code ignored; // what is left of it goes with the next publishing
+    fs::remove_all(formerFolder(target), ignored);
 }
 
 /// What is published and not made anew stays.

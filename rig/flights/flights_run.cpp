@@ -74,14 +74,10 @@ void writeFiles(const std::string& name, const FlightsOptions& options, std::ost
 
 void writeSteadySky(const FlightsOptions& options, std::ostream& out) {
     SteadySky sky(options.steady, options.begin, options.fidelity, options.seed);
-    const std::vector<std::string> rows = sky.rowsUntil(options.begin + options.seconds);
+    const std::string text = sky.textUntil(options.begin + options.seconds);
     const std::string name = fmt::format("steady_{}", options.steady);
-    std::string text;
-    for (const std::string& row : rows) {
-        text += row + '\n';
-    }
     writeText(options.folder / (name + ".csv.gz"), text);
-    out << fmt::format("{}: {} rows, {} aircraft\n", name, rows.size(), sky.aircraft());
+    out << fmt::format("{}: {} rows, {} aircraft\n", name, std::count(text.begin(), text.end(), '\n'), sky.aircraft());
 }
 
 } // namespace

@@ -112,4 +112,20 @@ std::vector<std::string> SteadySky::rowsUntil(double time) {
     return rows;
 }
 
+std::string SteadySky::textUntil(double time) {
+    std::string text;
+    for (const std::string& row : rowsUntil(time)) {
+        text += row + '\n';
+    }
+    return text;
+}
+
+std::set<std::string> steadySkyTypes() {
+    std::set<std::string> types;
+    for (const Operator& carrier : operators) {
+        types.insert(carrier.type);
+    }
+    return types;
+}
+
 } // namespace rig

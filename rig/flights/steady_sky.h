@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,6 +22,8 @@ public:
 
     /// The rows of a recording up to this time, in the order of their times; each comes once.
     std::vector<std::string> rowsUntil(double time);
+    /// The same as a text.
+    std::string textUntil(double time);
 
     /// No aircraft follows any more.
     void close() { open_ = false; }
@@ -45,5 +48,8 @@ private:
     double nextWeather_;
     std::map<std::pair<double, std::uint32_t>, Flight> waiting_; // by time of the next line, and hexid
 };
+
+/// The types that fly in it.
+std::set<std::string> steadySkyTypes();
 
 } // namespace rig

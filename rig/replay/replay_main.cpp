@@ -32,9 +32,11 @@ void addOptions(CLI::App& app, rig::ReplayOptions& options) {
     addPath(app, "--truth", options.truth, "Where the aircraft of the recording really were, for the report");
     CLI::Option* const heldOut =
         addPath(app, "--held-out", options.heldOut, "Recording that gets the lines that are held out");
-    app.add_option("--hold-out", options.holdOut, "Share of the lines that the engine is not given")
-        ->check(CLI::Range(0.0, 1.0))
-        ->needs(heldOut);
+    CLI::Option* const share =
+        app.add_option("--hold-out", options.holdOut, "Share of the lines that the engine is not given")
+            ->check(CLI::Range(0.0, 1.0))
+            ->needs(heldOut);
+    heldOut->needs(share);
     app.add_option("--seed", options.seed, "Of all chance");
     app.add_option("--begin", options.beginSeconds, "Seconds of the recording left out at its beginning")
         ->check(CLI::NonNegativeNumber);

@@ -175,6 +175,9 @@ Recording givenPart(const ReplayOptions& options) {
         return recording;
     }
     HoldOut parts = holdOut(recording, options.holdOut, options.seed);
+    if (parts.heldOut.rows.empty()) {
+        throw std::runtime_error("the share to hold out is too small: it leaves no line out");
+    }
     writeText(options.heldOut, textOf(parts.heldOut));
     return std::move(parts.given);
 }

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "core/injection_radius.h"
+#include "core/text_parts.h"
 #include "engine/aircraft_record.h"
 #include "feed/traffic_line.h"
 #include "feed/traffic_reader.h"
@@ -43,12 +44,6 @@ const char* wordsFor(LineOutcome outcome) {
     const auto found = std::find_if(outcomeWords.begin(), outcomeWords.end(),
                                     [outcome](const OutcomeWords& row) { return row.outcome == outcome; });
     return found == outcomeWords.end() ? nullptr : found->words;
-}
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(' ');
-    return begin == std::string_view::npos ? std::string_view()
-                                           : text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
 }
 
 /// The width of the route at the begin of a line on an aircraft: "AMS->LHR", wider with longer codes, blanks when unknown.

@@ -12,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include <fmt/format.h>
 #include <httplib.h>
 
 #include "platform/files.h"
@@ -120,8 +121,13 @@ constexpr std::array<FaultWord, 10> words{{
 
 } // namespace
 
-std::string_view faultWords() {
-    return "none, 404, 500, redirect, half, slow, stall, length-half, length-double or page";
+std::string faultWords() {
+    std::string text;
+    for (const FaultWord& row : words) {
+        const bool isLast = &row == &words.back();
+        text += fmt::format("{}{}", text.empty() ? "" : isLast ? " or " : ", ", row.word);
+    }
+    return text;
 }
 
 std::optional<ServerFault> faultOfWord(std::string_view word) {

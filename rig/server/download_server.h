@@ -26,7 +26,7 @@ enum class ServerFault {
 };
 
 /// The words of the faults, as a user gives them.
-std::string_view faultWords();
+std::string faultWords();
 
 /// One of faultWords; nothing for another word.
 std::optional<ServerFault> faultOfWord(std::string_view word);

@@ -252,8 +252,12 @@ TEST_F(AirIncrements, onItsWayItTurnsToTheLegAfterTheNext) {
     EXPECT_DOUBLE_EQ(replan().dHeading, turn / 1000);
 }
 
-TEST_F(AirIncrements, withoutALegAfterTheNextItFliesStraight) {
-    EXPECT_EQ(plan(airSample(0, 0, 0), airSample(1, 1, 1000)).dHeading, 0);
+TEST_F(AirIncrements, whileTheLegAfterTheNextIsNotKnownItTurnsIntoThePresentOne) {
+    aircraft->heading = 0.25;
+    aircraft->targetHeading = 0.75;
+    EXPECT_DOUBLE_EQ(plan(airSample(0, 0, 0), airSample(1, 1, 1000)).dHeading, 0.5 / 1000);
+    aircraft->heading = aircraft->targetHeading;
+    EXPECT_EQ(replan().dHeading, 0);
 }
 
 TEST_F(AirIncrements, closeToTheGroundTheReportedHeadingCounts) {

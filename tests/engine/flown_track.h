@@ -12,6 +12,7 @@
 #include "core/geography.h"
 #include "engine/angles.h"
 #include "rig/report/cross_track.h"
+#include "rig/report/object_meter.h"
 #include "sim/sim_queues.h"
 
 inline constexpr double secondsPerSlot = 0.01;
@@ -86,7 +87,12 @@ inline double secondsInFeed(std::int32_t slot, std::int32_t firstSlot) {
 inline constexpr std::int32_t slotsPerFrame = 3;
 inline constexpr double secondsPerFrame = slotsPerFrame * secondsPerSlot;
 
-/// A frame that shows the aircraft more than three times as far on as its speed takes it, and visibly: as "rig report" has it.
+/// How far on a frame shows the aircraft, against what its speed makes of the time; a step that is hardly seen counts little.
+inline double stepShare(double metresInFrame, double metresPerSecond) {
+    return metresInFrame / std::max(metresPerSecond * secondsPerFrame, rig::shortestJumpMetres / rig::jumpShare);
+}
+
+/// As "rig report" has it.
 inline bool isJump(double metresInFrame, double metresPerSecond) {
-    return metresInFrame > 5 && metresInFrame > 3 * metresPerSecond * secondsPerFrame;
+    return stepShare(metresInFrame, metresPerSecond) > rig::jumpShare;
 }

@@ -24,7 +24,6 @@ namespace {
 
 constexpr double mostCrossTrackMetres = 15;
 constexpr double mostDelaySeconds = 60; ///< against the times of the recording
-constexpr double leastVisibleMetres = 5.0 / 3;
 
 /// A line of the feed's older form of 15 fields.
 std::optional<FeedRecord> recordOfOldLine(const std::string& line) {
@@ -257,8 +256,7 @@ protected:
         const double step = metresBetween({before.lat, before.lon}, {now.lat, now.lon});
         const double speed = std::max(before.tas, now.tas) * metersPerNm / 3600;
         figures.worstStep = std::max(figures.worstStep, step);
-        figures.worstStepShare =
-            std::max(figures.worstStepShare, step / std::max(speed * secondsPerFrame, leastVisibleMetres));
+        figures.worstStepShare = std::max(figures.worstStepShare, stepShare(step, speed));
         if (isJump(step, speed)) {
             ++figures.jumps[registration];
         }
@@ -338,12 +336,15 @@ protected:
     }
 
     /// The way back to the first sample behind a gap in the feed counts for all but the distance from the recorded track, which
-    /// lies where nobody knew it when the aircraft went on: jumps, attitude and soundness are asked there as everywhere. An
-    /// aircraft that is expected to jump is named, with the number of its frames that do.
+    /// lies where nobody knew it when the aircraft went on: jumps, bank, pitch and soundness are asked there as everywhere. The
+    /// rates of heading and bank are told only. An aircraft that is expected to jump is named, with the most frames that
+    /// may.
     void expectRealism(const std::map<std::string, int>& jumps = {}) const {
         ASSERT_FALSE(figures.crossTrack.empty());
         EXPECT_LT(atShare(figures.crossTrack, 0.95), mostCrossTrackMetres);
-        EXPECT_EQ(figures.jumps, jumps);
+        for (const auto& [registration, count] : figures.jumps) {
+            EXPECT_LE(count, jumps.contains(registration) ? jumps.at(registration) : 0) << registration;
+        }
         EXPECT_EQ(figures.unsound, 0);
         EXPECT_EQ(figures.silentLosses, 0u);
         EXPECT_LE(figures.mostBankShare, 1 + 1e-9);

@@ -238,6 +238,12 @@ TEST_F(ScriptedFlights, aSteepTurnIsBankedNoFurtherThanTheCategoryAllows) {
     expectASmoothFlight();
 }
 
+TEST_F(ScriptedFlights, aFeedOfTwentySecondsKeepsTheNoseInFront) {
+    fly(turning(0.5), everySeconds(20, 400));
+    EXPECT_EQ(figures.jumps, 0);
+    EXPECT_LT(figures.worstHeadingDeg, 20);
+}
+
 TEST_F(ScriptedFlights, aClimbKeepsItsHeights) {
     fly(changingHeight(1800), everySeconds(6, 180));
     expectASmoothFlight();

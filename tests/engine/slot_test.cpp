@@ -178,7 +178,7 @@ TEST_F(Slot, aRecordThatFailsIsLoggedAndTheNextIsTakenInTheSameSlot) {
     failing.type = std::string(5000, 'X');
     gLiveSampleQueue.push(std::move(failing));
     feed(20001);
-    failNextAllocationOfThisThread(5000);
+    const FailingAllocation noMemory(5000);
     slots(1);
     EXPECT_THAT(log.lines(), ElementsAre("processFeedRecord exception: std::bad_alloc"));
     ASSERT_EQ(liveTable.size(), 1u);
@@ -312,7 +312,7 @@ TEST_F(Slot, aMessageThatFailsIsLoggedAndTheNextIsServedInTheSameSlot) {
     other.objectId = 78;
     tell(EngineMessageKind::blockAircraft, 0, testHexid);
     tell(EngineMessageKind::staticData, 78, 0, 12, 0.01);
-    failNextAllocationOfThisThread(5000);
+    const FailingAllocation noMemory(5000);
     readInbox();
     EXPECT_THAT(log.lines(), ElementsAre("readInbox exception: std::bad_alloc"));
     EXPECT_EQ(liveTable[0].lifeState, LifeState::active);

@@ -6,6 +6,7 @@
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
@@ -53,20 +54,21 @@ TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) 
     startHeldTask();
     walk("x");
     EXPECT_THAT(log_.lines(), ElementsAre("liveries inner search aborted: Future wait timed out after 10 seconds"));
-    EXPECT_THAT(Liveries, IsEmpty());
+    EXPECT_THAT(Liveries, Not(IsEmpty())) << "what was read by then";
+    EXPECT_LT(Liveries.size(), static_cast<std::size_t>(moreThanAreHandedOutAhead));
     walk("y");
-    EXPECT_THAT(titlesOf(Liveries), ElementsAre("next"));
+    EXPECT_EQ(titlesOf(Liveries).back(), "next");
 }
 
 TEST_F(LiveryWalkThreads, aFileThatTakesTooLongAfterTheWalkEndsTheFolderAlone) {
-    makeLivery("x/ac", "lost");
+    makeLivery("x/ac", "read");
     makeLivery("y/ac", "next");
     startHeldTask();
     walk("x");
     EXPECT_THAT(log_.lines(),
                 ElementsAre("liveries search aborted, futs outer, Future wait timed out after 10 seconds"));
     walk("y");
-    EXPECT_THAT(titlesOf(Liveries), ElementsAre("next"));
+    EXPECT_THAT(titlesOf(Liveries), ElementsAre("read", "next"));
 }
 
 TEST_F(LiveryWalkThreads, aFolderThatCannotBeOpenedSaysWhy) {

@@ -80,7 +80,7 @@ TEST(ScanTasksThreads, oneThatTakesTooLongIsGivenUp) {
     seconds = 0;
     EXPECT_EQ(messageOf([&] { tasks.collectAll(all); }), "Future wait timed out after 10 seconds");
     EXPECT_EQ(seconds, 10);
-    tasks.abandon();
+    tasks.abandon(all);
     EXPECT_TRUE(tasks.collectAll(all));
     EXPECT_THAT(all, IsEmpty());
 }

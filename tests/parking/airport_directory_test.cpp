@@ -25,7 +25,10 @@ constexpr const char* schiphol =
 class AirportDirectory : public testing::Test {
 protected:
     AirportDirectory() { resetAirportDirectory(); }
-    ~AirportDirectory() override { resetAirportDirectory(); }
+    ~AirportDirectory() override {
+        setAirportFileAccess({});
+        resetAirportDirectory();
+    }
 
     static bool readText(std::string_view text) {
         resetAirportDirectory();
@@ -278,7 +281,6 @@ TEST_F(AirportDirectory, ofTwoNeighboursTheOneWithTheNearerStandIsTheResult) {
     EXPECT_EQ(closestCode({0, 0}), "BBBB");
     fs::remove("airports/AAAA.xml");
     EXPECT_EQ(closestCode({0, 0}), "BBBB");
-    setAirportFileAccess({});
 }
 
 TEST_F(AirportDirectory, aStandOfTheNeighbourAloneIsNearerThanNone) {
@@ -286,7 +288,6 @@ TEST_F(AirportDirectory, aStandOfTheNeighbourAloneIsNearerThanNone) {
     setAirportFileAccess({[](std::string_view icao) { return fmt::format("airports/{}.xml", icao); }, nullptr});
     writeFile("airports/AAAA.xml", R"(<parkpositions><parkpos id="A" latitude="0.05" longitude="0"/></parkpositions>)");
     EXPECT_EQ(closestCode({0, 0}), "AAAA");
-    setAirportFileAccess({});
 }
 
 TEST_F(AirportDirectory, theClosestIsTheSameAsWithAWalkOverAllDistances) {

@@ -17,8 +17,12 @@ std::size_t allocationsOfThisThread() {
     return allocations;
 }
 
-void failNextAllocationOfThisThread(std::size_t leastBytes) {
+FailingAllocation::FailingAllocation(std::size_t leastBytes) {
     leastFailingBytes = leastBytes;
+}
+
+FailingAllocation::~FailingAllocation() {
+    leastFailingBytes = never;
 }
 
 #ifndef TARNWING_SANITIZER_ALLOCATES

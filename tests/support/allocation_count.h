@@ -7,5 +7,11 @@
 /// Calls of operator new by this thread so far.
 std::size_t allocationsOfThisThread();
 
-/// The next allocation by this thread that is at least so large throws std::bad_alloc, once.
-void failNextAllocationOfThisThread(std::size_t leastBytes);
+/// While it lives, the next allocation by this thread that is at least so large throws std::bad_alloc, once.
+class FailingAllocation {
+public:
+    explicit FailingAllocation(std::size_t leastBytes);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+};

@@ -63,7 +63,7 @@ TEST_F(DownloadServerFaults, ofAnEmptyFileNothingIsLacking) {
 }
 
 TEST(DownloadServerFaultWords, areAllKnown) {
-    std::istringstream words{std::string(faultWords())};
+    std::istringstream words(faultWords());
     int count = 0;
     for (std::string word; words >> word;) {
         if (word == "or") {

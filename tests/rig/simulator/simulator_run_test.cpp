@@ -2,9 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/console.h"
@@ -92,30 +95,35 @@ TEST_F(SimulatorRun, endsWhenTheSceneQuits) {
     EXPECT_THAT(run(), HasSubstr("end: the simulator has quit\n"));
 }
 
+/// All that stands in a trace, which is whole.
+std::vector<TraceItem> itemsOf(const std::filesystem::path& trace) {
+    std::ifstream file(trace, std::ios::binary);
+    TraceReader reader(file);
+    std::vector<TraceItem> items;
+    for (TraceItem item; reader.next(item);) {
+        items.push_back(item);
+    }
+    EXPECT_FALSE(reader.endedEarly());
+    return items;
+}
+
 TEST_F(SimulatorRun, writesATraceOfEachFrame) {
     const platform::ManualClock clock(noon);
     options_.trace = "flight.trace";
     run();
-    std::ifstream file("flight.trace", std::ios::binary);
-    TraceReader reader(file);
-    TraceItem item;
-    int frames = 0;
-    while (reader.next(item)) {
-        frames += std::holds_alternative<TraceFrame>(item) ? 1 : 0;
-    }
-    EXPECT_NEAR(frames, 30, 1);
-    EXPECT_FALSE(reader.endedEarly());
+    const std::vector<TraceItem> items = itemsOf(options_.trace);
+    const auto frames = std::count_if(items.begin(), items.end(),
+                                      [](const TraceItem& item) { return std::holds_alternative<TraceFrame>(item); });
+    EXPECT_NEAR(static_cast<double>(frames), 30, 1);
 }
 
 TEST_F(SimulatorRun, theTraceTellsWhenItBegan) {
     const platform::ManualClock clock(noon);
     options_.trace = "flight.trace";
     run();
-    std::ifstream file("flight.trace", std::ios::binary);
-    TraceReader reader(file);
-    TraceItem item;
-    ASSERT_TRUE(reader.next(item));
-    const auto* event = std::get_if<TraceEvent>(&item);
+    const std::vector<TraceItem> items = itemsOf(options_.trace);
+    ASSERT_FALSE(items.empty());
+    const auto* event = std::get_if<TraceEvent>(&items.front());
     ASSERT_NE(event, nullptr);
     EXPECT_EQ(event->kind, TraceEventKind::act);
     EXPECT_EQ(event->name, "trace begins");
