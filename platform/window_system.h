@@ -44,13 +44,16 @@ struct WindowHandlers {
     void (*closeRequested)() = nullptr;
     /// A message of the program's own, of 32768 or above.
     void (*posted)(unsigned message) = nullptr;
+    /// Enter was pressed in the edit control with this identifier.
+    void (*entered)(int id) = nullptr;
 };
 
 /// The text of a string resource, at most 100 characters; empty when there is none.
 std::string resourceString(int id);
 
-/// False when the system refuses. The class has icon resource 100, the arrow cursor and a black background.
-bool registerWindowClass(std::string_view name, const WindowHandlers& handlers);
+/// False when the system refuses. The class has icon resource 100, the arrow cursor and a black background; the texts in edit
+/// and static controls stand on `textBackground`.
+bool registerWindowClass(std::string_view name, const WindowHandlers& handlers, Colour textBackground = 0xFFFFFF);
 
 /// Makes the window of the registered class, outer size and position as given, and shows it. False when the system
 /// refuses.
@@ -103,6 +106,8 @@ enum class ControlKind { checkBox, button, edit, comboBox };
 bool createControl(ControlKind kind, int id, std::string_view label, const Rectangle& at);
 bool enableControl(int id, bool enabled);
 bool setControlText(int id, std::string_view text);
+/// What stands in the control. Throws std::runtime_error "wide_to_utf8: invalid UTF-16" when it is no text.
+std::string controlText(int id);
 bool setChecked(int id, bool checked);
 bool setComboEntries(int id, const std::vector<std::string>& entries);
 /// Selects an entry by its place; -1 selects none.

@@ -8,6 +8,7 @@
 #include "core/parameters.h"
 #include "core/program_info.h"
 #include "core/program_version.h"
+#include "window/controls.h"
 #include "window/painted_text.h"
 #include "window/status_strip.h"
 #include "window/window_layout.h"
@@ -67,6 +68,7 @@ void paintWindow(Painter& painter) {
     }
     paintTitle(painter);
     paintStatusStrip(painter);
+    paintLabels(painter);
     paintMessageLine(painter);
 }
 

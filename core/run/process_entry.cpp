@@ -19,8 +19,10 @@
 #include "platform/single_instance.h"
 #include "platform/window_system.h"
 #include "sim/session.h"
+#include "window/controls.h"
 #include "window/main_window.h"
 #include "window/status_display.h"
+#include "window/window_layout.h"
 #include "window/window_state.h"
 
 namespace {
@@ -105,8 +107,8 @@ bool bringUp(const std::vector<std::string>& arguments) {
         log("Failed to load application title");
         return false;
     }
-    const window_system::WindowHandlers handlers{nullptr, paintWindow, onCloseRequested, onPosted};
-    if (!window_system::registerWindowClass(title, handlers)) {
+    const window_system::WindowHandlers handlers{createControls, paintWindow, onCloseRequested, onPosted, enterPressed};
+    if (!window_system::registerWindowClass(title, handlers, lightBlue)) {
         log("Failed to register window class");
         return false;
     }

@@ -32,6 +32,9 @@ struct State {
     bool topMost = false;
     std::vector<Rectangle> monitors{oneMonitor};
     std::map<int, memory::Control> controls;
+    /// What the user typed, as the window system keeps it: it need not be valid text.
+    std::map<int, std::u16string> typedTexts;
+    std::deque<int> entered;
     std::vector<memory::PaintedText> texts;
     std::vector<memory::PaintedFill> fills;
     std::vector<memory::PaintedLine> lines;
@@ -66,13 +69,14 @@ public:
 
 /// What the message loop does next, decided under the lock and carried out without it.
 struct Step {
-    enum class Kind { close, posted, paint, quit } kind = Kind::paint;
+    enum class Kind { close, posted, entered, paint, quit } kind = Kind::paint;
     unsigned message = 0;
     int quitCode = 0;
+    int control = 0;
 };
 
 bool hasWork(const State& s) {
-    return s.closeClicked || !s.posted.empty() || s.quitCode || s.paintWanted;
+    return s.closeClicked || !s.posted.empty() || !s.entered.empty() || s.quitCode || s.paintWanted;
 }
 
 Step nextStep() {
@@ -86,6 +90,11 @@ Step nextStep() {
         const unsigned message = state.posted.front();
         state.posted.pop_front();
         return {Step::Kind::posted, message};
+    }
+    if (!state.entered.empty()) {
+        const int control = state.entered.front();
+        state.entered.pop_front();
+        return {Step::Kind::entered, 0, 0, control};
     }
     if (state.quitCode) {
         const int code = *state.quitCode;
@@ -137,7 +146,7 @@ std::string resourceString(int id) {
     return id == titleResource && !state.refuseResourceStrings ? "Tarnwing_P3D" : "";
 }
 
-bool registerWindowClass(std::string_view, const WindowHandlers& handlers) {
+bool registerWindowClass(std::string_view, const WindowHandlers& handlers, Colour) {
     const std::lock_guard lock(stateLock);
     state.handlers = handlers;
     state.classRegistered = !state.refuseWindowClass;
@@ -169,6 +178,7 @@ int runMessageLoop() {
         switch (step.kind) {
         case Step::Kind::close: handlers().closeRequested(); break;
         case Step::Kind::posted: handlers().posted(step.message); break;
+        case Step::Kind::entered: handlers().entered(step.control); break;
         case Step::Kind::paint: memory::paintNow(); break;
         case Step::Kind::quit: return step.quitCode;
         }
@@ -243,6 +253,8 @@ void destroyWindow() {
     change([](State& s) {
         s.windowExists = false;
         s.controls.clear();
+        s.typedTexts.clear();
+        s.entered.clear();
         // What was meant for this window does not reach the next one.
         s.closeClicked = false;
         s.posted.clear();
@@ -264,7 +276,19 @@ bool enableControl(int id, bool enabled) {
 }
 
 bool setControlText(int id, std::string_view text) {
-    return changeControl(id, [=](memory::Control& c) { c.text = text; });
+    return changeControl(id, [=](memory::Control& c) {
+        c.text = text;
+        state.typedTexts.erase(id);
+    });
+}
+
+std::string controlText(int id) {
+    const std::lock_guard lock(stateLock);
+    if (const auto typed = state.typedTexts.find(id); typed != state.typedTexts.end()) {
+        return platform::utf8FromUtf16(typed->second);
+    }
+    const auto found = state.controls.find(id);
+    return found == state.controls.end() ? std::string() : found->second.text;
 }
 
 bool setChecked(int id, bool checked) {
@@ -340,6 +364,20 @@ std::optional<Control> control(int id) {
     const std::lock_guard lock(stateLock);
     const auto found = state.controls.find(id);
     return found == state.controls.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool enterText(int id, std::u16string_view text) {
+    bool entered = false;
+    change([&](State& s) {
+        const auto found = s.controls.find(id);
+        entered = found != s.controls.end() && found->second.enabled;
+        if (entered) {
+            found->second.text = platform::repairedUtf8(text);
+            s.typedTexts[id] = text;
+            s.entered.push_back(id);
+        }
+    });
+    return entered;
 }
 
 bool windowExists() {

@@ -24,6 +24,8 @@ constexpr unsigned endOfOwnMessages = 0xC000;
 std::atomic<HWND> window{nullptr};
 std::wstring className;
 WindowHandlers handlers;
+Colour textBackground = 0xFFFFFF;
+constexpr WPARAM enterCharacter = 13;
 
 HINSTANCE module() {
     return GetModuleHandleW(nullptr);
@@ -116,6 +118,12 @@ void paint(HWND handle) {
     }
 }
 
+LRESULT paintControlText(HDC device) {
+    SetBkMode(device, OPAQUE);
+    SetBkColor(device, textBackground);
+    return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+}
+
 LRESULT handleMessage(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
     switch (message) {
     case WM_CREATE:
@@ -127,6 +135,8 @@ LRESULT handleMessage(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
     case WM_PAINT: paint(handle); return 0;
     // Every pixel is painted anyway; erasing first would only make it flicker.
     case WM_ERASEBKGND: return 1;
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORSTATIC: return paintControlText(reinterpret_cast<HDC>(wide));
     case WM_CLOSE: handlers.closeRequested(); return 0;
     case WM_DESTROY:
         window = nullptr;
@@ -144,14 +154,39 @@ LRESULT handleMessage(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
 /// What a handler of the program threw; it must not pass through the system's code, so the message loop throws it on.
 std::exception_ptr handlerFailure;
 
-LRESULT CALLBACK windowProcedure(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
+template <typename Handler>
+LRESULT keepingFailures(Handler handle) {
     try {
-        return handleMessage(handle, message, wide, extra);
+        return handle();
     } catch (...) {
         handlerFailure = std::current_exception();
         PostQuitMessage(0);
         return 0;
     }
+}
+
+LRESULT CALLBACK windowProcedure(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
+    return keepingFailures([&] { return handleMessage(handle, message, wide, extra); });
+}
+
+/// That of all edit controls before the program took Enter from them.
+WNDPROC formerEditProcedure = nullptr;
+
+LRESULT CALLBACK editProcedure(HWND handle, UINT message, WPARAM wide, LPARAM extra) {
+    if (message != WM_CHAR || wide != enterCharacter) {
+        return CallWindowProcW(formerEditProcedure, handle, message, wide, extra);
+    }
+    return keepingFailures([&]() -> LRESULT {
+        if (handlers.entered != nullptr) {
+            handlers.entered(GetDlgCtrlID(handle));
+        }
+        return 0;
+    });
+}
+
+void takeEnterFrom(HWND edit) {
+    formerEditProcedure =
+        reinterpret_cast<WNDPROC>(SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&editProcedure)));
 }
 
 const wchar_t* controlClass(ControlKind kind) {
@@ -186,8 +221,9 @@ std::string resourceString(int id) {
     return length <= 0 ? std::string() : platform::utf8FromWide({text, static_cast<std::size_t>(length)});
 }
 
-bool registerWindowClass(std::string_view name, const WindowHandlers& routines) {
+bool registerWindowClass(std::string_view name, const WindowHandlers& routines, Colour behindTexts) {
     handlers = routines;
+    textBackground = behindTexts;
     className = platform::wideFromUtf8(name);
     WNDCLASSEXW windowClass{};
     windowClass.cbSize = sizeof windowClass;
@@ -313,9 +349,13 @@ void destroyWindow() {
 }
 
 bool createControl(ControlKind kind, int id, std::string_view label, const Rectangle& at) {
-    return CreateWindowExW(0, controlClass(kind), platform::wideFromUtf8(label).c_str(), controlStyle(kind), at.left,
-                           at.top, at.width(), at.height(), window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                           module(), nullptr) != nullptr;
+    const HWND handle = CreateWindowExW(0, controlClass(kind), platform::wideFromUtf8(label).c_str(),
+                                        controlStyle(kind), at.left, at.top, at.width(), at.height(), window,
+                                        reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), module(), nullptr);
+    if (handle != nullptr && kind == ControlKind::edit) {
+        takeEnterFrom(handle);
+    }
+    return handle != nullptr;
 }
 
 bool enableControl(int id, bool enabled) {
@@ -329,6 +369,18 @@ bool enableControl(int id, bool enabled) {
 bool setControlText(int id, std::string_view text) {
     const HWND handle = control(id);
     return handle != nullptr && SetWindowTextW(handle, platform::wideFromUtf8(text).c_str()) != 0;
+}
+
+std::string controlText(int id) {
+    const HWND handle = control(id);
+    if (handle == nullptr) {
+        return {};
+    }
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(handle)), L'\0');
+    // One more for the zero behind it, which the string has room for.
+    const int length = GetWindowTextW(handle, text.data(), static_cast<int>(text.size()) + 1);
+    text.resize(static_cast<std::size_t>(length));
+    return platform::utf8FromWide(text);
 }
 
 bool setChecked(int id, bool checked) {

@@ -1,0 +1,66 @@
+// window/install_path.cpp
+#include "window/install_path.h"
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "core/exit_reason.h"
+#include "core/parameter_file.h"
+#include "core/parameters.h"
+#include "core/program_info.h"
+#include "platform/files.h"
+#include "platform/text_encoding.h"
+#include "window/window_state.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int secondsToRestart = 3;
+
+std::string withoutQuotes(std::string_view text) {
+    if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
+        text = text.substr(1, text.size() - 2);
+    }
+    return std::string(text);
+}
+
+/// A message would not be seen while an error stands, and it is the error that asks for the path.
+void refuse(const std::string& why) {
+    if (shownError().empty()) {
+        showMessage(why, LogCopy::yes);
+    } else {
+        showError(why);
+    }
+}
+
+/// Why the path cannot be taken; empty when it can.
+std::string objectionTo(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(platform::pathFromUtf8(path), error);
+    if (error && status.type() != fs::file_type::not_found) {
+        return fmt::format("Cannot access install path '{}': {}", path, platform::readableText(error.message()));
+    }
+    return fs::is_directory(status) ? "" : fmt::format("This install path does not exist: {}", path);
+}
+
+} // namespace
+
+void takeInstallPath(const std::string& typed) {
+    const std::string path = withoutQuotes(typed);
+    if (path.empty()) {
+        SIM_INSTALL_PATH.setValue({});
+        return;
+    }
+    if (const std::string objection = objectionTo(path); !objection.empty()) {
+        refuse(objection);
+        return;
+    }
+    SIM_INSTALL_PATH.setValue(path);
+    saveParameter(SIM_INSTALL_PATH);
+    showMessage(fmt::format("Install path exists, {} will restart", programName), LogCopy::yes);
+    gf_stopRun(ExitReason::newSettings, secondsToRestart);
+}
