@@ -119,8 +119,9 @@ struct DayMemory {
     LiveMemory afterHour;
     LiveMemory afterDay;
     std::uint32_t othersThanFirst = 0; ///< aircraft behind the first hour
-    /// Of these, the liveries that are kept for their return, a block each.
-    std::size_t rememberedMore = 0;
+    /// Liveries that are kept for the return of an aircraft, a block each; the day's end forgets them.
+    std::size_t rememberedAfterHour = 0;
+    std::size_t rememberedAfterDay = 0;
     rig::ReplayCounts counts;
 };
 
@@ -129,11 +130,11 @@ DayMemory flyDay() {
     DayMemory memory;
     Day day;
     const std::uint32_t first = day.fly(1, 0);
-    const std::size_t remembered = hexidLiveries.size();
+    memory.rememberedAfterHour = hexidLiveries.size();
     memory.afterHour = liveMemory();
     memory.othersThanFirst = day.fly(23, first);
     memory.afterDay = liveMemory();
-    memory.rememberedMore = hexidLiveries.size() - remembered;
+    memory.rememberedAfterDay = hexidLiveries.size();
     memory.counts = day.counts();
     return memory;
 }
@@ -157,7 +158,8 @@ void measureDay(const std::string& filter) {
                       difference(memory.afterHour.bytes, memory.afterDay.bytes) / memory.othersThanFirst));
     print(filter, "replay.day_growth_blocks",
           fmt::format("{:.0f} blocks", difference(memory.afterHour.blocks, memory.afterDay.blocks)));
-    print(filter, "replay.day_remembered_liveries", fmt::format("{} blocks", memory.rememberedMore));
+    print(filter, "replay.day_remembered_after_hour", fmt::format("{} liveries", memory.rememberedAfterHour));
+    print(filter, "replay.day_remembered_after_day", fmt::format("{} liveries", memory.rememberedAfterDay));
     print(filter, "replay.day_new_aircraft", fmt::format("{} aircraft", memory.othersThanFirst));
     print(filter, "replay.day_mean_aircraft", fmt::format("{:.1f} aircraft", memory.counts.mean));
     print(filter, "replay.day_s", fmt::format("{:.1f} s", seconds));
