@@ -26,11 +26,6 @@ void sayOnce(const std::string& model, const char* reason) {
     }
 }
 
-std::string modelOf(const FeedRecord& record) {
-    const std::optional<DbaseRecord> known = gf_findRegcodeRecord(record.registration);
-    return known && !known->type.empty() ? std::string(known->type) : record.type;
-}
-
 bool isModelWanted(const std::string& model) {
     if (!gAllTypes.contains(model)) {
         sayOnce(model, "the type is not known");
@@ -66,6 +61,11 @@ LiveAircraft aircraftOf(FeedRecord&& record, std::string model) {
 }
 
 } // namespace
+
+std::string modelOf(const FeedRecord& record) {
+    const std::optional<DbaseRecord> known = gf_findRegcodeRecord(record.registration);
+    return known && !known->type.empty() ? std::string(known->type) : record.type;
+}
 
 void newAircraft(FeedRecord&& record) {
     std::string model = modelOf(record);

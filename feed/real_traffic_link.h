@@ -25,6 +25,9 @@ bool waitForClient(const std::function<void()>& eachPoll = {});
 /// Makes the accepted connection the client's. False, with a log line, when the connection refuses.
 bool takeClient(platform::StreamSocket&& accepted);
 
+/// Throws away what the client has said unasked: unread, it would hide from the next send that the client has closed.
+void dropWhatTheClientSaid();
+
 /// Sends the whole text. When that fails, or takes longer than a second, the client has gone: its socket is closed.
 bool sendDataPacket(std::string_view text);
 

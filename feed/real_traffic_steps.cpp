@@ -1,6 +1,8 @@
 // feed/real_traffic_steps.cpp
 #include "feed/real_traffic_steps.h"
 
+#include <array>
+#include <charconv>
 #include <chrono>
 #include <fmt/format.h>
 
@@ -99,6 +101,14 @@ void sendOrLose(const std::string& text) {
     }
 }
 
+/// The shortest text that gives the number back, as the standard formatter writes it: 200000 is "2e+05", which {fmt} never
+/// makes of it.
+std::string shortestText(double number) {
+    std::array<char, 32> text;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return {text.data(), end};
+}
+
 } // namespace
 
 void openRealTrafficLink() {
@@ -129,6 +139,7 @@ void sendUserState() {
         return;
     }
     if (clientConnected) {
+        dropWhatTheClientSaid();
         sendOrLose(userStateText(gUserState));
     } else {
         awaitReturn();
@@ -143,6 +154,7 @@ void sendSimTime() {
 
 std::string userStateText(const UserState& state) {
     return fmt::format("Qs121={:.0};{:.0};{:.6f};{:.0};{};{:.6f};{:.6f}\r\n", state.pitch * angleScale,
-                       state.bank * angleScale, state.heading, state.alt * thousandths, state.groundSpeed * thousandths,
-                       state.lat * radiansPerDegree, state.lon * radiansPerDegree);
+                       state.bank * angleScale, state.heading, state.alt * thousandths,
+                       shortestText(state.groundSpeed * thousandths), state.lat * radiansPerDegree,
+                       state.lon * radiansPerDegree);
 }

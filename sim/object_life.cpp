@@ -170,8 +170,13 @@ void stepActivation(EngineMessage& message) {
         wakeLights(message);
         return;
     }
-    activate(message);
+    // First, so that an activation that fails is not begun again.
     message.counter = doneWith;
+    activate(message);
+}
+
+void forgetDoneActivations() {
+    std::erase_if(pendingActivations, [](const EngineMessage& message) { return message.counter < 0; });
 }
 
 void startActivation(EngineMessage message) {
@@ -259,10 +264,11 @@ void creationRefused(const EngineMessage& message) {
 }
 
 void stepPendingActivations() {
+    forgetDoneActivations(); // what a step that failed has left
     for (EngineMessage& message : pendingActivations) {
         stepActivation(message);
     }
-    std::erase_if(pendingActivations, [](const EngineMessage& message) { return message.counter < 0; });
+    forgetDoneActivations();
 }
 
 void resetObjectLife() {

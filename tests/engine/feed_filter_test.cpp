@@ -54,6 +54,28 @@ TEST_F(FeedFilter, twoTransmittersOfOneCallSignAndTypeAreOneAircraft) {
     EXPECT_EQ(liveTable.size(), 1u);
 }
 
+TEST_F(FeedFilter, twoTransmittersAreOneAircraftThoughTheRegistrationTellsAnotherType) {
+    knowRegistration("PH-ABC", "KLM", "B77W");
+    FeedRecord first = recordOf(airSample(0, 0, 3000));
+    FeedRecord second = first;
+    second.hexid = testHexid + 1;
+    processFeedRecord(std::move(first));
+    processFeedRecord(std::move(second));
+    ASSERT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(liveTable[0].model, "B77W");
+}
+
+TEST_F(FeedFilter, twoTransmittersAreOneAircraftThoughOnlyTheSecondOnesRegistrationTellsAnotherType) {
+    knowRegistration("PH-ABC", "KLM", "B77W");
+    FeedRecord first = recordOf(airSample(0, 0, 3000));
+    FeedRecord second = first;
+    first.registration = "PH-XYZ";
+    second.hexid = testHexid + 1;
+    processFeedRecord(std::move(first));
+    processFeedRecord(std::move(second));
+    EXPECT_EQ(liveTable.size(), 1u);
+}
+
 TEST_F(FeedFilter, oneCallSignOnTwoTypesIsTwoAircraft) {
     processFeedRecord(recordOf(airSample(0, 0, 3000)));
     FeedRecord second = recordOf(airSample(0, 0, 3000));

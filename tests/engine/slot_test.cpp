@@ -320,6 +320,32 @@ TEST_F(Slot, aMessageThatFailsIsLoggedAndTheNextIsServedInTheSameSlot) {
     EXPECT_THAT(engineInbox, IsEmpty());
 }
 
+TEST_F(Slot, anActivationThatFailsCostsItselfAndTheNextIsActive) {
+    LiveAircraft& failing = flying();
+    failing.callsign = std::string(5000, 'X'); // there is no memory for the line that names it
+    failing.stream.clear();
+    LiveAircraft& other = flying();
+    other.hexid = 20001;
+    other.objectId = 78;
+    for (LiveAircraft& aircraft : liveTable) {
+        aircraft.lifeState = LifeState::adding2sim;
+        EngineMessage due;
+        due.kind = EngineMessageKind::liveObjectExists;
+        due.id = aircraft.hexid;
+        due.objectId = aircraft.objectId;
+        due.counter = 200;
+        pendingActivations.push_back(due);
+    }
+    const FailingAllocation noMemory(5000);
+    readInbox();
+    EXPECT_THAT(log.lines(), Contains("readInbox exception: std::bad_alloc"));
+    readInbox();
+    EXPECT_THAT(pendingActivations, IsEmpty());
+    EXPECT_EQ(liveTable[1].lifeState, LifeState::active);
+    EXPECT_TRUE(eventQueue.empty() || eventQueue[0].objectId == 78u)
+        << "nothing is begun anew with the one that failed";
+}
+
 TEST_F(Slot, theInboxIsEmptyAfterwards) {
     tell(EngineMessageKind::objectRemoved, 4711, 0);
     readInbox();

@@ -166,6 +166,14 @@ TEST(UserStateText, holdsTheGroundSpeedWithAllItsDigits) {
     EXPECT_EQ(userStateText(state), "Qs121=0;0;0.000000;0;123456.7891;0.000000;0.000000\r\n");
 }
 
+TEST(UserStateText, holdsARoundGroundSpeedInItsShortestForm) {
+    UserState state;
+    state.groundSpeed = 200;
+    EXPECT_EQ(userStateText(state), "Qs121=0;0;0.000000;0;2e+05;0.000000;0.000000\r\n");
+    state.groundSpeed = 210;
+    EXPECT_EQ(userStateText(state), "Qs121=0;0;0.000000;0;210000;0.000000;0.000000\r\n");
+}
+
 // Opening
 
 TEST_F(RealTraffic, thePortOfTheSettingsIsListenedOn) {
@@ -413,6 +421,26 @@ TEST_F(RealTraffic, aClientThatDisconnectsIsNoticedAtTheNextSend) {
                                          "sendDataPacket to RealTraffic failed: 10054 Connection reset by peer",
                                          "RealTraffic client socket closed",
                                          isAtAClockTime("RealTraffic gone? Wait for RealTraffic to re-connect ...")));
+}
+
+TEST_F(RealTraffic, aClientThatDisconnectsBehindLastWordsIsNoticedAtTheNextSend) {
+    connectClient();
+    client.send("good night");
+    client.close();
+    ASSERT_TRUE(eventually([] { return clientSocket.waitingBytes() == 10; }));
+    sendUserState();
+    EXPECT_FALSE(clientConnected);
+    EXPECT_FALSE(gWindowState.realTrafficLit);
+}
+
+TEST_F(RealTraffic, aClientThatTalksIsToldWhereTheUserIsAllTheSame) {
+    connectClient();
+    client.send(std::string(100000, 'x'));
+    const std::string text = userStateText(gUserState);
+    for (int i = 0; i < 5; ++i) {
+        sendUserState();
+        EXPECT_EQ(client.read(text.size()), text);
+    }
 }
 
 TEST_F(RealTraffic, aLossThatTheSimulatorsTimeNoticesIsALossToo) {
