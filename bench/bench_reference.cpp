@@ -20,6 +20,7 @@
 #include "liveries/reference_data.h"
 #include "liveries/reference_tables.h"
 #include "parking/airport_directory.h"
+#include "parking/closest_airport.h"
 
 namespace fs = std::filesystem;
 

@@ -116,7 +116,7 @@ bool askForScan(CheckBoxParameter& scan) {
 
 bool downloadFile(const fs::path& path) {
     const std::string fileName = platform::utf8FromPath(path.filename());
-    showMessage(fmt::format("Downloading {} ...", fileName), LogCopy::no);
+    const StepMessage step(fmt::format("Downloading {} ...", fileName));
     return lf_downloadDataFile(fileName, path);
 }
 
@@ -186,8 +186,7 @@ std::optional<WebVersions> parseWebVersions(std::string_view text) {
 }
 
 bool gf_checkVersions() {
-    showMessage("Looking for new data ...", LogCopy::no);
+    const StepMessage step("Looking for new data ...");
     bringAllUpToDate();
-    clearMessage();
     return true;
 }

@@ -8,6 +8,7 @@
 
 #include "fuzz/memory_folder.h"
 #include "parking/airport_directory.h"
+#include "parking/closest_airport.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include "liveries/livery_scan.h"
 #include "liveries/livery_tables.h"
 #include "liveries/registration_codes.h"
+#include "window/window_state.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ public:
 };
 
 void buildTables() {
+    const StepMessage step("Building the livery tables ...");
     lf_readLiveries();
     lf_buildAirlineTables();
     gf_processInlineRegcodes();

@@ -254,10 +254,8 @@ bool openAndRead() {
 } // namespace
 
 bool gf_readDataFiles() {
-    showMessage("Reading the aircraft data ...", LogCopy::no);
-    const bool read = openAndRead();
-    clearMessage();
-    return read;
+    const StepMessage step("Reading the aircraft data ...");
+    return openAndRead();
 }
 
 bool lf_readReferenceXml(const fs::path& path, const RowReport& report) {

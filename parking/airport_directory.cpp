@@ -2,8 +2,8 @@
 #include "parking/airport_directory.h"
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <unordered_set>
 
@@ -16,8 +16,8 @@
 #include "core/text_parts.h"
 #include "distribution/clear_file.h"
 #include "distribution/sealed_file.h"
-#include "parking/closest_stand.h"
 #include "platform/files.h"
+#include "window/window_state.h"
 
 namespace fs = std::filesystem;
 
@@ -104,54 +104,13 @@ void openAndRead() {
     lf_readAirportXml(clear.path(), logError);
 }
 
-// --- The closest one ---
-
-constexpr double farAwayNm = 100.0;
-constexpr double reachNm = 5.0;
-/// More than the reach along a meridian, so that no airport within it is passed over for its latitude.
-constexpr double reachLatitudeDeg = reachNm / (earthDiameterNm / 2) * degreesPerRadian * 1.001;
-
-/// The two that held the lead last.
-struct Closest {
-    const Airport* best = nullptr;
-    const Airport* neighbour = nullptr;
-};
-
-Closest closestTo(const LatLon& position) {
-    Closest closest;
-    double bestNm = farAwayNm;
-    for (const Airport& airport : gAirports) {
-        if (!(std::abs(airport.lat - position.lat) <= reachLatitudeDeg)) {
-            continue;
-        }
-        const double distanceNm = greatCircleNm(position, {airport.lat, airport.lon});
-        if (distanceNm <= reachNm && distanceNm < bestNm) {
-            closest = {&airport, closest.best};
-            bestNm = distanceNm;
-        }
-    }
-    return closest;
-}
-
-ClosestStand closestStandAt(const Airport& airport, const LatLon& position) {
-    ClosestStand closest;
-    closest.distanceNm = gf_readDestApfForClosestStand(airport.code, position, closest.id);
-    return closest;
-}
-
-const Airport& closerByStand(const Airport& best, const Airport& neighbour, const LatLon& position) {
-    log(fmt::format("Airport {} is closest, neighbour is {}", best.code, neighbour.code));
-    const ClosestStand standOfBest = closestStandAt(best, position);
-    const ClosestStand standOfNeighbour = closestStandAt(neighbour, position);
-    return lf_closerByStand(best, standOfBest, neighbour, standOfNeighbour);
-}
-
 } // namespace
 
 bool gf_readAirports() {
     if (isRead) {
         return !gAirports.empty();
     }
+    const StepMessage step("Reading the airports ...");
     try {
         openAndRead();
         isRead = true;
@@ -185,17 +144,6 @@ const Airport* find_airport(std::string_view code) {
 
 bool is_supported_airport(std::string_view code) {
     return codes.contains(code);
-}
-
-std::optional<Airport> closest_airport(const LatLon& position) {
-    const Closest closest = closestTo(position);
-    if (closest.best == nullptr) {
-        return std::nullopt;
-    }
-    if (closest.neighbour == nullptr) {
-        return *closest.best;
-    }
-    return closerByStand(*closest.best, *closest.neighbour, position);
 }
 
 void resetAirportDirectory() {

@@ -1,17 +1,14 @@
 // parking/airport_directory.h
-// Every airport that the live feed can serve, and the closest one. Read once by the run thread during start-up; afterwards
-// it does not change, and any thread may read.
+// Every airport that the live feed can serve. Read once by the run thread during start-up; afterwards it does not change,
+// and any thread may read.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "core/geography.h"
 
 struct Airport {
     std::string code; ///< ICAO
@@ -37,10 +34,6 @@ void lf_readAirportXml(const std::filesystem::path& path, const std::function<vo
 /// Null when there is none of that code.
 const Airport* find_airport(std::string_view code);
 bool is_supported_airport(std::string_view code);
-
-/// The airport within 5 nm that is closest to a position; nothing when there is none. Of two neighbouring ones the one with
-/// the nearer stand, for which their files are read: it may block for the length of two downloads.
-std::optional<Airport> closest_airport(const LatLon& position);
 
 /// No airport known, and none read.
 void resetAirportDirectory();

@@ -79,13 +79,3 @@ double gf_readDestApfForClosestStand(std::string_view code, const LatLon& positi
         return noStandNm;
     }
 }
-
-const Airport& lf_closerByStand(const Airport& best, const ClosestStand& standOfBest, const Airport& neighbour,
-                                const ClosestStand& standOfNeighbour) {
-    if (standOfNeighbour.distanceNm >= standOfBest.distanceNm) {
-        return best;
-    }
-    log(fmt::format("Airport {} is closest, but stand {} at neighbouring airport {} is closer at {:.0F} meters ...",
-                    best.code, standOfNeighbour.id, neighbour.code, standOfNeighbour.distanceNm * metersPerNm));
-    return neighbour;
-}

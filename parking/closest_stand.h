@@ -1,5 +1,5 @@
 // parking/closest_stand.h
-// Which of two neighbouring airports the user stands at, by the nearest stand of each. Run thread.
+// How far it is to the nearest stand of an airport, by its file. Run thread.
 #pragma once
 
 #include <filesystem>
@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "core/geography.h"
-#include "parking/airport_directory.h"
 
 /// The way to the airport files, which have a unit of their own. Without it no file is found.
 struct AirportFileAccess {
@@ -38,7 +37,3 @@ ClosestStand lf_closestStandInFile(const std::filesystem::path& path, const LatL
 /// file cannot be found, fetched or read, or names no stand; never throws. Blocks for the length of a download; what was
 /// downloaded is removed again, another file never.
 double gf_readDestApfForClosestStand(std::string_view code, const LatLon& position, std::string& standId);
-
-/// The neighbour when its stand is nearer, otherwise the best.
-const Airport& lf_closerByStand(const Airport& best, const ClosestStand& standOfBest, const Airport& neighbour,
-                                const ClosestStand& standOfNeighbour);

@@ -140,10 +140,31 @@ void takePlace(const fs::path& stage, const fs::path& target) {
     fs::remove_all(formerFolder(target), ignored);
 }
 
-/// What is published and not made anew stays.
-void copyPublished(const fs::path& target, const fs::path& stage) {
-    if (fs::exists(liveFolder(target))) {
-        fs::copy(liveFolder(target), liveFolder(stage), fs::copy_options::recursive);
+/// By a second name for the same file, which is for nothing however large it is; a file system that knows none gets a copy.
+void takeOver(const fs::directory_entry& file, const fs::path& to) {
+    std::error_code refusal = std::make_error_code(std::errc::not_supported);
+    if (!file.is_symlink()) {
+        fs::create_hard_link(file.path(), to, refusal);
+    }
+    if (refusal) {
+        fs::copy_file(file.path(), to);
+    }
+}
+
+/// What is published and not made anew stays. The last step before the version file, for to write into a file that was taken
+/// over would be to write into the published one.
+void takeOverPublished(const fs::path& target, const fs::path& stage) {
+    const fs::path live = liveFolder(target);
+    if (!fs::exists(live)) {
+        return;
+    }
+    for (const auto& entry : fs::recursive_directory_iterator(live, fs::directory_options::follow_directory_symlink)) {
+        const fs::path to = liveFolder(stage) / entry.path().lexically_relative(live);
+        if (entry.is_directory()) {
+            fs::create_directories(to);
+        } else if (!fs::exists(to)) {
+            takeOver(entry, to);
+        }
     }
 }
 
@@ -174,9 +195,9 @@ void publishDownloads(const fs::path& source, const ProgramVersion& version, con
                       const DataKey& key) {
     tidyUp(target);
     const Stage stage(fs::absolute(target).lexically_normal());
-    copyPublished(target, stage.path());
     sealDataFiles(source, stage.path(), key);
     copyFolders(source, stage.path());
+    takeOverPublished(target, stage.path());
     writeText(stage.path() / versionFile, versionsText(version, stage.path()));
     takePlace(stage.path(), target);
 }

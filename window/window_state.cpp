@@ -1,6 +1,8 @@
 // window/window_state.cpp
 #include "window/window_state.h"
 
+#include <utility>
+
 #include <fmt/format.h>
 
 #include "core/log.h"
@@ -63,6 +65,22 @@ void showMessage(std::string_view text, LogCopy toLog) {
 
 void clearMessage() {
     setMessage({});
+}
+
+StepMessage::StepMessage(std::string_view text) : text_(text), former_(shownMessage()) {
+    setMessage(text_);
+}
+
+StepMessage::~StepMessage() {
+    {
+        const std::lock_guard lock(gMessageMutex);
+        if (messageText != text_) {
+            return;
+        }
+        messageText = std::move(former_);
+        messageAgeSeconds = 0;
+    }
+    askForRepaint();
 }
 
 void showError(std::string_view text) {

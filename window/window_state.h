@@ -44,6 +44,20 @@ enum class LogCopy { no, yes };
 void showMessage(std::string_view text, LogCopy toLog);
 void clearMessage();
 
+/// A line for as long as a step of the start-up lasts. In the end the line before it stands again, unless another has taken
+/// the place of the step's meanwhile. Any thread.
+class StepMessage {
+public:
+    explicit StepMessage(std::string_view text);
+    ~StepMessage();
+    StepMessage(const StepMessage&) = delete;
+    StepMessage& operator=(const StepMessage&) = delete;
+
+private:
+    std::string text_;
+    std::string former_;
+};
+
 /// Shows a line on red that stays, and logs "Error {}". Any thread.
 void showError(std::string_view text);
 void clearError();

@@ -26,7 +26,7 @@ constexpr const char* portalPage = "<html><body>Please log in first.</body></htm
 constexpr const char* contentType = "application/octet-stream";
 constexpr std::chrono::milliseconds stallLook{20};
 constexpr std::chrono::milliseconds slowPause{10};
-constexpr std::size_t slowPieces = 20;
+constexpr std::size_t piecesOfSlowBody = 20;
 
 struct FaultRule {
     ServerFault fault = ServerFault::none;
@@ -73,16 +73,18 @@ void answerHalf(httplib::Response& response, std::string content) {
     answerUnderLength(response, promised, std::move(content));
 }
 
-/// In the end it is all there.
-void answerSlowly(httplib::Response& response, std::string content, const std::atomic<bool>& ending) {
-    const std::size_t piece = content.size() / slowPieces + 1;
+/// In the end it is all there. Counts the pieces.
+void answerSlowly(httplib::Response& response, std::string content, std::atomic<std::size_t>& pieces,
+                  const std::atomic<bool>& ending) {
+    const std::size_t piece = content.size() / piecesOfSlowBody + 1;
     const std::size_t promised = content.size();
-    response.set_content_provider(
-        promised, contentType,
-        [content = std::move(content), piece, &ending](std::size_t offset, std::size_t left, httplib::DataSink& sink) {
-            std::this_thread::sleep_for(slowPause);
-            return !ending && sink.write(content.data() + offset, std::min(piece, left));
-        });
+    response.set_content_provider(promised, contentType,
+                                  [content = std::move(content), piece, &pieces,
+                                   &ending](std::size_t offset, std::size_t left, httplib::DataSink& sink) {
+                                      std::this_thread::sleep_for(slowPause);
+                                      ++pieces;
+                                      return !ending && sink.write(content.data() + offset, std::min(piece, left));
+                                  });
 }
 
 /// Sends half, and then looks until it is told to end or the client is gone.
@@ -140,6 +142,7 @@ struct DownloadServer::State {
     fs::path folder;
     int port = 0;
     std::atomic<bool> ending{false};
+    std::atomic<std::size_t> slowPieces{0};
     mutable std::mutex mutex; // guards the three below
     FaultRule rule;
     std::vector<std::string> requests;
@@ -180,7 +183,7 @@ struct DownloadServer::State {
         const std::size_t size = content.size();
         switch (fault) {
         case ServerFault::halfBody: answerHalf(response, std::move(content)); return;
-        case ServerFault::slow: answerSlowly(response, std::move(content), ending); return;
+        case ServerFault::slow: answerSlowly(response, std::move(content), slowPieces, ending); return;
         case ServerFault::stall: answerAndStall(response, std::move(content), ending); return;
         case ServerFault::halfLength: answerUnderLength(response, (size + 1) / 2, std::move(content)); return;
         case ServerFault::doubleLength: answerUnderLength(response, 2 * size, std::move(content)); return;
@@ -237,4 +240,8 @@ std::vector<std::string> DownloadServer::requests() const {
 std::vector<std::string> DownloadServer::userAgents() const {
     const std::lock_guard lock(state_->mutex);
     return state_->userAgents;
+}
+
+std::size_t DownloadServer::slowPieces() const {
+    return state_->slowPieces;
 }

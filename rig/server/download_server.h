@@ -3,6 +3,7 @@
 // its routines may be called from any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -50,6 +51,9 @@ public:
     /// The paths asked for so far, and the user agents that asked.
     std::vector<std::string> requests() const;
     std::vector<std::string> userAgents() const;
+
+    /// How many pieces the slow bodies so far went out in.
+    std::size_t slowPieces() const;
 
 private:
     struct State;

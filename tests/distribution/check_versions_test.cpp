@@ -232,6 +232,7 @@ TEST_F(CheckVersions, aSlowServerRenewsEverything) {
     server.setFault(ServerFault::slow);
     EXPECT_TRUE(gf_checkVersions());
     EXPECT_THAT(installed(), ElementsAre("2.0.0", "2.0.1", "2.0.2", "2.0.3", "2.0.4"));
+    EXPECT_GE(server.slowPieces(), 4U * 10) << "the version file and three data files, each in many pieces";
 }
 
 TEST_F(CheckVersions, aServerThatDoesNotGoOnIsLeftWithTheStopFlag) {

@@ -163,6 +163,7 @@ TEST_F(Download, fromASlowServerArrivesWhole) {
     writeFile("served/a.bin", bytes);
     server.setFault(ServerFault::slow);
     EXPECT_TRUE(fetch("a.bin", "a.bin"));
+    EXPECT_EQ(server.slowPieces(), 20U);
     EXPECT_EQ(readFile("a.bin"), bytes);
     EXPECT_THAT(log.lines(), IsEmpty());
 }

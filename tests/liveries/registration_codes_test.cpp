@@ -8,6 +8,7 @@
 
 #include "liveries/livery_matching.h"
 #include "liveries/reference_tables.h"
+#include "tests/support/damaged_containers.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/sealed_input.h"
 #include "tests/support/test_liveries.h"
@@ -248,6 +249,23 @@ TEST_F(RegistrationCodes, anAigFileThatDoesNotOpenIsLeftOut) {
     EXPECT_THAT(offlineReport(), testing::StartsWith("Processing files in"));
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
     EXPECT_FALSE(fs::exists("input/AIG-regcodes.xml"));
+}
+
+TEST_F(RegistrationCodes, aDamagedAigFileIsLeftOutAndStaysAsItIs) {
+    std::vector<testing::Matcher<std::string>> complaints;
+    for (const DamagedContainer& damaged :
+         damagedContainers(R"(<root><meta/><AIG-regcodes><livery title="One" reg="PH-AIG"/></AIG-regcodes></root>)")) {
+        SCOPED_TRACE(damaged.name);
+        install(damaged, "input/AIG-regcodes.enc");
+        gf_processOfflineRegcodes();
+        EXPECT_THAT(RegcodeTable, IsEmpty());
+        EXPECT_FALSE(fs::exists("input/AIG-regcodes.xml"));
+        EXPECT_TRUE(isInstalled(damaged, "input/AIG-regcodes.enc"));
+        complaints.push_back(testing::StartsWith(damaged.failure.empty()
+                                                     ? "==> Failed to load AIG-regcodes.xml"
+                                                     : "==> gf_streamDecrypt exception: " + damaged.failure));
+    }
+    EXPECT_THAT(log.errors(), testing::ElementsAreArray(complaints));
 }
 
 TEST_F(RegistrationCodes, whatCannotBeDoneIsTold) {

@@ -2,18 +2,18 @@
 #include "parking/airport_directory.h"
 
 #include <gmock/gmock.h>
-#include <random>
 
 #include <fmt/format.h>
 
-#include "parking/closest_stand.h"
+#include "tests/support/damaged_containers.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/message_of.h"
 #include "tests/support/sealed_input.h"
+#include "window/window_state.h"
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
+using testing::StrEq;
 
 namespace fs = std::filesystem;
 
@@ -25,10 +25,7 @@ constexpr const char* schiphol =
 class AirportDirectory : public testing::Test {
 protected:
     AirportDirectory() { resetAirportDirectory(); }
-    ~AirportDirectory() override {
-        setAirportFileAccess({});
-        resetAirportDirectory();
-    }
+    ~AirportDirectory() override { resetAirportDirectory(); }
 
     static bool readText(std::string_view text) {
         resetAirportDirectory();
@@ -37,16 +34,6 @@ protected:
     }
     static bool readRows(std::string_view rows) {
         return readText(fmt::format("<root><airports>{}</airports></root>", rows));
-    }
-
-    /// So many nautical miles north of the equator at longitude 0.
-    static LatLon north(double nm) { return {nm / (earthDiameterNm / 2) * degreesPerRadian, 0}; }
-    static Airport airportAt(const char* code, const LatLon& position) {
-        return {code, "", position.lat, position.lon, 0, 0};
-    }
-    static std::string closestCode(const LatLon& position) {
-        const auto airport = closest_airport(position);
-        return airport ? airport->code : "none";
     }
 
     LogCapture log;
@@ -161,17 +148,43 @@ TEST_F(AirportDirectory, aPositionThatIsNoNumberIsLostAndReadingGoesOn) {
     EXPECT_TRUE(is_supported_airport("EHAM"));
 }
 
-TEST_F(AirportDirectory, thatDoesNotOpenIsLogged) {
-    writeFile("input/airports.enc", "");
-    EXPECT_FALSE(gf_readAirports());
-    fs::remove("input/airports.enc");
-    EXPECT_FALSE(gf_readAirports());
-    EXPECT_THAT(log.errors(),
-                ElementsAre("==> gf_streamDecrypt exception: Invalid header or key",
-                            "==> gf_readAirports exception : airports.enc stream decrypt failed",
-                            "==> gf_streamDecrypt exception: Could not open input file: input/airports.enc",
-                            "==> gf_readAirports exception : airports.enc stream decrypt failed"));
-    EXPECT_FALSE(fs::exists("input/airports.xml"));
+TEST_F(AirportDirectory, thatIsDamagedIsNotReadAndStaysAsItIs) {
+    const std::string sound = fmt::format("<root><airports>{}</airports></root>", schiphol);
+    std::vector<testing::Matcher<std::string>> complaints;
+    for (const DamagedContainer& damaged : damagedContainers(sound)) {
+        SCOPED_TRACE(damaged.name);
+        install(damaged, "input/airports.enc");
+        EXPECT_FALSE(gf_readAirports());
+        EXPECT_THAT(gAirports, IsEmpty());
+        EXPECT_FALSE(is_supported_airport("EHAM"));
+        EXPECT_FALSE(fs::exists("input/airports.xml"));
+        EXPECT_TRUE(isInstalled(damaged, "input/airports.enc"));
+        if (damaged.failure.empty()) {
+            complaints.push_back(StartsWith("==> gf_readAirports exception : input/airports.xml not loaded: "));
+        } else {
+            complaints.push_back(StartsWith("==> gf_streamDecrypt exception: " + damaged.failure));
+            complaints.push_back(StrEq("==> gf_readAirports exception : airports.enc stream decrypt failed"));
+        }
+    }
+    EXPECT_THAT(log.errors(), testing::ElementsAreArray(complaints));
+}
+
+TEST_F(AirportDirectory, withoutAFinalChunkOrWithBytesBehindItIsRead) {
+    for (const DamagedContainer& tolerated :
+         toleratedContainers(fmt::format("<root><airports>{}</airports></root>", schiphol))) {
+        SCOPED_TRACE(tolerated.name);
+        resetAirportDirectory();
+        install(tolerated, "input/airports.enc");
+        EXPECT_TRUE(gf_readAirports());
+        EXPECT_TRUE(is_supported_airport("EHAM"));
+    }
+    EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+TEST_F(AirportDirectory, leavesTheMessageLineAsItWas) {
+    resetWindowState();
+    readRows(schiphol);
+    EXPECT_EQ(shownMessage(), "");
 }
 
 TEST_F(AirportDirectory, thatDoesNotParseIsLogged) {
@@ -204,7 +217,6 @@ TEST_F(AirportDirectory, leavesNoClearFile) {
 TEST_F(AirportDirectory, thatIsEmptyYieldsNothing) {
     EXPECT_EQ(find_airport("EHAM"), nullptr);
     EXPECT_FALSE(is_supported_airport("EHAM"));
-    EXPECT_FALSE(closest_airport({52, 4}));
 }
 
 TEST_F(AirportDirectory, codesAreComparedExactly) {
@@ -212,103 +224,4 @@ TEST_F(AirportDirectory, codesAreComparedExactly) {
     EXPECT_EQ(find_airport("eham"), nullptr);
     EXPECT_EQ(find_airport("EHA"), nullptr);
     EXPECT_FALSE(is_supported_airport("eham"));
-}
-
-// --- The closest one ---
-
-TEST_F(AirportDirectory, aPositionExactlyFiveMilesAwayQualifies) {
-    // An airport whose distance comes out as 5.0 to the last bit.
-    double lat = north(5.0).lat;
-    for (int i = -100; i <= 100 && greatCircleNm({0, 0}, {lat, 0}) != 5.0; ++i) {
-        lat = north(5.0).lat * (1 + i * 1e-16);
-    }
-    ASSERT_EQ(greatCircleNm({0, 0}, {lat, 0}), 5.0);
-    gAirports = {airportAt("AAAA", {lat, 0})};
-    EXPECT_EQ(closestCode({0, 0}), "AAAA");
-}
-
-TEST_F(AirportDirectory, aPositionBeyondFiveMilesFromEveryAirportYieldsNoResult) {
-    gAirports = {airportAt("AAAA", north(5.01)), airportAt("BBBB", north(-5.01))};
-    EXPECT_EQ(closestCode({0, 0}), "none");
-}
-
-TEST_F(AirportDirectory, theOneAirportInReachIsTheResultWithoutAWord) {
-    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(60))};
-    EXPECT_EQ(closestCode({0, 0}), "AAAA");
-    EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST_F(AirportDirectory, theFartherListedFirstBecomesTheNeighbour) {
-    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(-2))};
-    EXPECT_EQ(closestCode({0, 0}), "BBBB");
-    EXPECT_THAT(log.lines(), ElementsAre("Airport BBBB is closest, neighbour is AAAA"));
-}
-
-TEST_F(AirportDirectory, theFartherListedLaterNeverQualifies) {
-    gAirports = {airportAt("AAAA", north(2)), airportAt("BBBB", north(-4))};
-    EXPECT_EQ(closestCode({0, 0}), "AAAA");
-    EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST_F(AirportDirectory, theNeighbourIsTheOneThatHeldTheLeadLast) {
-    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(1)), airportAt("CCCC", north(2))};
-    closest_airport({0, 0});
-    EXPECT_THAT(log.lines(), ElementsAre("Airport BBBB is closest, neighbour is AAAA"));
-}
-
-TEST_F(AirportDirectory, ofTwoNeighboursTheOneWithTheNearerStandIsTheResult) {
-    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(-2))};
-    std::vector<std::string> asked;
-    setAirportFileAccess({[&asked](std::string_view icao) {
-                              asked.emplace_back(icao);
-                              return fmt::format("airports/{}.xml", icao);
-                          },
-                          nullptr});
-    const auto standAt = [](const char* code, double nm) {
-        writeFile(fmt::format("airports/{}.xml", code),
-                  fmt::format(R"(<parkpositions><parkpos id="{}1" latitude="{}" longitude="0"/></parkpositions>)", code,
-                              north(nm).lat));
-    };
-    standAt("AAAA", 1);
-    standAt("BBBB", -1.5);
-    EXPECT_EQ(closestCode({0, 0}), "AAAA");
-    EXPECT_THAT(asked, ElementsAre("BBBB", "AAAA"));
-    EXPECT_THAT(log.lines(), ElementsAre("Airport BBBB is closest, neighbour is AAAA",
-                                         "Airport BBBB is closest, but stand AAAA1 at neighbouring airport AAAA is "
-                                         "closer at 1852 meters ..."));
-    standAt("BBBB", -1);
-    standAt("AAAA", 1.001);
-    EXPECT_EQ(closestCode({0, 0}), "BBBB");
-    fs::remove("airports/AAAA.xml");
-    EXPECT_EQ(closestCode({0, 0}), "BBBB");
-}
-
-TEST_F(AirportDirectory, aStandOfTheNeighbourAloneIsNearerThanNone) {
-    gAirports = {airportAt("AAAA", north(4)), airportAt("BBBB", north(-2))};
-    setAirportFileAccess({[](std::string_view icao) { return fmt::format("airports/{}.xml", icao); }, nullptr});
-    writeFile("airports/AAAA.xml", R"(<parkpositions><parkpos id="A" latitude="0.05" longitude="0"/></parkpositions>)");
-    EXPECT_EQ(closestCode({0, 0}), "AAAA");
-}
-
-TEST_F(AirportDirectory, theClosestIsTheSameAsWithAWalkOverAllDistances) {
-    std::mt19937 random(11);
-    std::uniform_real_distribution<double> latitude(-89.9, 89.9);
-    std::uniform_real_distribution<double> longitude(-180, 180);
-    std::uniform_real_distribution<double> near(-0.2, 0.2);
-    for (int round = 0; round < 300; ++round) {
-        const LatLon user{latitude(random), longitude(random)};
-        gAirports.clear();
-        std::string expected = "none";
-        double bestNm = 100;
-        for (int i = 0; i < 20; ++i) {
-            gAirports.push_back(airportAt("", {user.lat + near(random), user.lon + near(random)}));
-            gAirports.back().code = fmt::format("A{:03}", i);
-            const double nm = greatCircleNm(user, {gAirports.back().lat, gAirports.back().lon});
-            if (nm <= 5.0 && nm < bestNm) {
-                bestNm = nm;
-                expected = gAirports.back().code;
-            }
-        }
-        EXPECT_EQ(closestCode(user), expected) << user.lat << ' ' << user.lon;
-    }
 }

@@ -27,9 +27,6 @@ ClosestStand closestIn(std::string_view text) {
     return lf_closestStandInFile("airport.xml", {0, 0});
 }
 
-const Airport best{"AAAA", "", 0, 0, 0, 0};
-const Airport neighbour{"BBBB", "", 0, 0, 0, 0};
-
 /// Airport files by code, and a download server that has those whose path is not below "airports".
 class StandOfAirport : public testing::Test {
 protected:
@@ -98,22 +95,6 @@ TEST(ClosestStand, leavesTheFileWhereItIs) {
     const LogCapture log;
     closestIn(stands);
     EXPECT_TRUE(fs::exists("airport.xml"));
-}
-
-TEST(CloserByStand, isTheBestUnlessTheNeighboursStandIsNearer) {
-    const LogCapture log;
-    EXPECT_EQ(&lf_closerByStand(best, {1.0, "A1"}, neighbour, {1.0, "B1"}), &best);
-    EXPECT_EQ(&lf_closerByStand(best, {1.0, "A1"}, neighbour, {1.5, "B1"}), &best);
-    EXPECT_EQ(&lf_closerByStand(best, {}, neighbour, {}), &best);
-    EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST(CloserByStand, saysThatTheNeighboursStandIsNearer) {
-    const LogCapture log;
-    EXPECT_EQ(&lf_closerByStand(best, {1.0, "A1"}, neighbour, {0.5, "B1"}), &neighbour);
-    EXPECT_THAT(log.lines(),
-                ElementsAre("Airport AAAA is closest, but stand B1 at neighbouring airport BBBB is closer at "
-                            "926 meters ..."));
 }
 
 TEST_F(StandOfAirport, isReadFromTheAirportsFileWhichStays) {

@@ -9,6 +9,7 @@
 #include <pugixml.hpp>
 
 #include "core/exit_reason.h"
+#include "core/geography.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
 #include "distribution/check_versions.h"
@@ -397,6 +398,33 @@ TEST_F(Tools, publishingThatFailsLeavesThePublishedFolder) {
     EXPECT_EQ(readFile("served/downloads/versions.json"), former);
     EXPECT_TRUE(fs::exists("served/downloads/11/dbase.enc"));
     EXPECT_FALSE(fs::exists("served.new"));
+}
+
+TEST_F(Tools, publishingTakesWhatItDoesNotMakeAnewOverAndWritesIntoNothingThatIsPublished) {
+    writeFile("xml/dbase.xml", "first");
+    writeFile("xml/docs/README.txt", "first notes");
+    writeFile("xml/archive/stock/EHAM.xml", "stand");
+    publishDownloads("xml", {1, 0, 0}, "served", gf_dataKey());
+    const std::vector<const char*> files{"downloads/11/dbase.enc", "downloads/docs/README.txt",
+                                         "downloads/versions.json", "downloads/P3D/archive/stock/EHAM.xml"};
+    std::map<std::string, std::string> former;
+    for (const char* file : files) {
+        fs::create_directories((fs::path("seen") / file).parent_path());
+        fs::create_hard_link(fs::path("served") / file, fs::path("seen") / file);
+        former[file] = readFile(fs::path("seen") / file);
+    }
+    writeFile("xml/dbase.xml", "second");
+    writeFile("xml/docs/README.txt", "second notes");
+    fs::remove_all("xml/archive");
+    publishDownloads("xml", {2, 0, 0}, "served", gf_dataKey());
+    for (const char* file : files) {
+        EXPECT_EQ(readFile(fs::path("seen") / file), former[file]) << "who still reads " << file << " reads it whole";
+    }
+    EXPECT_TRUE(
+        fs::equivalent("seen/downloads/P3D/archive/stock/EHAM.xml", "served/downloads/P3D/archive/stock/EHAM.xml"));
+    EXPECT_EQ(readFile("served/downloads/docs/README.txt"), "second notes");
+    EXPECT_TRUE(gf_streamDecrypt("served/downloads/11/dbase.enc", "opened"));
+    EXPECT_EQ(readFile("opened"), "second");
 }
 
 // --- The command line ---

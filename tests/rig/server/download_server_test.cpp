@@ -38,8 +38,11 @@ protected:
     DownloadServer server{"served"};
 };
 
-TEST_F(DownloadServerFaults, aSlowBodyArrivesWhole) {
+TEST_F(DownloadServerFaults, aSlowBodyArrivesWholeThoughInTwentyPieces) {
+    EXPECT_TRUE(fetch("none"));
+    EXPECT_EQ(server.slowPieces(), 0U);
     EXPECT_TRUE(fetch("slow"));
+    EXPECT_EQ(server.slowPieces(), 20U);
     EXPECT_EQ(readFile("fetched"), body);
     EXPECT_THAT(log.lines(), IsEmpty());
 }

@@ -101,6 +101,32 @@ TEST_F(Messages, aNewMessageIsYoungAgain) {
     EXPECT_EQ(shownMessage(), "second");
 }
 
+TEST_F(Messages, theMessageOfAStepGivesWayToTheFormerOneWhenTheStepIsDone) {
+    showMessage("before", LogCopy::no);
+    {
+        const StepMessage outer("outer step");
+        EXPECT_EQ(shownMessage(), "outer step");
+        {
+            const StepMessage inner("inner step");
+            EXPECT_EQ(shownMessage(), "inner step");
+        }
+        EXPECT_EQ(shownMessage(), "outer step");
+    }
+    EXPECT_EQ(shownMessage(), "before");
+}
+
+TEST_F(Messages, whatWasShownDuringAStepOutlastsIt) {
+    {
+        const StepMessage step("step");
+        showMessage("found nothing", LogCopy::no);
+    }
+    EXPECT_EQ(shownMessage(), "found nothing");
+    showError("failed");
+    { const StepMessage step("step"); }
+    EXPECT_EQ(shownMessage(), "");
+    EXPECT_EQ(shownError(), "failed");
+}
+
 TEST_F(Messages, nothingIsPaintedWhenBothTextsAreEmpty) {
     clearMessage();
     memory::paintNow();

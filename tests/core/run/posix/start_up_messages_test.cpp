@@ -1,0 +1,128 @@
+// What the message line holds while a step of the start-up takes its time: each data file is a pipe here, whose reader waits
+// until the test has something for it.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "distribution/download.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "rig/server/download_server.h"
+#include "tests/support/eventually.h"
+#include "tests/support/program_run.h"
+#include "tests/support/sealed_input.h"
+#include "window/window_state.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// In the place of a file, with the file's bytes. Whoever opens it waits until they are let in.
+class SlowFile {
+public:
+    explicit SlowFile(const fs::path& path) : path_(fs::absolute(path)), bytes_(readFile(path_)) {
+        fs::remove(path_);
+        mkfifo(path_.c_str(), 0600);
+    }
+    /// Lets go whoever still waits.
+    ~SlowFile() {
+        const int pipe = open(path_.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        fs::remove(path_);
+        close(pipe);
+    }
+    SlowFile(const SlowFile&) = delete;
+    SlowFile& operator=(const SlowFile&) = delete;
+
+    /// The reader that waits, or comes soon, has the bytes; the next one waits again. False when none comes.
+    bool letIn() const {
+        int pipe = -1;
+        const bool isOpened = eventually([&] {
+            pipe = open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+            return pipe >= 0;
+        });
+        if (!isOpened) {
+            return false;
+        }
+        const bool isWritten = write(pipe, bytes_.data(), bytes_.size()) == static_cast<ssize_t>(bytes_.size());
+        close(pipe);
+        return isWritten;
+    }
+
+private:
+    fs::path path_;
+    std::string bytes_; // fewer than a pipe takes at once
+};
+
+bool willShow(const std::string& message) {
+    return eventually([&] { return shownMessage() == message; });
+}
+
+/// Time runs by the program's own sleeps.
+class StartUpMessageThreads : public testing::Test {
+protected:
+    platform::ManualClock clock{std::chrono::sys_days(std::chrono::year(2026) / 11 / 21)};
+    ProgramRun run;
+};
+
+TEST_F(StartUpMessageThreads, saysThatItLooksForNewData) {
+    writeFile("served/downloads/versions.json", "{}");
+    std::optional<DownloadServer> server("served");
+    server->setFault(ServerFault::stall);
+    setDownloadRoot(server->root());
+    run.start();
+    EXPECT_TRUE(willShow("Looking for new data ..."));
+    server.reset();
+    EXPECT_TRUE(willShow("Waiting for Prepar3Dv5 ..."));
+}
+
+TEST_F(StartUpMessageThreads, saysWhatItDownloads) {
+    writeFile("served/downloads/versions.json", R"({"dbase": {"major": 2, "minor": 0, "patch": 0}})");
+    writeSealed("served/downloads/11/dbase.enc", "data");
+    std::optional<DownloadServer> server("served");
+    server->setFault(ServerFault::stall, "dbase.enc");
+    setDownloadRoot(server->root());
+    run.start();
+    EXPECT_TRUE(willShow("Downloading dbase.enc ..."));
+    server.reset();
+    EXPECT_TRUE(willShow("Waiting for Prepar3Dv5 ..."));
+}
+
+TEST_F(StartUpMessageThreads, saysWhatItReads) {
+    const SlowFile dbase("input/dbase.enc");
+    const SlowFile airports("input/airports.enc");
+    run.start();
+    EXPECT_TRUE(willShow("Reading the aircraft data ..."));
+    EXPECT_TRUE(dbase.letIn());
+    EXPECT_TRUE(willShow("Reading the airports ..."));
+    EXPECT_TRUE(airports.letIn());
+    EXPECT_TRUE(willShow("Waiting for Prepar3Dv5 ..."));
+}
+
+TEST_F(StartUpMessageThreads, saysThatItScansAndThenThatItBuildsItsTables) {
+    writeFile("aircraft/KLM B738/aircraft.cfg",
+              "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
+              "[General]\natc_model=B738\n");
+    writeFile("aircraft/KLM B738/ai.air", "");
+    fs::create_directories("aircraft/KLM B738/model");
+    fs::create_directories("aircraft/KLM B738/texture.KLM");
+    run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
+                       {"SCAN_LIVERIES", "true"},
+                       {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});
+    // The scan looks into it for titles that are not to be used, the tables are built with its registrations.
+    writeSealed("input/AIG-regcodes.enc", "<root><meta/><AIG-regcodes/></root>");
+    const SlowFile regcodes("input/AIG-regcodes.enc");
+    run.start();
+    EXPECT_TRUE(willShow("Scanning prioritized for liveries ..."));
+    EXPECT_TRUE(regcodes.letIn());
+    EXPECT_TRUE(willShow("Building the livery tables ..."));
+    EXPECT_TRUE(regcodes.letIn());
+    EXPECT_TRUE(willShow("Waiting for Prepar3Dv5 ..."));
+}
+
+} // namespace
