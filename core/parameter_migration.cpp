@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "core/folders.h"
 #include "core/log.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
@@ -72,15 +73,15 @@ void deleteOldAirportFiles() {
         }
     }
     for (const fs::path& file : files) {
-        fs::remove(file);
+        removeFile(file);
     }
 }
 
 void deleteLeftOvers() {
     fs::remove_all("TO_BE_LEARNED_OFFLINE");
-    fs::remove("versions.json");
+    removeFile("versions.json");
     deleteOldAirportFiles();
-    fs::remove(fs::path("input") / "airports_p3d.xml");
+    removeFile(fs::path("input") / "airports_p3d.xml");
     fs::remove_all("new_version");
 }
 

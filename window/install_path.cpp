@@ -28,12 +28,22 @@ std::string withoutQuotes(std::string_view text) {
     return std::string(text);
 }
 
-/// A message would not be seen while an error stands, and it is the error that asks for the path.
+/// What was last refused in place of an error; window thread.
+std::string refusalShown;
+
+/// Whether the error that stands is about the path, so that it may give way to a refusal. Any other has to be read.
+bool errorAsksForPath() {
+    const std::string error = shownError();
+    return error.ends_with("then press Enter") || (!error.empty() && error == refusalShown);
+}
+
+/// A message would not be seen while an error stands.
 void refuse(const std::string& why) {
-    if (shownError().empty()) {
-        showMessage(why, LogCopy::yes);
-    } else {
+    if (errorAsksForPath()) {
         showError(why);
+        refusalShown = why;
+    } else {
+        showMessage(why, LogCopy::yes);
     }
 }
 

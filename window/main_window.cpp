@@ -37,7 +37,11 @@ void takePosition(int x, int y) {
     MAIN_WINDOW_Y.value = std::clamp(y, MAIN_WINDOW_Y.minimum, MAIN_WINDOW_Y.maximum);
 }
 
+/// Before the first reading of the parameters there may be no file: it is to be made whole, not with a position alone.
 void savePosition() {
+    if (std::error_code ignored; !std::filesystem::exists(gf_parameterFile(), ignored)) {
+        return;
+    }
     saveParameter(MAIN_WINDOW_X);
     saveParameter(MAIN_WINDOW_Y);
 }
@@ -66,10 +70,7 @@ void fitWindowToMonitor() {
         return;
     }
     takePosition(fitted.left, fitted.top);
-    // Before the first reading of the parameters there may be no file: it is to be made whole, not with a position alone.
-    if (std::error_code ignored; std::filesystem::exists(gf_parameterFile(), ignored)) {
-        savePosition();
-    }
+    savePosition();
     window_system::moveWindow(fitted.left, fitted.top);
 }
 

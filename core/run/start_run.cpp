@@ -30,6 +30,7 @@ constexpr auto firstPositionLook = 500ms;
 constexpr auto identityLook = 200ms;
 /// The weather comes first, so that the first traffic lines find a pressure.
 constexpr auto trafficAfterWeather = 2s;
+constexpr auto readerLook = 100ms;
 constexpr auto trafficLook = 100ms;
 constexpr int trafficLooks = 150;
 
@@ -68,11 +69,16 @@ bool waitForSimulator() {
     return waitForPosition([] { return true; }, identityLook);
 }
 
-void startReaders() {
+/// False when the run is to stop: who closes between the two readers does not wait for traffic any more.
+bool startReaders() {
     const bool local = gRealTrafficHere;
     gf_startDetached("QNH Reader", [local] { runQnhReader(weatherPort, local); });
-    platform::sleepFor(trafficAfterWeather);
+    const platform::SteadyTime begin = platform::steadyNow();
+    if (!waitUntil([begin] { return platform::steadyNow() - begin >= trafficAfterWeather; }, readerLook)) {
+        return false;
+    }
     gf_startDetached("Traffic Reader", [local] { runTrafficReader(trafficPort, local); });
+    return true;
 }
 
 /// The stop flags are not looked at: a region without traffic and a closing user both get the full wait.
@@ -123,7 +129,9 @@ bool lf_startRun() {
         const std::lock_guard lock(gTrafficMutex);
         gAcceptSamples = false;
     }
-    startReaders();
+    if (!startReaders()) {
+        return false;
+    }
     sendUserState();
     gTrafficReader.setUserLatLon(positionOf(gUserState));
     waitForTraffic();

@@ -24,6 +24,7 @@
 #include "distribution/check_versions.h"
 #include "distribution/clear_file.h"
 #include "liveries/livery_driver.h"
+#include "liveries/livery_file.h"
 #include "liveries/livery_scan.h"
 #include "liveries/reference_data.h"
 #include "parking/airport_directory.h"
@@ -136,13 +137,27 @@ void prepare() {
     }
 }
 
-/// From the user's folders, or from what an earlier scan found in them. Who closes the window during the scan has no use for
-/// the complaint that there is no result.
+/// The new settings that cut a scan are those of the simulator's path: the run that follows begins the scan anew.
+void askForTheCutScanAgain() {
+    if (!fs::exists(scannedLiveriesFile)) {
+        SCAN_LIVERIES.value = true;
+        saveParameter(SCAN_LIVERIES);
+        showParameter(SCAN_LIVERIES);
+    }
+}
+
+/// From the user's folders, or from what an earlier scan found in them. Who cuts the scan has no use for the complaint that
+/// there is no result.
 void prepareLiveries() {
-    if (SCAN_LIVERIES.value) {
+    const bool scans = SCAN_LIVERIES.value;
+    if (scans) {
         gf_scanLiveries();
     }
-    if (!gCloseButtonUsed) {
+    if (gf_exitReason() == ExitReason::newSettings) {
+        if (scans) {
+            askForTheCutScanAgain();
+        }
+    } else if (!gCloseButtonUsed) {
         gf_processScannedLiveries();
     }
 }

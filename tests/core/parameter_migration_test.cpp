@@ -243,7 +243,12 @@ TEST_F(ParameterMigrationTest, anUpgradeDeletesNothingElse) {
 TEST_F(ParameterMigrationTest, aLeftOverThatCannotBeDeletedIsReportedWithTheSettingsAlreadyUpToDate) {
     writeParametersOf("11.10.7");
     writeFile("versions.json/inside", "x"); // a folder with content where the file is expected
-    EXPECT_THROW(gf_readParameters(), fs::filesystem_error);
+    try {
+        gf_readParameters();
+        ADD_FAILURE() << "no failure";
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_NE(std::string(error.what()).find("filesystem error: remove: "), std::string::npos) << error.what();
+    }
     EXPECT_TRUE(fileHas("PROGRAM_VERSION", "11.10.8"));
     EXPECT_FALSE(fileNames("LOG"));
     EXPECT_FALSE(gf_readParameters());

@@ -321,10 +321,8 @@ TEST_F(Slot, aMessageThatFailsIsLoggedAndTheNextIsServedInTheSameSlot) {
 }
 
 TEST_F(Slot, anActivationThatFailsCostsItselfAndTheNextIsActive) {
-    LiveAircraft& failing = flying();
-    failing.callsign = std::string(5000, 'X'); // there is no memory for the line that names it
-    failing.stream.clear();
-    LiveAircraft& other = flying();
+    give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
+    LiveAircraft& other = give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
     other.hexid = 20001;
     other.objectId = 78;
     for (LiveAircraft& aircraft : liveTable) {
@@ -336,14 +334,19 @@ TEST_F(Slot, anActivationThatFailsCostsItselfAndTheNextIsActive) {
         due.counter = 200;
         pendingActivations.push_back(due);
     }
-    const FailingAllocation noMemory(5000);
+    // There is no memory for one event more.
+    eventQueue.resize(eventQueue.capacity());
+    const std::size_t waiting = eventQueue.size();
+    const FailingAllocation noMemory(waiting * sizeof(eventQueue[0]));
     readInbox();
-    EXPECT_THAT(log.lines(), Contains("readInbox exception: std::bad_alloc"));
+    EXPECT_THAT(log.lines(), ElementsAre("readInbox exception: std::bad_alloc"));
     readInbox();
     EXPECT_THAT(pendingActivations, IsEmpty());
     EXPECT_EQ(liveTable[1].lifeState, LifeState::active);
-    EXPECT_TRUE(eventQueue.empty() || eventQueue[0].objectId == 78u)
-        << "nothing is begun anew with the one that failed";
+    ASSERT_GT(eventQueue.size(), waiting);
+    for (std::size_t i = waiting; i < eventQueue.size(); ++i) {
+        EXPECT_EQ(eventQueue[i].objectId, 78u) << "nothing is begun anew with the one that failed";
+    }
 }
 
 TEST_F(Slot, theInboxIsEmptyAfterwards) {

@@ -393,6 +393,17 @@ TEST(CloseButtonThreads, endsAPausedFlightWithinTwoSeconds) {
     EXPECT_TRUE(run.endsWithin(2s));
 }
 
+TEST(CloseButtonThreads, endsThePauseBetweenTheReadersWithinTwoSeconds) {
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    RunningSimulator simulator;
+    ASSERT_TRUE(run.willLog("QNH Reader connected")) << run.log();
+    window_system::clickClose();
+    EXPECT_TRUE(run.endsWithin(2s)) << run.log();
+    EXPECT_FALSE(run.logs("Traffic Reader connected"));
+}
+
 TEST(CloseButtonThreads, endsARestartCountdownAtOnceAndWinsOverTheRestart) {
     ProgramRun run;
     run.start();

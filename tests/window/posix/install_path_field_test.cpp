@@ -146,10 +146,19 @@ TEST_F(InstallPathField, enterClearsTheMessageThatStood) {
     EXPECT_EQ(shownMessage(), "");
 }
 
-TEST_F(InstallPathField, aRefusedPathIsSeenThoughAnErrorStands) {
+TEST_F(InstallPathField, aRefusedPathIsSeenInPlaceOfTheErrorThatAsksForOne) {
     showError("No P3D install path detected. Type the full Install Path above, then press Enter");
     enter(u"/no/such/folder");
     EXPECT_EQ(shownError(), "This install path does not exist: /no/such/folder");
+    enter(u"/nor/this");
+    EXPECT_EQ(shownError(), "This install path does not exist: /nor/this");
+}
+
+TEST_F(InstallPathField, anErrorOfAnotherKindStandsAndTheRefusalIsInTheLog) {
+    showError("The port is taken");
+    enter(u"/no/such/folder");
+    EXPECT_EQ(shownError(), "The port is taken");
+    EXPECT_TRUE(log.contains("This install path does not exist: /no/such/folder"));
 }
 
 TEST_F(InstallPathField, aTextThatIsNoneIsALineInTheLog) {

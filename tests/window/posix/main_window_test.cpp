@@ -53,7 +53,16 @@ TEST_F(MainWindow, hasACaptionASystemMenuAndAMinimiseBox) {
     EXPECT_EQ(memory::windowTitle(), "Tarnwing_P3D");
 }
 
+TEST_F(MainWindow, aProgramThatEndsBeforeItHasAFileMakesNone) {
+    ASSERT_TRUE(initInstance("test"));
+    memory::placeWindow({310, 90, 1190, 606}, ShowState::normal, {});
+    storeWindowPosition();
+    EXPECT_EQ(MAIN_WINDOW_X.value, 310);
+    EXPECT_FALSE(std::filesystem::exists(gf_parameterFile())) << "the next start is to make it whole";
+}
+
 TEST_F(MainWindow, aWindowMovedOutOfReachIsStoredWhereItCanBeReached) {
+    store(0, 0);
     ASSERT_TRUE(initInstance("test"));
     memory::placeWindow({-40000, 90, -39120, 606}, ShowState::normal, {});
     storeWindowPosition();

@@ -1,9 +1,6 @@
 // What the message line holds while a step of the start-up takes its time: each data file is a pipe here, whose reader waits
 // until the test has something for it.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -17,47 +14,12 @@
 #include "tests/support/eventually.h"
 #include "tests/support/program_run.h"
 #include "tests/support/sealed_input.h"
+#include "tests/support/slow_file.h"
 #include "window/window_state.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// In the place of a file, with the file's bytes. Whoever opens it waits until they are let in.
-class SlowFile {
-public:
-    explicit SlowFile(const fs::path& path) : path_(fs::absolute(path)), bytes_(readFile(path_)) {
-        fs::remove(path_);
-        mkfifo(path_.c_str(), 0600);
-    }
-    /// Lets go whoever still waits.
-    ~SlowFile() {
-        const int pipe = open(path_.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-        fs::remove(path_);
-        close(pipe);
-    }
-    SlowFile(const SlowFile&) = delete;
-    SlowFile& operator=(const SlowFile&) = delete;
-
-    /// The reader that waits, or comes soon, has the bytes; the next one waits again. False when none comes.
-    bool letIn() const {
-        int pipe = -1;
-        const bool isOpened = eventually([&] {
-            pipe = open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-            return pipe >= 0;
-        });
-        if (!isOpened) {
-            return false;
-        }
-        const bool isWritten = write(pipe, bytes_.data(), bytes_.size()) == static_cast<ssize_t>(bytes_.size());
-        close(pipe);
-        return isWritten;
-    }
-
-private:
-    fs::path path_;
-    std::string bytes_; // fewer than a pipe takes at once
-};
 
 bool willShow(const std::string& message) {
     return eventually([&] { return shownMessage() == message; });

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "core/exit_reason.h"
 #include "core/parameters.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -10,6 +11,8 @@
 #include "platform/text_encoding.h"
 #include "tests/support/eventually.h"
 #include "tests/support/program_run.h"
+#include "tests/support/sealed_input.h"
+#include "tests/support/slow_file.h"
 #include "window/window_state.h"
 
 namespace memory = window_system::memory;
@@ -61,6 +64,45 @@ TEST_F(TypedInstallPathThreads, aWrongFolderLeavesTheFieldForAnotherTry) {
     std::filesystem::create_directories(run.folder() / "P3D v5");
     ASSERT_TRUE(enter(run.folder() / "P3D v5"));
     EXPECT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+}
+
+/// A scan that waits in the middle for the registration codes.
+class TypedWhileScanningThreads : public testing::Test {
+protected:
+    TypedWhileScanningThreads() {
+        writeFile("aircraft/KLM B738/aircraft.cfg",
+                  "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
+                  "[General]\natc_model=B738\n");
+        writeFile("aircraft/KLM B738/ai.air", "");
+        std::filesystem::create_directories("aircraft/KLM B738/model");
+        std::filesystem::create_directories("aircraft/KLM B738/texture.KLM");
+        std::filesystem::remove("output/LiveriesScanned.xml");
+        run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
+                           {"SCAN_LIVERIES", "true"},
+                           {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});
+        writeSealed("input/AIG-regcodes.enc", "<root><meta/><AIG-regcodes/></root>");
+    }
+
+    platform::ManualClock clock{platform::WallTime{}};
+    ProgramRun run;
+};
+
+TEST_F(TypedWhileScanningThreads, aPathThatCutsTheScanLeadsToARunThatScansAnew) {
+    const SlowFile regcodes("input/AIG-regcodes.enc");
+    run.start();
+    ASSERT_TRUE(run.willLog("liveries scan manual starts")) << run.log();
+    std::filesystem::create_directories(run.folder() / "Prepar3D v6");
+    ASSERT_TRUE(memory::enterText(ALL_INSTALL_PATH.controlId,
+                                  platform::utf16FromUtf8(platform::utf8FromPath(run.folder() / "Prepar3D v6"))));
+    ASSERT_TRUE(eventually([] { return gf_exitReason() == ExitReason::newSettings; }));
+    EXPECT_TRUE(regcodes.letIn()); // the scan that is cut
+    ASSERT_TRUE(run.willLog("Restart countdown finished")) << run.log();
+    EXPECT_TRUE(regcodes.letIn()); // the new scan
+    ASSERT_TRUE(run.willLog("1 liveries read from output")) << run.log();
+    EXPECT_TRUE(regcodes.letIn()); // the building of the tables
+    EXPECT_TRUE(run.willLog("Waiting for Prepar3Dv6 ...")) << run.log();
+    EXPECT_TRUE(std::filesystem::exists("output/LiveriesScanned.xml"));
+    EXPECT_EQ(shownError(), "");
 }
 
 } // namespace
