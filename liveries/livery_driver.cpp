@@ -25,6 +25,7 @@ public:
 void buildTables() {
     const StepMessage step("Building the livery tables ...");
     lf_readLiveries();
+    showLiveries(Liveries.size());
     lf_buildAirlineTables();
     gf_processInlineRegcodes();
     gf_processOfflineRegcodes();
@@ -48,11 +49,13 @@ void gf_processScannedLiveries() {
         return;
     }
     clearLiveryTables();
+    showLiveries(0);
     buildTables();
     isDone = true;
 }
 
 void resetLiveryDriver() {
+    showLiveries(0);
     isDone = false;
     takeNewScan();
 }

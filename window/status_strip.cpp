@@ -28,6 +28,9 @@ constexpr int thirdRowY = 91;
 constexpr int simulatorTextX = 5;
 constexpr int realTrafficTextX = 458;
 constexpr int countsX = 642;
+constexpr int liveriesX = 5;
+constexpr int simAddonX = 141;
+constexpr int thirdPartyX = 278;
 
 Colour simulatorColour(const SimLampText& text) {
     if (!gWindowState.simConnected) {
@@ -64,6 +67,23 @@ void paintSimulator(Painter& painter) {
     drawText(painter, "Sim", 398, secondRowY, captionColour(lamp));
 }
 
+void paintLiveries(Painter& painter) {
+    const int count = gWindowState.liveries;
+    const std::string text = count > 0 ? fmt::format("# liveries: {}", count) : "# liveries: ...";
+    drawText(painter, text, liveriesX, thirdRowY, count > 0 ? green : red);
+}
+
+void paintAirports(Painter& painter, const char* kind, int count, int x) {
+    const std::string text = count < 0 ? fmt::format("# {}: ...", kind) : fmt::format("# {}: {}", kind, count);
+    drawText(painter, text, x, thirdRowY, count < 0 ? yellow : green);
+}
+
+void paintCounts(Painter& painter) {
+    paintLiveries(painter);
+    paintAirports(painter, "simaddon", gWindowState.simAddonAirports, simAddonX);
+    paintAirports(painter, "thirdp", gWindowState.thirdPartyAirports, thirdPartyX);
+}
+
 Colour realTrafficColour() {
     if (gWindowState.realTrafficLit) {
         return gWindowState.trafficLamp == FeedLamp::flowing ? green : yellow;
@@ -84,6 +104,12 @@ void paintPressure(Painter& painter) {
     }
 }
 
+void paintLiveCount(Painter& painter) {
+    if (gWindowState.weatherLamp != FeedLamp::notRunning) {
+        drawText(painter, fmt::format("live: {:3}", gWindowState.liveAircraft.load()), countsX, thirdRowY, green);
+    }
+}
+
 void paintRealTraffic(Painter& painter) {
     const Colour lamp = realTrafficColour();
     painter.fill(realTrafficLamp, lamp);
@@ -95,12 +121,14 @@ void paintRealTraffic(Painter& painter) {
     paintFeed(painter, "Weather", gWindowState.weatherLamp, secondRowY);
     paintFeed(painter, "Traffic", gWindowState.trafficLamp, thirdRowY);
     paintPressure(painter);
+    paintLiveCount(painter);
 }
 
 } // namespace
 
 void paintStatusStrip(Painter& painter) {
     paintSimulator(painter);
+    paintCounts(painter);
     painter.fill(rightOfSimulatorLamp, black);
     paintRealTraffic(painter);
     painter.line(lampDividerX, 29, lampDividerX, 112, black);

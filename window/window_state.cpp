@@ -48,8 +48,10 @@ void setLampText(std::string SimLampText::*line, std::string_view text) {
     repaintWindow();
 }
 
-void setFlag(std::atomic<bool>& flag, bool value) {
-    if (flag.exchange(value) != value) {
+/// A flag or a count.
+template <typename Value>
+void setShown(std::atomic<Value>& shown, Value value) {
+    if (shown.exchange(value) != value) {
         repaintWindow();
     }
 }
@@ -142,11 +144,24 @@ bool takeInstallPathRequest() {
 }
 
 void showSimConnected(bool connected) {
-    setFlag(gWindowState.simConnected, connected);
+    setShown(gWindowState.simConnected, connected);
 }
 
 void showSimFlightRunning(bool running) {
-    setFlag(gWindowState.simFlightRunning, running);
+    setShown(gWindowState.simFlightRunning, running);
+}
+
+void showLiveries(std::size_t count) {
+    setShown(gWindowState.liveries, static_cast<int>(count));
+}
+
+void showAddOnAirports(int simAddon, int thirdParty) {
+    setShown(gWindowState.simAddonAirports, simAddon);
+    setShown(gWindowState.thirdPartyAirports, thirdParty);
+}
+
+void showLiveAircraft(std::size_t count) {
+    setShown(gWindowState.liveAircraft, static_cast<int>(count));
 }
 
 std::string realTrafficEdition() {
@@ -195,6 +210,9 @@ void resetWindowState() {
     installPathWanted = false;
     gWindowState.simFlightRunning = false;
     gWindowState.qnh = 1013;
+    gWindowState.simAddonAirports = -1;
+    gWindowState.thirdPartyAirports = -1;
+    gWindowState.liveAircraft = 0;
     repaintWindow();
     askForRepaint();
 }

@@ -34,6 +34,13 @@ struct WindowState {
     std::atomic<bool> simFlightRunning{false};
     /// Hectopascal.
     std::atomic<int> qnh{1013};
+    /// Read into the tables; lasts over the runs of a process as they do.
+    std::atomic<int> liveries{0};
+    /// Files of add-on airports; below 0 while they are not counted.
+    std::atomic<int> simAddonAirports{-1};
+    std::atomic<int> thirdPartyAirports{-1};
+    /// Objects of live aircraft in the simulator.
+    std::atomic<int> liveAircraft{0};
 };
 
 extern WindowState gWindowState;
@@ -89,6 +96,10 @@ bool takeInstallPathRequest();
 /// Sets the flag, and asks for a repaint when that changes it. Any thread.
 void showSimConnected(bool connected);
 void showSimFlightRunning(bool running);
+// Each asks for a repaint when the count is a new one. Any thread.
+void showLiveries(std::size_t count);
+void showAddOnAirports(int simAddon, int thirdParty);
+void showLiveAircraft(std::size_t count);
 /// The line beside the RealTraffic lamp: edition and version of the client, empty while they are not known.
 std::string realTrafficEdition();
 /// Asks for a repaint. Any thread.

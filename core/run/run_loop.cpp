@@ -1,6 +1,7 @@
 // core/run/run_loop.cpp
 #include "core/run/run_loop.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 
@@ -11,6 +12,7 @@
 #include "core/run/feed_lamps.h"
 #include "core/run/run_time.h"
 #include "core/run_flags.h"
+#include "engine/aircraft_tables.h"
 #include "engine/slot.h"
 #include "feed/real_traffic_steps.h"
 #include "feed/sample_queue.h"
@@ -58,11 +60,17 @@ void resumeFlight() {
     setAcceptSamples(true);
 }
 
+void refreshCounters() {
+    const auto isInSimulator = [](const LiveAircraft& live) { return live.lifeState == LifeState::active; };
+    showLiveAircraft(static_cast<std::size_t>(std::count_if(liveTable.begin(), liveTable.end(), isInSimulator)));
+}
+
 void secondStep() {
     if (gFlightPaused) {
         resumeFlight();
     }
     ageMessage();
+    refreshCounters();
     gf_setWeekSlot();
     ++gSecondCounter;
 }
@@ -148,6 +156,7 @@ void pausedStep() {
     }
     if (pauseCounter < 1) {
         pauseCounter = pauseTicks;
+        refreshCounters();
         gf_setWeekSlot();
     }
 }

@@ -1,6 +1,7 @@
 // core/run/start_up.cpp
 #include "core/run/start_up.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <stdexcept>
@@ -162,6 +163,12 @@ void prepareLiveries() {
     }
 }
 
+int filesIn(const char* folder) {
+    const fs::directory_iterator entries(folder);
+    return static_cast<int>(
+        std::count_if(begin(entries), end(entries), [](const auto& entry) { return entry.is_regular_file(); }));
+}
+
 /// Everything up to the run loop's end. Throws what ends the run.
 void runOnce() {
     requireProgramFolder();
@@ -180,6 +187,7 @@ void runOnce() {
     if (gf_isStopping()) {
         return;
     }
+    showAddOnAirports(filesIn("airports/my_ORBX"), filesIn("airports/my_thirdparty"));
     gf_createFlightPlanFolder();
     window_system::setTopMost(ALWAYS_ON_TOP.value);
     if (lf_startRun()) {

@@ -148,6 +148,27 @@ TEST_F(StatusStrip, withoutRealTrafficNothingStandsBesideItsLamp) {
     }
 }
 
+TEST_F(StatusStrip, theThirdLineCountsWhatIsThereAndSaysWhatIsNotYetKnown) {
+    showLiveries(0);
+    EXPECT_THAT(painted().texts,
+                IsSupersetOf({Text{5, 91, "# liveries: ...", red}, Text{141, 91, "# simaddon: ...", yellow},
+                              Text{278, 91, "# thirdp: ...", yellow}}));
+    showLiveries(60000);
+    showAddOnAirports(0, 12);
+    EXPECT_THAT(painted().texts,
+                IsSupersetOf({Text{5, 91, "# liveries: 60000", green}, Text{141, 91, "# simaddon: 0", green},
+                              Text{278, 91, "# thirdp: 12", green}}));
+    showLiveries(0);
+}
+
+TEST_F(StatusStrip, theLiveAircraftAreCountedBesideTheWeather) {
+    gWindowState.realTrafficLit = true;
+    showLiveAircraft(7);
+    EXPECT_THAT(painted().texts, Not(Contains(Text{642, 91, "live:   7", green})));
+    gWindowState.weatherLamp = FeedLamp::noData;
+    EXPECT_THAT(painted().texts, Contains(Text{642, 91, "live:   7", green}));
+}
+
 TEST_F(StatusStrip, theCaptionsCanBeReadOnEachLamp) {
     EXPECT_THAT(painted().texts, IsSupersetOf({Text{398, 63, "Sim", green}, Text{430, 63, "RT", green}}));
     showSimConnected(true);

@@ -12,6 +12,7 @@
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
 #include "core/week_slot.h"
+#include "engine/aircraft_tables.h"
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
@@ -141,6 +142,18 @@ TEST_F(RunLoop, messagesAgeOnceASecondInFlightAndInAPause) {
         ASSERT_TRUE(gf_tickStep());
     }
     EXPECT_EQ(shownMessage(), "");
+}
+
+TEST_F(RunLoop, theAircraftInTheSimulatorAreCountedInAPauseToo) {
+    liveTable.resize(3);
+    liveTable[0].lifeState = LifeState::active;
+    liveTable[1].lifeState = LifeState::adding2sim;
+    liveTable[2].lifeState = LifeState::active;
+    simRunning = false;
+    for (int tick = 0; tick < 100; ++tick) {
+        gf_tickStep();
+    }
+    EXPECT_EQ(gWindowState.liveAircraft, 2);
 }
 
 TEST_F(RunLoop, theWeekSlotFollowsTheClock) {

@@ -102,6 +102,17 @@ TEST_F(WholeRunThreads, realLinesReachTheReadersAndTheLampsLightUp) {
     EXPECT_TRUE(run.logs("Traffic Reader disconnected"));
 }
 
+TEST_F(WholeRunThreads, theWindowCountsLiveriesAndAirportFilesOfTheUsers) {
+    writeFile("airports/my_thirdparty/EHAM.txt", "archive/thirdparty/Some/EHAM.xml");
+    writeFile("airports/my_thirdparty/LSZH.xml", "<root/>");
+    std::filesystem::create_directories("airports/my_ORBX/a folder");
+    run.start();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    EXPECT_GT(gWindowState.liveries, 0);
+    EXPECT_EQ(gWindowState.thirdPartyAirports, 2);
+    EXPECT_EQ(gWindowState.simAddonAirports, 0);
+}
+
 TEST_F(WholeRunThreads, noTrafficIsNoFailureAndTheLoopRuns) {
     run.start();
     ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
