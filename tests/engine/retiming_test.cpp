@@ -41,6 +41,14 @@ TEST_F(Retiming, aSampleIsMovedNoFurtherThanItsWindow) {
     EXPECT_EQ(slotsToTarget(fast), 1000);
 }
 
+TEST_F(Retiming, theSamplesBehindTheTargetKeepTheirTimes) {
+    LiveAircraft& aircraft =
+        give(flying(), airSample(0, 0, 0, 5000, 50), airSample(1, 0, 1000, 5000, 50), airSample(2, 0, 2000, 5000, 50));
+    retimeAir(aircraft);
+    EXPECT_EQ(slotsToTarget(aircraft), 2000);
+    EXPECT_EQ(aircraft.stream[2].slot, testSlot + 2000);
+}
+
 TEST_F(Retiming, anExtendedStreamHasNoWindow) {
     LiveAircraft& aircraft = onTheWay(50, 50);
     aircraft.extensions = 1;

@@ -89,6 +89,18 @@ TEST_F(Slot, createsTheLastAircraftThatAskedForIt) {
     EXPECT_THAT(addingStack, ElementsAre(20001));
 }
 
+TEST_F(Slot, aRequestThatIsNewIsNotHandedOnInTheSameSlot) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
+    aircraft.lifeState = LifeState::adding2sim;
+    addingStack.push_back(testHexid);
+    slotClock = 10000; // one of the slots that hand a request on
+    slots(1);
+    EXPECT_THAT(liveCreateQueue, SizeIs(1));
+    EXPECT_TRUE(createRequests.empty());
+    slots(50);
+    EXPECT_THAT(liveCreateQueue, IsEmpty());
+}
+
 TEST_F(Slot, createsAGroundAircraftOnTheGround) {
     LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 100));
     aircraft.lifeState = LifeState::adding2sim;
@@ -396,7 +408,9 @@ TEST_F(Slot, aResetLeavesNothingButTheCountsOfTheDay) {
     NoMatchList.insert("x");
     flareInProgress = true;
     openAirport(5);
+    slotClock = 4711;
     resetEngine();
+    EXPECT_EQ(slotClock, 4711) << "it goes on as long as the program runs";
     EXPECT_TRUE(liveTable.empty());
     EXPECT_TRUE(twinCheckQueue.empty());
     EXPECT_TRUE(NoMatchList.empty());
