@@ -104,7 +104,7 @@ bool skipToAirborne(LiveAircraft& aircraft, std::size_t index) {
         stream.erase(1);
     }
     stream[1].stationary = 0;
-    limitToWindow(aircraft, slotsForWay(stream[0], stream[1], averageSpeed(stream[0], stream[1])));
+    limitToWindow(aircraft, slotsForWay(aircraft, averageSpeed(stream[0], stream[1])));
     planWay(aircraft);
     aircraft.dAlt = climbStep(aircraft);
     return true;

@@ -19,10 +19,6 @@ constexpr std::int32_t windowShrinkSlots = 100;
 constexpr std::int32_t wideWindowSlots = 3000;
 constexpr std::int32_t takeOffWindowSlots = 5000;
 
-double wayNm(const Sample& from, const Sample& to) {
-    return greatCircleNm(positionOf(from), positionOf(to));
-}
-
 void shrink(std::int32_t& shiftSlots) {
     if (shiftSlots > initialTimeShiftSlots) {
         shiftSlots = std::max(shiftSlots - windowShrinkSlots, initialTimeShiftSlots);
@@ -42,16 +38,17 @@ double averageSpeed(const Sample& from, const Sample& to) {
     if (from.gs == 0 && to.gs == 0) {
         const std::int64_t gapSlots = std::int64_t{to.slot} - from.slot;
         const auto slots = static_cast<double>(std::max<std::int64_t>(gapSlots, shortestLegSlots));
-        return std::max(wayNm(from, to) * slotsPerHour / slots, leastSpeedKnots);
+        return std::max(greatCircleNm(positionOf(from), positionOf(to)) * slotsPerHour / slots, leastSpeedKnots);
     }
     return (from.gs + to.gs) / 2;
 }
 
-std::int32_t slotsForWay(const Sample& from, const Sample& to, double knots) {
+std::int32_t slotsForWay(const LiveAircraft& aircraft, double knots) {
     if (knots <= 0) {
         return shortestLegSlots;
     }
-    const double slots = std::min(wayNm(from, to) * slotsPerHour / knots, longestLegSlots);
+    const double nm = greatCircleNm({aircraft.lat, aircraft.lon}, positionOf(aircraft.stream[1]));
+    const double slots = std::min(nm * slotsPerHour / knots, longestLegSlots);
     return std::max(static_cast<std::int32_t>(std::lround(slots)), shortestLegSlots);
 }
 
@@ -87,6 +84,6 @@ void retimeAir(LiveAircraft& aircraft) {
     const Sample& from = aircraft.stream[0];
     const Sample& to = aircraft.stream[1];
     if (to.stationary == 0) {
-        limitToWindow(aircraft, slotsForWay(from, to, airSpeed(aircraft, from, to)));
+        limitToWindow(aircraft, slotsForWay(aircraft, airSpeed(aircraft, from, to)));
     }
 }

@@ -2,6 +2,7 @@
 #include "rig/objects/object_script.h"
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <ostream>
 #include <stdexcept>
@@ -16,7 +17,6 @@
 #include "engine/aircraft_tables.h"
 #include "engine/slot.h"
 #include "sim/controls.h"
-#include "sim/frame_flush.h"
 #include "sim/light_sets.h"
 #include "sim/object_queues.h"
 #include "sim/session.h"
@@ -83,15 +83,22 @@ private:
         aircraft.liveryTitle = options_.titles.at(static_cast<std::size_t>(i) % options_.titles.size());
         aircraft.phase = FlightPhase::flying;
         aircraft.lifeState = LifeState::adding2sim;
-        Sample sample;
-        sample.airborne = 1;
-        aircraft.stream.pushBack(sample);
+        aircraft.stream.pushBack(neverLeft());
         place(aircraft, i);
         CreateRequest request{
             aircraft.lat,      aircraft.lon,         aircraft.alt,  0, 0, aircraft.heading * degreesPerRadian, 0, 0,
             aircraft.callsign, aircraft.liveryTitle, aircraft.hexid};
         liveCreateQueue.push_back(std::move(request));
         liveTable.push_back(std::move(aircraft));
+    }
+
+    /// The engine sends where the script has placed the aircraft, and flies it nowhere itself.
+    static Sample neverLeft() {
+        Sample sample;
+        sample.airborne = 1;
+        sample.stationary = 1;
+        sample.slot = std::numeric_limits<std::int32_t>::max();
+        return sample;
     }
 
     /// All on one circle to the right, evenly apart.
@@ -114,7 +121,6 @@ private:
                 const auto i = static_cast<int>(aircraft.hexid - firstHexid);
                 ++flownSlots_[static_cast<std::size_t>(i)];
                 place(aircraft, i);
-                appendPosition(aircraft);
             }
         }
         lf_handleAddingStack();

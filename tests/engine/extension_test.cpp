@@ -66,6 +66,7 @@ TEST_F(Extension, aWholeLostFlightLastsAMinute) {
         if (slotClock >= aircraft.stream[0].slot) {
             nextPosMain(aircraft);
         }
+        perSlotStep(aircraft);
         ++slotClock;
     }
     EXPECT_NEAR(slotClock - testSlot, 6400, 200);

@@ -32,6 +32,14 @@ TEST_F(Retiming, anAirborneLegTakesAsLongAsItsSpeedSays) {
     EXPECT_NEAR(slotsToTarget(aircraft), 1200, 2);
 }
 
+/// The first sample behind a gap comes while the aircraft is on its way to a place that was made up.
+TEST_F(Retiming, aLegFromHalfWayToAnotherTargetTakesTheSpeedForAllOfItsWay) {
+    LiveAircraft& aircraft = give(flying(), airSample(0.5, 0, 1, 5000, 300), airSample(0.6, 0, 3000, 5000, 300));
+    aircraft.maxEarlier = 3000;
+    retimeAir(aircraft);
+    EXPECT_NEAR(slotsToTarget(aircraft), 720, 2);
+}
+
 TEST_F(Retiming, aSampleIsMovedNoFurtherThanItsWindow) {
     LiveAircraft& slow = onTheWay(50, 50);
     retimeAir(slow);

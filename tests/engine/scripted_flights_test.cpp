@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <optional>
 #include <random>
 
 #include "core/injection_radius.h"
@@ -332,6 +333,97 @@ TEST_F(ScriptedFlights, aGroundTrackIsFollowedWithoutAJump) {
         ASSERT_LT(metresBetween({before.lat, before.lon}, {now.lat, now.lon}), 2 * taxiMetresPerSecond / 100);
         ASSERT_EQ(now.bank, 0);
     }
+}
+
+/// The aircraft circles and changes its speed as it likes, is told of every few seconds to half a minute, and now and then not
+/// for longer.
+class GapsAtRandom : public EngineTest {
+protected:
+    GapsAtRandom() { gRadiusNm = 100; }
+    ~GapsAtRandom() override { gRadiusNm = 40; }
+
+    double uniform(double least, double most) { return std::uniform_real_distribution<double>(least, most)(random_); }
+
+    /// The next manoeuvre.
+    void changeItsMind() {
+        turnRadPerSecond_ = uniform(0, 1) < 0.3 ? 0 : uniform(-4, 4) * degree;
+        knotsPerSecond_ = uniform(0, 1) < 0.5 ? 0 : uniform(-1.5, 1.5);
+        period_ = uniform(2, 28);
+        manoeuvreEnds_ = seconds_ + uniform(20, 300);
+    }
+
+    void moveReal(double seconds) {
+        if (seconds_ >= manoeuvreEnds_) {
+            changeItsMind();
+        }
+        seconds_ += seconds;
+        headingRad_ = normalizedHeading(headingRad_ + turnRadPerSecond_ * seconds);
+        knots_ = std::clamp(knots_ + knotsPerSecond_ * seconds, 100.0, 480.0);
+        at_ = project(at_, headingRad_, knots_ / 3600 * seconds * feetPerNm);
+    }
+
+    double nextGap() { return uniform(0, 1) < 0.1 ? uniform(30, 110) : period_ * uniform(0.7, 1.3); }
+
+    FeedRecord report() const {
+        Sample sample = airSample(0, 0, 0, 5000, knots_);
+        sample.lat = at_.lat;
+        sample.lon = at_.lon;
+        sample.track = headingRad_ * degreesPerRadian;
+        return recordOf(sample, 1000 + seconds_);
+    }
+
+    void watch(const PositionUpdate& now) {
+        if (slotClock % slotsPerFrame != 0) {
+            return;
+        }
+        if (last_ && lastSlot_ == slotClock - slotsPerFrame) {
+            const double metres = metresBetween({last_->lat, last_->lon}, {now.lat, now.lon});
+            const double speed = std::max(last_->tas, now.tas) * metersPerNm / 3600;
+            worstShare = std::max(worstShare, stepShare(metres, speed));
+            jumps += isJump(metres, speed) ? 1 : 0;
+            ++frames;
+        }
+        last_ = now;
+        lastSlot_ = slotClock;
+    }
+
+    void fly(double duration) {
+        FlightWorld world([this](std::uint32_t, const PositionUpdate& now) { watch(now); });
+        double nextReport = 0;
+        for (int slot = 0; slot < duration * slotsPerSecond; ++slot) {
+            gUserState.lat = at_.lat;
+            gUserState.lon = at_.lon;
+            if (seconds_ >= nextReport) {
+                world.feed(report());
+                nextReport = seconds_ + nextGap();
+            }
+            world.slot();
+            moveReal(secondsPerSlot);
+        }
+    }
+
+    int jumps = 0;
+    int frames = 0;
+    double worstShare = 0;
+
+private:
+    std::mt19937 random_{5};
+    LatLon at_ = testPlace;
+    double headingRad_ = 1;
+    double knots_ = 250;
+    double turnRadPerSecond_ = 0;
+    double knotsPerSecond_ = 0;
+    double manoeuvreEnds_ = 0;
+    double period_ = 5; // seconds between two reports
+    double seconds_ = 0;
+    std::optional<PositionUpdate> last_;
+    std::int32_t lastSlot_ = 0;
+};
+
+TEST_F(GapsAtRandom, noFrameStepsMoreThanThreeTimesTheSpeed) {
+    fly(10000);
+    EXPECT_EQ(jumps, 0) << "the worst step is " << worstShare << " times the speed";
+    EXPECT_GT(frames, 200000);
 }
 
 } // namespace
