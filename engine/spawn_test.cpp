@@ -131,7 +131,7 @@ void lf_spawnTest(LiveAircraft& aircraft) {
     } else if (!isDue(aircraft)) {
         return;
     } else if (stream.size() == 1) {
-        removeSaying(aircraft, "it was seen only once");
+        removeSaying(aircraft, "it was not seen again");
     } else if (isBlockedGhost(aircraft)) {
         removeSaying(aircraft, "it is a ghost that was removed before");
     } else if (isPartlyAirborne(stream) || mustWaitForQueue(aircraft)) {

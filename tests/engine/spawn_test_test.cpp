@@ -81,7 +81,7 @@ TEST_F(SpawnTest, anAircraftThatWasSeenOnceGoesWhenItIsDue) {
     ++slotClock;
     lf_spawnTest(aircraft);
     EXPECT_EQ(aircraft.dropRecord, 1);
-    EXPECT_TRUE(log.contains("                   KLM123   PH-ABC KLM A320 goes: it was seen only once"));
+    EXPECT_TRUE(log.contains("                   KLM123   PH-ABC KLM A320 goes: it was not seen again"));
 }
 
 TEST_F(SpawnTest, aGhostThatWasRemovedNeverComesBack) {

@@ -43,7 +43,7 @@ std::string goesLine(const AircraftRecord& aircraft, const std::string& reason) 
 TEST(LogReasons, areThoseOfTheLinesThatNameTheAircraft) {
     const LogReasons reasons(
         "RealTraffic connected\n" + goesLine(flightOf("KLM105", "AMS", "LHR"), "there is no livery for it\r") +
-        goesLine(flightOf("SAS7", "", ""), "it was seen only once") +
+        goesLine(flightOf("SAS7", "", ""), "it was not seen again") +
         goesLine(flightOf("SWR38", "LSZH", "EGLL"), "no positions any more") +
         goesLine(flightOf("TRA44", "EHAM", ""), "too many positions") +
         "Aircraft of type 'ZEPP' are not shown: the type is not known\n"
@@ -51,7 +51,7 @@ TEST(LogReasons, areThoseOfTheLinesThatNameTheAircraft) {
         shortLine(flightOf("BAW9", "AMS", "LHR")) + " will be removed from buffer while blocked\n" +
         shortLine(flightOf("BAW10", "", "")) + " removed from simulator immediately while blocked\n");
     EXPECT_EQ(reasons.reasonFor(known("KLM105", "A320")), "there is no livery for it");
-    EXPECT_EQ(reasons.reasonFor(known("SAS7", "A320")), "it was seen only once");
+    EXPECT_EQ(reasons.reasonFor(known("SAS7", "A320")), "it was not seen again");
     EXPECT_EQ(reasons.reasonFor(known("SWR38", "A320")), "no positions any more");
     EXPECT_EQ(reasons.reasonFor(known("TRA44", "A320")), "too many positions");
     EXPECT_EQ(reasons.reasonFor(known("DZR1", "ZEPP")), "aircraft of type 'ZEPP': the type is not known");
@@ -62,7 +62,7 @@ TEST(LogReasons, areThoseOfTheLinesThatNameTheAircraft) {
 }
 
 TEST(LogReasons, anAirportOrAirlineOrTypeInALineIsNobodysCallSign) {
-    const LogReasons reasons(goesLine(flightOf("KLM105", "AMS", "LHR"), "it was seen only once") +
+    const LogReasons reasons(goesLine(flightOf("KLM105", "AMS", "LHR"), "it was not seen again") +
                              shortLine(flightOf("BAW9", "OSL", "ARN")) +
                              " will be removed from buffer while blocked\n" +
                              "EZY12 'Orange' could not be created by your Sim!\n");
@@ -77,10 +77,10 @@ TEST(LogReasons, anAircraftWithoutCallSignIsKnownByItsRegistration) {
     nameless.registration = "PH-AAA";
     AircraftRecord placeholder = flightOf("@@@@@@@@", "AMS", "LHR");
     placeholder.registration = "PH-BBB";
-    const LogReasons reasons(goesLine(nameless, "it was seen only once") + goesLine(placeholder, "too many positions"));
+    const LogReasons reasons(goesLine(nameless, "it was not seen again") + goesLine(placeholder, "too many positions"));
     FeedAircraft aircraft;
     aircraft.names = {"PH-AAA"};
-    EXPECT_EQ(reasons.reasonFor(aircraft), "it was seen only once");
+    EXPECT_EQ(reasons.reasonFor(aircraft), "it was not seen again");
     aircraft.names = {"@@@@@@@@", "PH-BBB"};
     EXPECT_EQ(reasons.reasonFor(aircraft), "too many positions");
     aircraft.names = {"@@@@@@@@", "PH-CCC"};
