@@ -12,19 +12,10 @@ namespace {
 
 bool isDone = false;
 
-/// The tables hold the titles in their own storage; no one else reads the list.
-class LiveriesFreed {
-public:
-    LiveriesFreed() { Liveries.clear(); }
-    ~LiveriesFreed() { Liveries.clear(); }
-    LiveriesFreed(const LiveriesFreed&) = delete;
-    LiveriesFreed& operator=(const LiveriesFreed&) = delete;
-};
-
 void buildTables() {
-    lf_readLiveries();
-    lf_buildAirlineTables();
-    gf_processInlineRegcodes();
+    const ScannedLiveries scanned = lf_readLiveries(); // gone at the end, for the tables hold the titles in their own storage
+    lf_buildAirlineTables(scanned.liveries);
+    gf_processInlineRegcodes(scanned.liveries);
     gf_processOfflineRegcodes();
     logRegistrationCodes();
     lf_buildModelTables();
@@ -37,7 +28,7 @@ void buildTables() {
 } // namespace
 
 void gf_processScannedLiveries() {
-    const LiveriesFreed freed;
+    Liveries.clear(); // a scan has no use for them any more, and the tables come from the file
     if (takeNewScan()) {
         isDone = false;
     }

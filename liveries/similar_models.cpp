@@ -2,8 +2,12 @@
 #include "liveries/similar_models.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
+#include <numeric>
+#include <optional>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
@@ -50,84 +54,111 @@ void fillSimilarAll() {
     }
 }
 
-/// Views the keys of SimilarAll, which knows every type that has a similar one.
-CategorizedType categorized(std::string_view type) {
-    return {SimilarAll.find(type)->first, gf_categoryOfType(type)};
+/// The types that have a livery and a similar type. Views the keys of SimilarAll, which knows every type that has a similar
+/// one.
+std::unordered_map<std::string_view, CategorizedType> typesWithLivery() {
+    std::unordered_map<std::string_view, CategorizedType> types;
+    for (const auto& [type, unused] : SimilarAll) {
+        if (hasLivery(type)) {
+            types.try_emplace(type, CategorizedType{type, gf_categoryOfType(type)});
+        }
+    }
+    return types;
 }
 
 void fillSimilarWithLiveries() {
     SimilarWithLiveries.clear();
-    for (const auto& list : listsOf(hasLivery)) {
+    const auto types = typesWithLivery();
+    for (const auto& list : listsOf([&types](const std::string& type) { return types.contains(type); })) {
         const auto [entry, isNew] = SimilarWithLiveries.try_emplace(list.front());
         if (isNew) {
-            std::transform(list.begin() + 1, list.end(), std::back_inserter(entry->second), categorized);
+            std::transform(list.begin() + 1, list.end(), std::back_inserter(entry->second),
+                           [&types](const std::string& type) { return types.at(type); });
         }
     }
 }
-
-using AirlineTypes = TextTable<std::vector<AirlineTitle>>;
 
 /// SimilarWithLiveries by numbers: what is asked of each airline is asked of flags.
 class SimilarByNumber {
 public:
     SimilarByNumber() {
         for (const auto& [type, similar] : SimilarWithLiveries) {
-            entries_.push_back({type, &similar, numberOf(type), {}});
+            entries_.push_back({type, &similar, {}});
         }
         std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.type < b.type; });
         for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
             noteSimilar(entry);
         }
-        had_.resize(admirers_.size());
-        isWanted_.resize(entries_.size());
+        had_.resize(types_.size());
+        isWanted_.resize(entries_.size() / bitsPerWord + 1);
     }
 
     AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
         takeFleet(types);
         AirlineSubstitutes substitutes;
-        substitutes.makeRoom(static_cast<std::size_t>(std::count(isWanted_.begin(), isWanted_.end(), true)));
-        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
-            if (isWanted_[entry] && !had_[entries_[entry].own]) {
-                append(entries_[entry], substitutes);
+        substitutes.makeRoom(wantedCount());
+        for (std::size_t word = 0; word < isWanted_.size(); ++word) {
+            for (std::uint64_t bits = isWanted_[word]; bits != 0; bits &= bits - 1) {
+                append(entries_[word * bitsPerWord + static_cast<std::size_t>(std::countr_zero(bits))], substitutes);
             }
         }
         return substitutes;
     }
 
 private:
+    static constexpr std::size_t bitsPerWord = 64;
+
     struct Entry {
         std::string_view type;
         const std::vector<CategorizedType>* similar;
-        std::size_t own;                  ///< number of the type
         std::vector<std::size_t> numbers; ///< of the similar types, in their order
     };
 
+    struct Type {
+        std::optional<std::size_t> entry;  ///< its own
+        std::vector<std::size_t> admirers; ///< the entries that have it among their similar types
+    };
+
     std::size_t numberOf(std::string_view type) {
-        const auto [known, isNew] = numbers_.try_emplace(std::string(type), admirers_.size());
+        const auto [known, isNew] = numbers_.try_emplace(std::string(type), types_.size());
         if (isNew) {
-            admirers_.emplace_back();
+            types_.emplace_back();
         }
         return known->second;
     }
 
     void noteSimilar(std::size_t entry) {
+        types_[numberOf(entries_[entry].type)].entry = entry;
         for (const CategorizedType& other : *entries_[entry].similar) {
-            const std::size_t known = numberOf(other.type);
-            entries_[entry].numbers.push_back(known);
-            admirers_[known].push_back(entry);
+            const std::size_t number = numberOf(other.type);
+            entries_[entry].numbers.push_back(number);
+            types_[number].admirers.push_back(entry);
         }
     }
 
-    /// Notes what the airline has, and the entries that have any of it among their similar types.
+    void want(std::size_t entry) { isWanted_[entry / bitsPerWord] |= std::uint64_t{1} << entry % bitsPerWord; }
+    void drop(std::size_t entry) { isWanted_[entry / bitsPerWord] &= ~(std::uint64_t{1} << entry % bitsPerWord); }
+
+    std::size_t wantedCount() const {
+        return std::accumulate(
+            isWanted_.begin(), isWanted_.end(), std::size_t{0},
+            [](std::size_t sum, std::uint64_t bits) { return sum + static_cast<std::size_t>(std::popcount(bits)); });
+    }
+
+    /// Notes what the airline has, and the entries of what it has not that have any of it among their similar types.
     void takeFleet(const AirlineTypes& types) {
         std::fill(had_.begin(), had_.end(), false);
-        std::fill(isWanted_.begin(), isWanted_.end(), false);
+        std::fill(isWanted_.begin(), isWanted_.end(), 0);
         for (const auto& [type, titles] : types) {
             if (const auto known = numbers_.find(type); known != numbers_.end()) {
                 had_[known->second] = true;
-                for (const std::size_t admirer : admirers_[known->second]) {
-                    isWanted_[admirer] = true;
-                }
+                const std::vector<std::size_t>& admirers = types_[known->second].admirers;
+                std::for_each(admirers.begin(), admirers.end(), [this](std::size_t entry) { want(entry); });
+            }
+        }
+        for (std::size_t number = 0; number < had_.size(); ++number) {
+            if (had_[number] && types_[number].entry) {
+                drop(*types_[number].entry);
             }
         }
     }
@@ -142,10 +173,10 @@ private:
     }
 
     std::vector<Entry> entries_; ///< ascending by type
+    std::vector<Type> types_;    ///< by number
     TextTable<std::size_t> numbers_;
-    std::vector<std::vector<std::size_t>> admirers_; ///< by number: the entries that have it among their similar types
-    std::vector<char> had_;                          ///< by number: by the airline in hand; bytes are faster than bits
-    std::vector<char> isWanted_;                     ///< by entry
+    std::vector<char> had_;               ///< by number: by the airline in hand; bytes are faster than bits
+    std::vector<std::uint64_t> isWanted_; ///< by entry, in bits, for few are
 };
 
 void fillSimilarByAirline() {
