@@ -13,7 +13,8 @@ namespace {
 bool isDone = false;
 
 void buildTables() {
-    const ScannedLiveries scanned = lf_readLiveries(); // gone at the end, for the tables hold the titles in their own storage
+    const ScannedLiveries scanned =
+        lf_readLiveries(); // gone at the end, for the tables hold the titles in their own storage
     lf_buildAirlineTables(scanned.liveries);
     gf_processInlineRegcodes(scanned.liveries);
     gf_processOfflineRegcodes();

@@ -25,7 +25,8 @@ constexpr std::string_view titleKey = "\" title=\"";
 constexpr std::string_view atcidKey = "\" atcid=\"";
 constexpr std::string_view elementEnd = "\" />\n";
 
-constexpr std::size_t usualBytes = 100; ///< of a livery
+/// Of a livery, rather too few: room that is too much is not touched, but too little room is copied.
+constexpr std::size_t usualBytes = 64;
 
 struct Entity {
     char character;
@@ -165,7 +166,7 @@ bool takeLivery(Reader& reader, LiveryView& livery) {
 
 std::string liveriesText(std::initializer_list<MetaInfo> meta, const std::list<Livery>& liveries) {
     std::string text;
-    text.reserve(liveries.size() * usualBytes);
+    text.reserve(liveries.size() * 2 * usualBytes);
     text.append(beginning);
     for (const MetaInfo& info : meta) {
         appendValue(text.append(infoName), info.name);

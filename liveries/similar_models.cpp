@@ -2,9 +2,9 @@
 #include "liveries/similar_models.h"
 
 #include <algorithm>
-#include <bit>
+#include <compare>
+#include <cstdint>
 #include <iterator>
-#include <numeric>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -78,110 +78,88 @@ void fillSimilarWithLiveries() {
     }
 }
 
-/// SimilarWithLiveries by numbers: what is asked of each airline is asked of flags.
-class SimilarByNumber {
+/// SimilarWithLiveries the other way round: from what an airline has to the types that it could stand in for.
+class SimilarPlaces {
 public:
-    SimilarByNumber() {
+    SimilarPlaces() {
         for (const auto& [type, similar] : SimilarWithLiveries) {
-            entries_.push_back({type, &similar, {}});
+            lists_.push_back({type, &similar});
         }
-        std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.type < b.type; });
-        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
-            noteSimilar(entry);
+        std::sort(lists_.begin(), lists_.end(), [](const List& a, const List& b) { return a.type < b.type; });
+        for (std::uint32_t list = 0; list < lists_.size(); ++list) {
+            notePlaces(list);
         }
-        had_.resize(types_.size());
-        isWanted_.resize(entries_.size() / bitsPerWord + 1);
+        isOwn_.resize(lists_.size());
     }
 
     AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
         takeFleet(types);
         AirlineSubstitutes substitutes;
-        substitutes.makeRoom(wantedCount());
-        for (std::size_t word = 0; word < isWanted_.size(); ++word) {
-            for (std::uint64_t bits = isWanted_[word]; bits != 0; bits &= bits - 1) {
-                append(entries_[word * bitsPerWord + static_cast<std::size_t>(std::countr_zero(bits))], substitutes);
+        substitutes.makeRoom(places_.size());
+        const std::uint32_t* last = nullptr;
+        for (const Place& place : places_) {
+            if (last == nullptr || *last != place.list) {
+                substitutes.beginType(lists_[place.list].type);
             }
+            substitutes.add((*lists_[place.list].similar)[place.position]);
+            last = &place.list;
         }
         return substitutes;
     }
 
 private:
-    static constexpr std::size_t bitsPerWord = 64;
-
-    struct Entry {
+    /// Of SimilarWithLiveries.
+    struct List {
         std::string_view type;
         const std::vector<CategorizedType>* similar;
-        std::vector<std::size_t> numbers; ///< of the similar types, in their order
     };
 
+    struct Place {
+        std::uint32_t list;
+        std::uint32_t position; ///< among the similar types
+
+        friend auto operator<=>(const Place&, const Place&) = default;
+    };
+
+    /// Where a type stands.
     struct Type {
-        std::optional<std::size_t> entry;  ///< its own
-        std::vector<std::size_t> admirers; ///< the entries that have it among their similar types
+        std::optional<std::uint32_t> ownList;
+        std::vector<Place> places;
     };
 
-    std::size_t numberOf(std::string_view type) {
-        const auto [known, isNew] = numbers_.try_emplace(std::string(type), types_.size());
-        if (isNew) {
-            types_.emplace_back();
-        }
-        return known->second;
-    }
-
-    void noteSimilar(std::size_t entry) {
-        types_[numberOf(entries_[entry].type)].entry = entry;
-        for (const CategorizedType& other : *entries_[entry].similar) {
-            const std::size_t number = numberOf(other.type);
-            entries_[entry].numbers.push_back(number);
-            types_[number].admirers.push_back(entry);
+    void notePlaces(std::uint32_t list) {
+        types_[lists_[list].type].ownList = list;
+        const std::vector<CategorizedType>& similar = *lists_[list].similar;
+        for (std::uint32_t position = 0; position < similar.size(); ++position) {
+            types_[similar[position].type].places.push_back({list, position});
         }
     }
 
-    void want(std::size_t entry) { isWanted_[entry / bitsPerWord] |= std::uint64_t{1} << entry % bitsPerWord; }
-    void drop(std::size_t entry) { isWanted_[entry / bitsPerWord] &= ~(std::uint64_t{1} << entry % bitsPerWord); }
-
-    std::size_t wantedCount() const {
-        return std::accumulate(
-            isWanted_.begin(), isWanted_.end(), std::size_t{0},
-            [](std::size_t sum, std::uint64_t bits) { return sum + static_cast<std::size_t>(std::popcount(bits)); });
-    }
-
-    /// Notes what the airline has, and the entries of what it has not that have any of it among their similar types.
+    /// The places of all that the airline has, but for the lists of types that it has itself; in their order.
     void takeFleet(const AirlineTypes& types) {
-        std::fill(had_.begin(), had_.end(), false);
-        std::fill(isWanted_.begin(), isWanted_.end(), 0);
+        places_.clear();
+        std::fill(isOwn_.begin(), isOwn_.end(), false);
         for (const auto& [type, titles] : types) {
-            if (const auto known = numbers_.find(type); known != numbers_.end()) {
-                had_[known->second] = true;
-                const std::vector<std::size_t>& admirers = types_[known->second].admirers;
-                std::for_each(admirers.begin(), admirers.end(), [this](std::size_t entry) { want(entry); });
+            if (const auto known = types_.find(type); known != types_.end()) {
+                places_.insert(places_.end(), known->second.places.begin(), known->second.places.end());
+                if (known->second.ownList) {
+                    isOwn_[*known->second.ownList] = true;
+                }
             }
         }
-        for (std::size_t number = 0; number < had_.size(); ++number) {
-            if (had_[number] && types_[number].entry) {
-                drop(*types_[number].entry);
-            }
-        }
+        std::erase_if(places_, [this](const Place& place) { return isOwn_[place.list] != 0; });
+        std::sort(places_.begin(), places_.end());
     }
 
-    void append(const Entry& entry, AirlineSubstitutes& substitutes) const {
-        substitutes.beginType(entry.type);
-        for (std::size_t i = 0; i < entry.numbers.size(); ++i) {
-            if (had_[entry.numbers[i]]) {
-                substitutes.add((*entry.similar)[i]);
-            }
-        }
-    }
-
-    std::vector<Entry> entries_; ///< ascending by type
-    std::vector<Type> types_;    ///< by number
-    TextTable<std::size_t> numbers_;
-    std::vector<char> had_;               ///< by number: by the airline in hand; bytes are faster than bits
-    std::vector<std::uint64_t> isWanted_; ///< by entry, in bits, for few are
+    std::vector<List> lists_; ///< ascending by type
+    std::unordered_map<std::string_view, Type> types_;
+    std::vector<Place> places_; ///< of the airline in hand
+    std::vector<char> isOwn_;   ///< by list: of a type that the airline has; bytes are faster than bits
 };
 
 void fillSimilarByAirline() {
     SimilarByAirline.clear();
-    SimilarByNumber similar;
+    SimilarPlaces similar;
     for (const auto& [key, unused] : AirlineTable) {
         const std::string_view code = key;
         const std::string_view airline = code.substr(0, airlineCodeLength);
