@@ -6,13 +6,11 @@
 #include <memory>
 #include <string>
 #include <system_error>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "liveries/ascii_text.h"
 #include "platform/files.h"
-#include "platform/text_encoding.h"
 
 namespace fs = std::filesystem;
 
@@ -42,14 +40,6 @@ struct Listing {
     FolderNames names;
 };
 
-std::string textOf(const fs::path::string_type& name) {
-    if constexpr (std::is_same_v<fs::path::value_type, char>) {
-        return platform::repairedUtf8(name);
-    } else {
-        return platform::utf8FromPath(name);
-    }
-}
-
 fs::path::string_type pathInside(const Folder& folder, const fs::path::string_type& name) {
     fs::path::string_type path = folder.path;
     if (path.back() != '/' && path.back() != fs::path::preferred_separator) {
@@ -60,7 +50,7 @@ fs::path::string_type pathInside(const Folder& folder, const fs::path::string_ty
 
 void addEntry(const Folder& folder, const platform::FolderEntry& entry, Listing& listing) {
     using Kind = platform::FolderEntry::Kind;
-    std::string name = textOf(entry.name);
+    std::string name = platform::utf8FromNative(entry.name);
     std::string text = folder.text + (folder.text.ends_with('\\') ? "" : "\\") + name;
     // The standard's recursive walk does not follow links to folders either, where it knows them.
     if (entry.kind == Kind::folder && isFolderToScan(text)) {

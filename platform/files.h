@@ -16,6 +16,8 @@ namespace platform {
 std::filesystem::path pathFromUtf8(std::string_view text);
 /// Always valid UTF-8; a file name that cannot be written so shows U+FFFD in its place.
 std::string utf8FromPath(const std::filesystem::path& path);
+/// The same of the machine's own path text.
+std::string utf8FromNative(const std::filesystem::path::string_type& text);
 
 /// The text of a path with backslashes on every machine, for rules that look at path text.
 std::string backslashText(const std::filesystem::path& path);
