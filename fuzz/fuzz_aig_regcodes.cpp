@@ -1,8 +1,8 @@
 // AIG-regcodes.xml: whatever it holds, it is read or refused, and what was read goes into the tables or does nothing.
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <list>
 #include <string>
 #include <vector>
 
@@ -21,10 +21,11 @@ void require(bool condition) {
 
 void buildTables() {
     clearLiveryTables();
-    Liveries = {{.airl = "KLM", .type = "A320", .title = "One", .atcid = {}},
-                {.airl = "KLM", .type = "A320", .title = "Two", .atcid = {}}};
-    lf_buildAirlineTables();
-    Liveries.clear();
+    constexpr std::array<LiveryView, 2> liveries{{
+        {.airl = "KLM", .type = "A320", .title = "One", .atcid = {}},
+        {.airl = "KLM", .type = "A320", .title = "Two", .atcid = {}},
+    }};
+    lf_buildAirlineTables(liveries);
 }
 
 } // namespace

@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <utility>
+#include <iterator>
+#include <optional>
+#include <string>
 
 #include "core/user_error.h"
 #include "fuzz/memory_folder.h"
@@ -21,20 +23,26 @@ void require(bool condition) {
     }
 }
 
-bool read() {
+std::optional<ScannedLiveries> read() {
     try {
-        lf_readLiveries();
-        return true;
+        return lf_readLiveries();
     } catch (const kvd::UserErrorException& error) {
         require(error.code() == 51 || error.code() == 52 || error.code() == 999);
-        require(Liveries.empty());
-        return false;
+        return std::nullopt;
     }
 }
 
-bool isSame(const Livery& a, const Livery& b) {
-    return a.airl == b.airl && a.type == b.type && a.title == b.title && a.atcid == b.atcid && a.cargo == b.cargo &&
-           a.scan == 0 && b.scan == 0;
+Livery liveryOf(const LiveryView& view) {
+    return {std::string(view.airl),
+            std::string(view.type),
+            std::string(view.title),
+            std::string(view.atcid),
+            0,
+            view.cargo};
+}
+
+bool isSame(const LiveryView& a, const LiveryView& b) {
+    return a.airl == b.airl && a.type == b.type && a.title == b.title && a.atcid == b.atcid && a.cargo == b.cargo;
 }
 
 } // namespace
@@ -44,14 +52,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const WorkingDirectory here(folder.file("."));
     std::filesystem::create_directories("output");
     writeInput(scannedLiveriesFile, data, size);
-    Liveries.clear();
-    if (!read()) {
+    const std::optional<ScannedLiveries> first = read();
+    if (!first) {
         return 0;
     }
-    const std::list<Livery> first = Liveries;
-    lf_writeLiveries();
     Liveries.clear();
-    require(read());
-    require(std::equal(first.begin(), first.end(), Liveries.begin(), Liveries.end(), isSame));
+    std::transform(first->liveries.begin(), first->liveries.end(), std::back_inserter(Liveries), liveryOf);
+    lf_writeLiveries();
+    const std::optional<ScannedLiveries> again = read();
+    require(again.has_value());
+    require(std::equal(first->liveries.begin(), first->liveries.end(), again->liveries.begin(), again->liveries.end(),
+                       isSame));
     return 0;
 }

@@ -62,6 +62,11 @@ bool hasLineEnd(std::string_view text) {
     return text.find_first_of(lineEnds) != std::string_view::npos;
 }
 
+/// Looks first at what stands behind the key: few lines need a closer look.
+bool beginsWithKey(std::string_view line, std::string_view key) {
+    return line.size() > key.size() && (line[key.size()] == '=' || isBlank(line[key.size()])) && line.starts_with(key);
+}
+
 /// What is left from the equals sign on must be a value; empty when it is none.
 std::string_view valueBehindKey(std::string_view rest) {
     skipBlanks(rest);
@@ -99,13 +104,9 @@ bool isAircraftCfg(std::string_view name) {
 } // namespace
 
 std::optional<CfgEntry> cfgEntry(std::string_view line) {
-    constexpr std::string_view firstLetters = "tsma"; // of the keys: few lines need a closer look
     skipBlanks(line);
-    if (line.empty() || firstLetters.find(line.front()) == std::string_view::npos) {
-        return std::nullopt;
-    }
     for (const KeyName& candidate : keyNames) {
-        if (line.starts_with(candidate.name)) {
+        if (beginsWithKey(line, candidate.name)) {
             const std::string_view value = valueBehindKey(line.substr(candidate.name.size()));
             return value.empty() ? std::nullopt : std::optional(CfgEntry{candidate.key, value});
         }

@@ -29,7 +29,7 @@ bool contains(std::string_view text, std::string_view part) {
 
 /// A folder that the walk is in, or is still to go into.
 struct Folder {
-    fs::path path;
+    fs::path::string_type path;
     std::string text; ///< of the path, with backslashes
 };
 
@@ -37,40 +37,34 @@ struct Folder {
 struct Listing {
     std::vector<Folder> folders;
     std::vector<Folder> cfgFiles;
-    std::shared_ptr<FolderNames> names = std::make_shared<FolderNames>();
+    FolderNames names;
 };
 
-/// The standard's recursive walk does not follow such links either, where it knows them.
-bool isLink(const fs::directory_entry& entry) {
-    std::error_code ignored;
-    return entry.is_symlink(ignored);
+fs::path::string_type pathInside(const Folder& folder, const fs::path::string_type& name) {
+    fs::path::string_type path = folder.path;
+    if (path.back() != '/' && path.back() != fs::path::preferred_separator) {
+        path += fs::path::preferred_separator;
+    }
+    return path += name;
 }
 
-void addEntry(const Folder& folder, const fs::directory_entry& entry, Listing& listing) {
-    std::error_code ignored;
-    const bool isFolder = entry.is_directory(ignored);
-    if (!isFolder && !entry.is_regular_file(ignored)) {
-        return;
-    }
-    std::string name = platform::utf8FromPath(entry.path().filename());
+void addEntry(const Folder& folder, const platform::FolderEntry& entry, Listing& listing) {
+    using Kind = platform::FolderEntry::Kind;
+    std::string name = platform::utf8FromNative(entry.name);
     std::string text = folder.text + (folder.text.ends_with('\\') ? "" : "\\") + name;
-    if (isFolder && !isLink(entry) && isFolderToScan(text)) {
-        listing.folders.push_back({entry.path(), std::move(text)});
-    } else if (!isFolder && isCfgFileName(name)) {
-        listing.cfgFiles.push_back({entry.path(), std::move(text)});
+    // The standard's recursive walk does not follow links to folders either, where it knows them.
+    if (entry.kind == Kind::folder && isFolderToScan(text)) {
+        listing.folders.push_back({pathInside(folder, entry.name), std::move(text)});
+    } else if (entry.kind == Kind::file && isCfgFileName(name)) {
+        listing.cfgFiles.push_back({pathInside(folder, entry.name), std::move(text)});
     }
-    (isFolder ? listing.names->folders : listing.names->files).push_back(std::move(name));
+    (entry.kind == Kind::file ? listing.names.files : listing.names.folders).push_back(std::move(name));
 }
 
 /// As much of the folder as can be read.
 Listing listingOf(const Folder& folder) {
     Listing listing;
-    std::error_code error;
-    fs::directory_iterator entries(folder.path, error);
-    while (!error && entries != fs::directory_iterator()) {
-        addEntry(folder, *entries, listing);
-        entries.increment(error);
-    }
+    platform::listFolder(folder.path, [&](const platform::FolderEntry& entry) { addEntry(folder, entry, listing); });
     return listing;
 }
 
@@ -84,7 +78,7 @@ bool leadsBack(const Folder& folder, const std::vector<const Folder*>& ancestors
     const std::string_view name = nameOf(folder);
     return std::any_of(ancestors.begin(), ancestors.end(), [&folder, name](const Folder* ancestor) {
         std::error_code ignored;
-        return nameOf(*ancestor) == name && fs::equivalent(ancestor->path, folder.path, ignored);
+        return nameOf(*ancestor) == name && fs::equivalent(fs::path(ancestor->path), fs::path(folder.path), ignored);
     });
 }
 
@@ -100,10 +94,8 @@ public:
             return false;
         }
         Listing listing = listingOf(folder);
-        for (Folder& file : listing.cfgFiles) {
-            if (!visit_({std::move(file.path), std::move(file.text), listing.names})) {
-                return false;
-            }
+        if (!visitFiles(listing)) {
+            return false;
         }
         ancestors_.push_back(&folder);
         const bool goesOn = std::all_of(listing.folders.begin(), listing.folders.end(),
@@ -113,6 +105,16 @@ public:
     }
 
 private:
+    bool visitFiles(Listing& listing) {
+        if (listing.cfgFiles.empty()) {
+            return true;
+        }
+        const auto names = std::make_shared<const FolderNames>(std::move(listing.names));
+        return std::all_of(listing.cfgFiles.begin(), listing.cfgFiles.end(), [&](Folder& file) {
+            return visit_({std::move(file.path), std::move(file.text), names});
+        });
+    }
+
     const FolderVisit& enter_;
     const FileVisit& visit_;
     std::vector<const Folder*> ancestors_; // of the folder that is being read, the outermost first
@@ -135,5 +137,5 @@ bool isIvaoPath(std::string_view path) {
 
 bool walkFolder(const fs::path& folder, const FolderVisit& enter, const FileVisit& visit) {
     const fs::directory_iterator opened(folder); // throws, where the folders inside are skipped
-    return Walk(enter, visit).into({folder, platform::backslashText(folder)});
+    return Walk(enter, visit).into({folder.native(), platform::backslashText(folder)});
 }

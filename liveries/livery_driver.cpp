@@ -13,21 +13,13 @@ namespace {
 
 bool isDone = false;
 
-/// The tables hold the titles in their own storage; no one else reads the list.
-class LiveriesFreed {
-public:
-    LiveriesFreed() { Liveries.clear(); }
-    ~LiveriesFreed() { Liveries.clear(); }
-    LiveriesFreed(const LiveriesFreed&) = delete;
-    LiveriesFreed& operator=(const LiveriesFreed&) = delete;
-};
-
 void buildTables() {
     const StepMessage step("Building the livery tables ...");
-    lf_readLiveries();
-    showLiveries(Liveries.size());
-    lf_buildAirlineTables();
-    gf_processInlineRegcodes();
+    // Gone at the end: the tables hold the titles in their own storage.
+    const ScannedLiveries scanned = lf_readLiveries();
+    showLiveries(scanned.liveries.size());
+    lf_buildAirlineTables(scanned.liveries);
+    gf_processInlineRegcodes(scanned.liveries);
     gf_processOfflineRegcodes();
     logRegistrationCodes();
     lf_buildModelTables();
@@ -40,7 +32,7 @@ void buildTables() {
 } // namespace
 
 void gf_processScannedLiveries() {
-    const LiveriesFreed freed;
+    Liveries.clear(); // a scan has no use for them any more, and the tables come from the file
     if (takeNewScan()) {
         isDone = false;
     }

@@ -5,7 +5,9 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 #include <fmt/format.h>
 #include <pugixml.hpp>
@@ -15,7 +17,6 @@
 #include "core/program_info.h"
 #include "core/program_version.h"
 #include "core/user_error.h"
-#include "liveries/livery.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
@@ -84,9 +85,44 @@ void saveWhole(const pugi::xml_document& document) {
 
 // --- Reading ---
 
-/// The attributes come in the order in which they are written, so each is looked for from the last one on.
-const char* required(pugi::xml_node element, const char* name, pugi::xml_attribute& last) {
-    const pugi::xml_attribute attribute = element.attribute(name, last);
+/// The attributes of a livery that mean anything.
+struct LiveryAttributes {
+    pugi::xml_attribute airl;
+    pugi::xml_attribute type;
+    pugi::xml_attribute cargo;
+    pugi::xml_attribute title;
+    pugi::xml_attribute atcid;
+};
+
+/// Where an attribute of this name goes; null for one that means nothing.
+pugi::xml_attribute* placeOf(std::string_view name, LiveryAttributes& attributes) {
+    if (name == "airl") {
+        return &attributes.airl;
+    }
+    if (name == "type") {
+        return &attributes.type;
+    }
+    if (name == "title") {
+        return &attributes.title;
+    }
+    if (name == "atcid") {
+        return &attributes.atcid;
+    }
+    return name == "cargo" ? &attributes.cargo : nullptr;
+}
+
+/// In one pass: a search for each by its name would go through the others again and again. The first of a name counts.
+LiveryAttributes attributesOf(pugi::xml_node element) {
+    LiveryAttributes attributes;
+    for (auto attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
+        if (pugi::xml_attribute* const place = placeOf(attribute.name(), attributes); place != nullptr && !*place) {
+            *place = attribute;
+        }
+    }
+    return attributes;
+}
+
+std::string_view required(pugi::xml_attribute attribute, const char* name, pugi::xml_node element) {
     if (!attribute) {
         throw kvd::UserErrorException(attributeMissingError,
                                       fmt::format("Missing required attribute '{}' in <{}>", name, element.name()));
@@ -94,13 +130,10 @@ const char* required(pugi::xml_node element, const char* name, pugi::xml_attribu
     return attribute.value();
 }
 
-void readLivery(pugi::xml_node element, Livery& livery) {
-    pugi::xml_attribute last;
-    livery.airl = required(element, "airl", last);
-    livery.type = required(element, "type", last);
-    livery.cargo = element.attribute("cargo", last).as_bool();
-    livery.title = required(element, "title", last);
-    livery.atcid = element.attribute("atcid", last).as_string();
+LiveryView viewOf(pugi::xml_node element) {
+    const LiveryAttributes attributes = attributesOf(element);
+    return {required(attributes.airl, "airl", element), required(attributes.type, "type", element),
+            required(attributes.title, "title", element), attributes.atcid.value(), attributes.cargo.as_bool()};
 }
 
 void load(pugi::xml_document& document) {
@@ -125,21 +158,22 @@ void lf_writeLiveries() {
     log(fmt::format("{} liveries in {}", Liveries.size(), fileText()));
 }
 
-void lf_readLiveries() {
-    pugi::xml_document document;
-    load(document);
-    const pugi::xml_node liveries = document.child("root").child("liveries");
-    if (!liveries) {
+ScannedLiveries lf_readLiveries() {
+    const auto document = std::make_shared<pugi::xml_document>();
+    load(*document);
+    const pugi::xml_node section = document->child("root").child("liveries");
+    if (!section) {
         throw kvd::UserErrorException(sectionMissingError,
                                       fmt::format("{} does not contain a <liveries> section", fileText()));
     }
-    std::list<Livery> read;
-    for (const pugi::xml_node element : liveries.children("liv")) {
-        readLivery(element, read.emplace_back());
+    std::vector<LiveryView> liveries;
+    for (const pugi::xml_node element : section.children("liv")) {
+        liveries.push_back(viewOf(element));
     }
-    if (read.empty()) {
+    const std::size_t count = liveries.size();
+    if (count == 0) {
         showMessage(fmt::format("{} does not contain liveries", fileText()), LogCopy::yes);
     }
-    log(fmt::format("{} liveries read from {}", read.size(), fileText()));
-    Liveries.splice(Liveries.end(), read);
+    log(fmt::format("{} liveries read from {}", count, fileText()));
+    return {std::move(liveries), document};
 }

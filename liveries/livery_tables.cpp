@@ -14,14 +14,21 @@
 #include "core/log.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
-#include "liveries/livery.h"
 #include "liveries/livery_matching.h"
 #include "platform/window_system.h"
 
-TextTable<TextTable<std::vector<AirlineTitle>>> AirlineTable;
-std::array<TextTable<TextTable<TitleList>>, 2> AirlineModelTable;
-std::array<TextTable<TitleList>, 2> ModelTable;
-TextTable<std::string_view> RegcodeTable;
+namespace {
+
+/// What the tables are made of. Before them, for they end first.
+std::pmr::monotonic_buffer_resource memory;
+
+} // namespace
+
+LiveryTable<AirlineTypes> AirlineTable(&memory);
+std::array<LiveryTable<LiveryTable<TitleList>>, 2> AirlineModelTable{LiveryTable<LiveryTable<TitleList>>(&memory),
+                                                                     LiveryTable<LiveryTable<TitleList>>(&memory)};
+std::array<LiveryTable<TitleList>, 2> ModelTable{LiveryTable<TitleList>(&memory), LiveryTable<TitleList>(&memory)};
+LiveryTable<std::string_view> RegcodeTable(&memory);
 RegcodeSet SpecialRegcodes;
 RegcodeSet UniqueRegcodes;
 std::vector<std::string_view> ReservedTitles;
@@ -32,32 +39,22 @@ namespace {
 constexpr std::size_t roomForAirlineTitles = 4048;
 constexpr std::size_t roomForReservedTitles = 4096;
 
-/// Each title once, in two blocks of memory: a node for each of 60,000 titles would cost more than all other tables. Titles
-/// that are asked for in the order in which they came lie side by side.
+/// Each title once, in two blocks of memory: a node for each of 60,000 titles would cost more than all other tables.
 class TitleIndex {
 public:
-    void makeRoom(std::size_t more) {
-        titles_.reserve(titles_.size() + more);
-        const std::size_t slots = std::bit_ceil(2 * (titles_.size() + more) + 1);
-        if (slots <= slots_.size()) {
-            return;
-        }
-        std::vector<std::string_view> former;
-        former.swap(titles_);
-        titles_.reserve(former.size() + more);
-        slots_.assign(slots, {});
-        std::for_each(former.begin(), former.end(), [this](std::string_view title) { insert(title); });
+    /// Before the first title.
+    void makeRoom(std::size_t titles) {
+        titles_.reserve(titles);
+        slots_.assign(std::bit_ceil(2 * titles + 1), {});
     }
 
-    /// The title, or the equal one that is there already. There must be room for it.
-    std::string_view insert(std::string_view title) {
+    /// There must be room for it.
+    void insert(std::string_view title) {
         const std::uint64_t hash = hashOf(title);
-        Slot& slot = slots_[placeOf(title, hash)];
-        if (slot.isFree()) {
+        if (Slot& slot = slots_[placeOf(title, hash)]; slot.isFree()) {
             titles_.push_back(title);
             slot = {tagOf(hash), static_cast<std::uint32_t>(titles_.size())};
         }
-        return titleOf(slot);
     }
 
     /// Empty for one that is not there.
@@ -69,6 +66,7 @@ public:
         return slot.isFree() ? std::string_view() : titleOf(slot);
     }
 
+    bool isEmpty() const { return titles_.empty(); }
     void clear() { *this = TitleIndex(); }
 
 private:
@@ -79,7 +77,7 @@ private:
         bool isFree() const { return number == 0; }
     };
 
-    static std::uint64_t hashOf(std::string_view title) { return TextHash{}(title); }
+    static std::uint64_t hashOf(std::string_view title) { return std::hash<std::string_view>{}(title); }
 
     /// The lower bits of the hash value choose the place, the upper ones tell nearly all other titles without a look at them.
     static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
@@ -102,7 +100,9 @@ private:
 
 /// Owns the texts of all titles, in blocks.
 std::vector<std::unique_ptr<char[]>> arena;
-/// What stands in AirlineTable, where equal titles are one and the same view.
+/// The titles that the lists of AirlineTable view, in the order of the liveries; empty for a lost one.
+std::vector<AirlineTitle> allTitles;
+/// Of allTitles; filled by the first search.
 TitleIndex knownTitles;
 
 /// Fills the arena.
@@ -126,48 +126,49 @@ private:
     std::size_t room_ = 0;
 };
 
-bool isSameGroup(const Livery& a, const Livery& b) {
+bool isSameGroup(const LiveryView& a, const LiveryView& b) {
     return a.airl == b.airl && a.type == b.type;
 }
 
 /// A group that comes a second time, which no sorted list has, is lost.
-void storeGroup(const Livery& first, const std::vector<AirlineTitle>& titles) {
+void storeGroup(const LiveryView& first, std::span<AirlineTitle> titles) {
     auto airline = AirlineTable.find(first.airl);
     if (airline == AirlineTable.end()) {
-        airline = AirlineTable.try_emplace(first.airl).first;
+        airline = AirlineTable.try_emplace(std::string(first.airl)).first;
     }
-    const auto [stored, isNew] = airline->second.try_emplace(first.type, titles.begin(), titles.end());
-    if (isNew) {
-        for (AirlineTitle& title : stored->second) {
-            title.title = knownTitles.insert(title.title);
-        }
+    if (!airline->second.try_emplace(std::string(first.type), titles).second) {
+        std::fill(titles.begin(), titles.end(), AirlineTitle());
     }
 }
 
-void fillAirlineTable() {
+void fillAirlineTable(std::span<const LiveryView> liveries) {
     TitleStore store;
-    knownTitles.makeRoom(Liveries.size());
-    std::vector<AirlineTitle> titles;
-    titles.reserve(roomForAirlineTitles);
-    const Livery* first = nullptr;
-    for (const Livery& livery : Liveries) {
-        if (first != nullptr && !isSameGroup(*first, livery)) {
-            storeGroup(*first, titles);
-            titles.clear();
-        }
-        if (titles.empty()) {
-            first = &livery;
-        }
-        titles.push_back({store.keep(livery.title), livery.cargo});
+    allTitles.clear();
+    allTitles.reserve(std::max(roomForAirlineTitles, liveries.size()));
+    for (const LiveryView& livery : liveries) {
+        allTitles.push_back({store.keep(livery.title), livery.cargo});
     }
-    if (first != nullptr) {
-        storeGroup(*first, titles);
+    for (std::size_t begin = 0; begin < liveries.size();) {
+        std::size_t end = begin + 1;
+        while (end < liveries.size() && isSameGroup(liveries[begin], liveries[end])) {
+            ++end;
+        }
+        storeGroup(liveries[begin], std::span(allTitles).subspan(begin, end - begin));
+        begin = end;
     }
 }
 
-std::vector<std::string_view> titlesOf(const std::vector<AirlineTitle>& titles, bool cargo) {
+void fillKnownTitles() {
+    knownTitles.clear();
+    knownTitles.makeRoom(allTitles.size());
+    for (const AirlineTitle& one : allTitles) {
+        knownTitles.insert(one.title);
+    }
+}
+
+Titles titlesOf(std::span<const AirlineTitle> titles, bool cargo) {
     const auto isWanted = [cargo](const AirlineTitle& title) { return title.isCargo == cargo; };
-    std::vector<std::string_view> wanted;
+    Titles wanted(&memory);
     wanted.reserve(static_cast<std::size_t>(std::count_if(titles.begin(), titles.end(), isWanted)));
     for (const AirlineTitle& title : titles) {
         if (isWanted(title)) {
@@ -177,17 +178,17 @@ std::vector<std::string_view> titlesOf(const std::vector<AirlineTitle>& titles, 
     return wanted;
 }
 
-void splitAirline(const std::string& airline, const TextTable<std::vector<AirlineTitle>>& types, std::size_t index) {
-    TextTable<TitleList>* table = nullptr;
+void splitAirline(const std::string& airline, const AirlineTypes& types, std::size_t index) {
+    LiveryTable<TitleList>* table = nullptr;
     for (const auto& [type, all] : types) {
-        std::vector<std::string_view> titles = titlesOf(all, index == cargoIndex);
+        Titles titles = titlesOf(all, index == cargoIndex);
         if (titles.empty()) {
             continue;
         }
         if (table == nullptr) {
             table = &AirlineModelTable[index][airline];
         }
-        (*table)[type].titles = std::move(titles);
+        table->try_emplace(type, TitleList{std::move(titles), {}});
     }
 }
 
@@ -203,11 +204,10 @@ void splitByCargo() {
 
 // --- Reservations ---
 
-/// By their places in the arena, where each title stands once.
-using TitlePlaces = std::unordered_set<const char*>;
+using ReservedSet = std::unordered_set<std::string_view>;
 
-void setReservedAside(TitleList& list, const TitlePlaces& reserved) {
-    const auto isFree = [&reserved](std::string_view title) { return !reserved.contains(title.data()); };
+void setReservedAside(TitleList& list, const ReservedSet& reserved) {
+    const auto isFree = [&reserved](std::string_view title) { return !reserved.contains(title); };
     list.unreserved.clear();
     if (!std::all_of(list.titles.begin(), list.titles.end(), isFree)) {
         std::copy_if(list.titles.begin(), list.titles.end(), std::back_inserter(list.unreserved), isFree);
@@ -219,10 +219,7 @@ void setReservedAside() {
     if (ReservedTitles.empty()) {
         return;
     }
-    TitlePlaces reserved;
-    for (const std::string_view title : ReservedTitles) {
-        reserved.insert(title.data());
-    }
+    const ReservedSet reserved(ReservedTitles.begin(), ReservedTitles.end());
     for (auto& airlines : AirlineModelTable) {
         for (auto& [airline, types] : airlines) {
             for (auto& [type, list] : types) {
@@ -332,6 +329,12 @@ void summarize(AircraftCategory category, const CategoryStock& stock) {
     }
 }
 
+/// Empty, without the memory that clear() would keep.
+template <typename Table>
+void makeAnew(Table& table) {
+    table = Table(table.get_allocator());
+}
+
 } // namespace
 
 std::vector<CategorizedType>* randomTypesOf(AircraftCategory category) {
@@ -343,14 +346,22 @@ std::vector<CategorizedType>* randomTypesOf(AircraftCategory category) {
     }
 }
 
-void lf_buildAirlineTables() {
+void lf_buildAirlineTables(std::span<const LiveryView> liveries) {
     ReservedTitles.reserve(roomForReservedTitles);
-    fillAirlineTable();
+    fillAirlineTable(liveries);
     splitByCargo();
 }
 
 std::string_view lf_findTitle(std::string_view title) {
+    if (knownTitles.isEmpty()) {
+        fillKnownTitles();
+    }
     return knownTitles.find(title);
+}
+
+std::string_view findTitle(std::string_view title, std::size_t number) {
+    const bool isIt = number < allTitles.size() && allTitles[number].title == title;
+    return isIt ? allTitles[number].title : lf_findTitle(title);
 }
 
 void lf_buildModelTables() {
@@ -358,7 +369,7 @@ void lf_buildModelTables() {
         ModelTable[index].clear();
         for (const auto& [airline, types] : AirlineModelTable[index]) {
             for (const auto& [type, list] : types) {
-                std::vector<std::string_view>& titles = ModelTable[index][type].titles;
+                Titles& titles = ModelTable[index][type].titles;
                 titles.insert(titles.end(), list.titles.begin(), list.titles.end());
             }
         }
@@ -405,21 +416,23 @@ void logRegistrationCodes() {
 
 void clearLiveryTables() {
     hexidLiveries.clear();
-    RegcodeTable.clear();
     SpecialRegcodes.clear();
     UniqueRegcodes.clear();
     ReservedTitles.clear();
-    for (auto& table : AirlineModelTable) {
-        table.clear();
-    }
     clearSimilarModels();
     for (auto& types : RandomTypes) {
         types.clear();
     }
-    for (auto& table : ModelTable) {
-        table.clear();
+    makeAnew(RegcodeTable);
+    for (auto& table : AirlineModelTable) {
+        makeAnew(table);
     }
-    AirlineTable.clear();
+    for (auto& table : ModelTable) {
+        makeAnew(table);
+    }
+    makeAnew(AirlineTable);
+    memory.release();
     knownTitles.clear();
+    allTitles = {};
     arena.clear();
 }

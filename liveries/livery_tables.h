@@ -6,12 +6,16 @@
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <memory_resource>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/aircraft_category.h"
+#include "liveries/livery.h"
 #include "liveries/reference_tables.h"
 #include "liveries/similar_models.h"
 
@@ -22,19 +26,26 @@ inline constexpr std::string_view privateAirline = "PVT";
 
 // All titles are views into one arena, and good until clearLiveryTables.
 
+/// All these tables are built together and go together, in memory of their own: hundreds of thousands of small pieces.
+template <typename Value>
+using LiveryTable = std::pmr::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+
 struct AirlineTitle {
     std::string_view title;
     bool isCargo = false;
 };
 
+using AirlineTypes = LiveryTable<std::span<const AirlineTitle>>;
+using Titles = std::pmr::vector<std::string_view>;
+
 /// The titles of a type.
 struct TitleList {
-    std::vector<std::string_view> titles;
+    Titles titles;
     /// Those of them that are not reserved; left empty where that is all of them or none.
-    std::vector<std::string_view> unreserved;
+    Titles unreserved;
 
     /// Those that an aircraft may get which is not the owner of one: a reserved title only where there is no other.
-    const std::vector<std::string_view>& candidates() const { return unreserved.empty() ? titles : unreserved; }
+    const Titles& candidates() const { return unreserved.empty() ? titles : unreserved; }
 };
 
 using RegcodeSet = std::set<std::string, std::less<>>;
@@ -43,14 +54,14 @@ inline constexpr std::size_t passengerIndex = 0;
 inline constexpr std::size_t cargoIndex = 1;
 
 /// By airline and type, as the liveries come.
-extern TextTable<TextTable<std::vector<AirlineTitle>>> AirlineTable;
+extern LiveryTable<AirlineTypes> AirlineTable;
 /// By passengerIndex or cargoIndex, airline and type; titles ascending.
-extern std::array<TextTable<TextTable<TitleList>>, 2> AirlineModelTable;
+extern std::array<LiveryTable<LiveryTable<TitleList>>, 2> AirlineModelTable;
 /// By passengerIndex or cargoIndex, and type: the titles of all airlines.
-extern std::array<TextTable<TitleList>, 2> ModelTable;
+extern std::array<LiveryTable<TitleList>, 2> ModelTable;
 
 /// Registration to the title of its own livery.
-extern TextTable<std::string_view> RegcodeTable;
+extern LiveryTable<std::string_view> RegcodeTable;
 /// The registrations whose liveries are not for others; and those of them that share theirs with no other registration.
 extern RegcodeSet SpecialRegcodes;
 extern RegcodeSet UniqueRegcodes;
@@ -62,11 +73,13 @@ extern std::array<std::vector<CategorizedType>, 3> RandomTypes;
 /// The list of a category in RandomTypes; null for one that has none.
 std::vector<CategorizedType>* randomTypesOf(AircraftCategory category);
 
-/// AirlineTable and AirlineModelTable from Liveries, which must be sorted by airline, type and title. Fills the arena that all
-/// titles are views of.
-void lf_buildAirlineTables();
+/// AirlineTable and AirlineModelTable from the liveries, which must be sorted by airline, type and title. Fills the arena that
+/// all titles are views of.
+void lf_buildAirlineTables(std::span<const LiveryView> liveries);
 /// The title as it stands in AirlineTable; empty if it is not there.
 std::string_view lf_findTitle(std::string_view title);
+/// The same, without a search where it is the title of the livery of this number among those that the tables are built of.
+std::string_view findTitle(std::string_view title, std::size_t number);
 /// ModelTable from AirlineTable. From now on ReservedTitles must not change.
 void lf_buildModelTables();
 /// "N airlines, N pax aircraft models and N cargo aircraft models" to the log.

@@ -11,7 +11,6 @@
 #include "core/log.h"
 #include "distribution/clear_file.h"
 #include "distribution/sealed_file.h"
-#include "liveries/livery.h"
 #include "liveries/livery_tables.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
@@ -109,14 +108,15 @@ void takeDontUseTitlesOfUser() {
 
 // --- In-line registrations ---
 
-void takeInlineRegcode(const Livery& livery, std::vector<std::string>& clashes) {
-    const std::string_view title = lf_findTitle(livery.title);
+/// The number is that of the livery among all.
+void takeInlineRegcode(const LiveryView& livery, std::size_t number, std::vector<std::string>& clashes) {
+    const std::string_view title = findTitle(livery.title, number);
     if (title.empty()) {
         clashes.push_back(fmt::format("==> [{:3} {:4}] {} '{}' not available, system error, should not happen?",
                                       livery.airl, livery.type, livery.atcid, livery.title));
         return;
     }
-    const auto [entry, isNew] = RegcodeTable.try_emplace(livery.atcid, title);
+    const auto [entry, isNew] = RegcodeTable.try_emplace(std::string(livery.atcid), title);
     if (!isNew && entry->second != title) {
         clashes.push_back(fmt::format("{} '{}' => already in use by '{}'", livery.atcid, title, entry->second));
     }
@@ -218,12 +218,12 @@ void gf_loadDontUseTitles() {
     });
 }
 
-void gf_processInlineRegcodes() {
+void gf_processInlineRegcodes(std::span<const LiveryView> liveries) {
     std::vector<std::string> clashes;
-    RegcodeTable.reserve(Liveries.size());
-    for (const Livery& livery : Liveries) {
-        if (!livery.atcid.empty()) {
-            takeInlineRegcode(livery, clashes);
+    RegcodeTable.reserve(liveries.size());
+    for (std::size_t number = 0; number < liveries.size(); ++number) {
+        if (!liveries[number].atcid.empty()) {
+            takeInlineRegcode(liveries[number], number, clashes);
         }
     }
     if (clashes.empty()) {

@@ -3,9 +3,11 @@
 // files in input\my_regcodes. Start-up thread only.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
+#include "liveries/livery.h"
 #include "liveries/regcode_files.h"
 
 /// Titles that a scan must not take.
@@ -16,7 +18,7 @@ extern std::vector<std::string> OfflineReport;
 /// Empties DontUseTitles and fills it from the files. At the start of a scan.
 void gf_loadDontUseTitles();
 /// The registrations of the liveries' own sections into RegcodeTable. After lf_buildAirlineTables.
-void gf_processInlineRegcodes();
+void gf_processInlineRegcodes(std::span<const LiveryView> liveries);
 /// The registrations of the files, which win over those of the sections. After gf_processInlineRegcodes.
 void gf_processOfflineRegcodes();
 

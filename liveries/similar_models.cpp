@@ -2,8 +2,12 @@
 #include "liveries/similar_models.h"
 
 #include <algorithm>
+#include <compare>
+#include <cstdint>
 #include <iterator>
+#include <optional>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
@@ -50,107 +54,112 @@ void fillSimilarAll() {
     }
 }
 
-/// Views the keys of SimilarAll, which knows every type that has a similar one.
-CategorizedType categorized(std::string_view type) {
-    return {SimilarAll.find(type)->first, gf_categoryOfType(type)};
+/// The types that have a livery and a similar type. Views the keys of SimilarAll, which knows every type that has a similar
+/// one.
+std::unordered_map<std::string_view, CategorizedType> typesWithLivery() {
+    std::unordered_map<std::string_view, CategorizedType> types;
+    for (const auto& [type, unused] : SimilarAll) {
+        if (hasLivery(type)) {
+            types.try_emplace(type, CategorizedType{type, gf_categoryOfType(type)});
+        }
+    }
+    return types;
 }
 
 void fillSimilarWithLiveries() {
     SimilarWithLiveries.clear();
-    for (const auto& list : listsOf(hasLivery)) {
+    const auto types = typesWithLivery();
+    for (const auto& list : listsOf([&types](const std::string& type) { return types.contains(type); })) {
         const auto [entry, isNew] = SimilarWithLiveries.try_emplace(list.front());
         if (isNew) {
-            std::transform(list.begin() + 1, list.end(), std::back_inserter(entry->second), categorized);
+            std::transform(list.begin() + 1, list.end(), std::back_inserter(entry->second),
+                           [&types](const std::string& type) { return types.at(type); });
         }
     }
 }
 
-using AirlineTypes = TextTable<std::vector<AirlineTitle>>;
-
-/// SimilarWithLiveries by numbers: what is asked of each airline is asked of flags.
-class SimilarByNumber {
+/// SimilarWithLiveries the other way round: from what an airline has to the types that it could stand in for.
+class SimilarPlaces {
 public:
-    SimilarByNumber() {
+    SimilarPlaces() {
         for (const auto& [type, similar] : SimilarWithLiveries) {
-            entries_.push_back({type, &similar, numberOf(type), {}});
+            lists_.push_back({type, &similar});
         }
-        std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.type < b.type; });
-        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
-            noteSimilar(entry);
+        std::sort(lists_.begin(), lists_.end(), [](const List& a, const List& b) { return a.type < b.type; });
+        for (std::uint32_t list = 0; list < lists_.size(); ++list) {
+            notePlaces(list);
         }
-        had_.resize(admirers_.size());
-        isWanted_.resize(entries_.size());
+        isOwn_.resize(lists_.size());
     }
 
     AirlineSubstitutes substitutesOf(const AirlineTypes& types) {
         takeFleet(types);
         AirlineSubstitutes substitutes;
-        substitutes.makeRoom(static_cast<std::size_t>(std::count(isWanted_.begin(), isWanted_.end(), true)));
-        for (std::size_t entry = 0; entry < entries_.size(); ++entry) {
-            if (isWanted_[entry] && !had_[entries_[entry].own]) {
-                append(entries_[entry], substitutes);
+        substitutes.makeRoom(places_.size());
+        const std::uint32_t* last = nullptr;
+        for (const Place& place : places_) {
+            if (last == nullptr || *last != place.list) {
+                substitutes.beginType(lists_[place.list].type);
             }
+            substitutes.add((*lists_[place.list].similar)[place.position]);
+            last = &place.list;
         }
         return substitutes;
     }
 
 private:
-    struct Entry {
+    /// Of SimilarWithLiveries.
+    struct List {
         std::string_view type;
         const std::vector<CategorizedType>* similar;
-        std::size_t own;                  ///< number of the type
-        std::vector<std::size_t> numbers; ///< of the similar types, in their order
     };
 
-    std::size_t numberOf(std::string_view type) {
-        const auto [known, isNew] = numbers_.try_emplace(std::string(type), admirers_.size());
-        if (isNew) {
-            admirers_.emplace_back();
+    struct Place {
+        std::uint32_t list;
+        std::uint32_t position; ///< among the similar types
+
+        friend auto operator<=>(const Place&, const Place&) = default;
+    };
+
+    /// Where a type stands.
+    struct Type {
+        std::optional<std::uint32_t> ownList;
+        std::vector<Place> places;
+    };
+
+    void notePlaces(std::uint32_t list) {
+        types_[lists_[list].type].ownList = list;
+        const std::vector<CategorizedType>& similar = *lists_[list].similar;
+        for (std::uint32_t position = 0; position < similar.size(); ++position) {
+            types_[similar[position].type].places.push_back({list, position});
         }
-        return known->second;
     }
 
-    void noteSimilar(std::size_t entry) {
-        for (const CategorizedType& other : *entries_[entry].similar) {
-            const std::size_t known = numberOf(other.type);
-            entries_[entry].numbers.push_back(known);
-            admirers_[known].push_back(entry);
-        }
-    }
-
-    /// Notes what the airline has, and the entries that have any of it among their similar types.
+    /// The places of all that the airline has, but for the lists of types that it has itself; in their order.
     void takeFleet(const AirlineTypes& types) {
-        std::fill(had_.begin(), had_.end(), false);
-        std::fill(isWanted_.begin(), isWanted_.end(), false);
+        places_.clear();
+        std::fill(isOwn_.begin(), isOwn_.end(), false);
         for (const auto& [type, titles] : types) {
-            if (const auto known = numbers_.find(type); known != numbers_.end()) {
-                had_[known->second] = true;
-                for (const std::size_t admirer : admirers_[known->second]) {
-                    isWanted_[admirer] = true;
+            if (const auto known = types_.find(type); known != types_.end()) {
+                places_.insert(places_.end(), known->second.places.begin(), known->second.places.end());
+                if (known->second.ownList) {
+                    isOwn_[*known->second.ownList] = true;
                 }
             }
         }
+        std::erase_if(places_, [this](const Place& place) { return isOwn_[place.list] != 0; });
+        std::sort(places_.begin(), places_.end());
     }
 
-    void append(const Entry& entry, AirlineSubstitutes& substitutes) const {
-        substitutes.beginType(entry.type);
-        for (std::size_t i = 0; i < entry.numbers.size(); ++i) {
-            if (had_[entry.numbers[i]]) {
-                substitutes.add((*entry.similar)[i]);
-            }
-        }
-    }
-
-    std::vector<Entry> entries_; ///< ascending by type
-    TextTable<std::size_t> numbers_;
-    std::vector<std::vector<std::size_t>> admirers_; ///< by number: the entries that have it among their similar types
-    std::vector<char> had_;                          ///< by number: by the airline in hand; bytes are faster than bits
-    std::vector<char> isWanted_;                     ///< by entry
+    std::vector<List> lists_; ///< ascending by type
+    std::unordered_map<std::string_view, Type> types_;
+    std::vector<Place> places_; ///< of the airline in hand
+    std::vector<char> isOwn_;   ///< by list: of a type that the airline has; bytes are faster than bits
 };
 
 void fillSimilarByAirline() {
     SimilarByAirline.clear();
-    SimilarByNumber similar;
+    SimilarPlaces similar;
     for (const auto& [key, unused] : AirlineTable) {
         const std::string_view code = key;
         const std::string_view airline = code.substr(0, airlineCodeLength);

@@ -41,11 +41,14 @@ std::filesystem::path pathFromUtf8(std::string_view text) {
     return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
 
-std::string utf8FromPath(const std::filesystem::path& path) {
+std::string utf8FromNative(const std::filesystem::path::string_type& text) {
     // The machine's own path text is bytes or 16-bit units, and a name on disk need be neither valid UTF-8 nor UTF-16.
     using Unit = std::conditional_t<sizeof(std::filesystem::path::value_type) == 1, char, char16_t>;
-    const auto& native = path.native();
-    return repairedUtf8(std::basic_string<Unit>(native.begin(), native.end()));
+    return repairedUtf8(std::basic_string<Unit>(text.begin(), text.end()));
+}
+
+std::string utf8FromPath(const std::filesystem::path& path) {
+    return utf8FromNative(path.native());
 }
 
 std::string backslashText(const std::filesystem::path& path) {

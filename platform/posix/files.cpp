@@ -4,7 +4,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/system_folders.h"
@@ -40,6 +45,42 @@ std::error_code syncToDisk(const std::filesystem::path& path) {
         return lastError();
     }
     return {};
+}
+
+struct FolderCloser {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+using Kind = FolderEntry::Kind;
+
+/// Of a link, or where the file system does not tell.
+std::optional<Kind> askedKind(int folder, const dirent& entry) {
+    struct stat found {};
+    if (fstatat(folder, entry.d_name, &found, 0) != 0) {
+        return std::nullopt;
+    }
+    if (S_ISREG(found.st_mode)) {
+        return Kind::file;
+    }
+    if (!S_ISDIR(found.st_mode)) {
+        return std::nullopt;
+    }
+    const bool isLink = fstatat(folder, entry.d_name, &found, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(found.st_mode);
+    return isLink ? Kind::linkedFolder : Kind::folder;
+}
+
+std::optional<Kind> kindOf(int folder, const dirent& entry) {
+    switch (entry.d_type) {
+    case DT_REG: return Kind::file;
+    case DT_DIR: return Kind::folder;
+    case DT_LNK:
+    case DT_UNKNOWN: return askedKind(folder, entry);
+    default: return std::nullopt;
+    }
+}
+
+bool isDots(const char* name) {
+    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
 std::filesystem::path homeFolder() {
@@ -81,6 +122,21 @@ std::error_code replaceFile(const std::filesystem::path& from, const std::filesy
     // The new name stands; that it is on the disk already is asked for, but not every file system grants it.
     syncToDisk(to.has_parent_path() ? to.parent_path() : std::filesystem::path("."));
     return {};
+}
+
+void listFolder(const std::string& folder, const std::function<void(FolderEntry)>& visit) {
+    const std::unique_ptr<DIR, FolderCloser> opened(opendir(folder.c_str()));
+    if (!opened) {
+        return;
+    }
+    while (const dirent* const entry = readdir(opened.get())) {
+        if (isDots(entry->d_name)) {
+            continue;
+        }
+        if (const std::optional<Kind> kind = kindOf(dirfd(opened.get()), *entry)) {
+            visit({entry->d_name, *kind});
+        }
+    }
 }
 
 bool writeVanishingFile(const std::filesystem::path& file) {

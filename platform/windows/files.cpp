@@ -8,6 +8,9 @@
 #include <shlobj.h>
 // clang-format on
 
+#include <optional>
+#include <string_view>
+
 #include "platform/system_folders.h"
 
 namespace platform {
@@ -31,6 +34,41 @@ public:
 private:
     HANDLE handle_;
 };
+
+class SearchHandle {
+public:
+    explicit SearchHandle(HANDLE handle) : handle_(handle) {}
+    ~SearchHandle() {
+        if (valid()) {
+            FindClose(handle_);
+        }
+    }
+    SearchHandle(const SearchHandle&) = delete;
+    SearchHandle& operator=(const SearchHandle&) = delete;
+
+    bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return handle_; }
+
+private:
+    HANDLE handle_;
+};
+
+/// Nothing for a link that leads to neither.
+std::optional<FolderEntry::Kind> kindOf(const std::wstring& folder, const WIN32_FIND_DATAW& found) {
+    using Kind = FolderEntry::Kind;
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        std::error_code ignored;
+        const auto status = std::filesystem::status(std::filesystem::path(folder) / found.cFileName, ignored);
+        if (!is_directory(status)) {
+            return is_regular_file(status) ? std::optional(Kind::file) : std::nullopt;
+        }
+    }
+    return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Kind::folder : Kind::file;
+}
+
+bool isDots(std::wstring_view name) {
+    return name == L"." || name == L"..";
+}
 
 std::error_code lastError() {
     return {static_cast<int>(GetLastError()), std::system_category()};
@@ -78,6 +116,21 @@ std::vector<std::filesystem::path> programFilesFolders() {
         }
     }
     return folders;
+}
+
+// A link to a folder counts as a folder, for much lies behind links of the whole machine's (junctions).
+void listFolder(const std::wstring& folder, const std::function<void(FolderEntry)>& visit) {
+    WIN32_FIND_DATAW found{};
+    const SearchHandle search(FindFirstFileExW((folder + L"\\*").c_str(), FindExInfoBasic, &found,
+                                               FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
+    for (bool isThere = search.valid(); isThere; isThere = FindNextFileW(search.get(), &found) != 0) {
+        if (isDots(found.cFileName)) {
+            continue;
+        }
+        if (const auto kind = kindOf(folder, found)) {
+            visit({found.cFileName, *kind});
+        }
+    }
 }
 
 std::error_code replaceFile(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <list>
 #include <string>
 
 #include "liveries/failed_titles.h"
@@ -35,14 +36,13 @@ std::string titleOfType(const std::string& type) {
 
 /// In the order of the file: by airline, type and title.
 void buildTables() {
-    Liveries.clear();
+    std::list<Livery> liveries;
     for (const std::string& type : gAllTypes) {
-        Liveries.push_back({.airl = "ZZZ", .type = type, .title = titleOfType(type), .atcid = {}});
+        liveries.push_back({.airl = "ZZZ", .type = type, .title = titleOfType(type), .atcid = {}});
     }
-    lf_buildAirlineTables();
+    lf_buildAirlineTables(viewsOf(liveries));
     lf_buildModelTables();
     lf_buildSimilarModels();
-    Liveries.clear();
 }
 
 } // namespace

@@ -70,9 +70,7 @@ TEST_F(LiveryFile, isReadAsItWasWrittenButForTheFolder) {
     Liveries = written;
     Liveries.front().scan = 7;
     lf_writeLiveries();
-    Liveries.clear();
-    lf_readLiveries();
-    EXPECT_EQ(Liveries, written);
+    EXPECT_EQ(readLiveries(), written);
     EXPECT_THAT(log_.lines(), Contains("2 liveries read from output\\LiveriesScanned.xml"));
 }
 
@@ -113,18 +111,15 @@ TEST_F(LiveryFile, aLiveryWithoutARequiredAttributeIsError999) {
     EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'type' in <liv>");
     writeXml("<liveries><liv airl='KLM' type='A320'/></liveries>");
     EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'title' in <liv>");
-    EXPECT_THAT(Liveries, IsEmpty());
 }
 
 TEST_F(LiveryFile, whatMayBeMissingIsEmptyOrFalse) {
     writeXml("<liveries><liv airl='KLM' type='A320' title='One'/><liv airl='' type='' title='' cargo='1'/></liveries>");
-    lf_readLiveries();
-    EXPECT_EQ(Liveries, (std::list<Livery>{{"KLM", "A320", "One", "", 0, false}, {"", "", "", "", 0, true}}));
+    EXPECT_EQ(readLiveries(), (std::list<Livery>{{"KLM", "A320", "One", "", 0, false}, {"", "", "", "", 0, true}}));
 }
 
 TEST_F(LiveryFile, anEmptySectionIsToldToTheUser) {
     writeXml("<liveries/>");
-    lf_readLiveries();
+    EXPECT_THAT(readLiveries(), IsEmpty());
     EXPECT_EQ(shownMessage(), "output\\LiveriesScanned.xml does not contain liveries");
-    EXPECT_THAT(Liveries, IsEmpty());
 }

@@ -65,7 +65,6 @@ protected:
     ~LiveryMatching() override { reset(); }
 
     static void reset() {
-        Liveries.clear();
         clearLiveryTables();
         resetLiveryMatching();
         resetFailedTitles();

@@ -34,13 +34,14 @@ protected:
     RegistrationCodes() {
         reset();
         fs::create_directories("input/my_regcodes");
-        setLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("KLM", "A320", "Three")});
-        lf_buildAirlineTables();
+        buildAirlineTables(
+            {livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("KLM", "A320", "Three")});
     }
     ~RegistrationCodes() override { reset(); }
 
+    static void takeSections(const std::vector<LiveryView>& liveries) { gf_processInlineRegcodes(liveries); }
+
     static void reset() {
-        Liveries.clear();
         clearLiveryTables();
         resetReferenceTables();
         resetRegistrationCodes();
@@ -113,20 +114,18 @@ TEST_F(RegistrationCodes, barringATitleDoesNothingToTheTables) {
 // In-line registrations
 
 TEST_F(RegistrationCodes, theSectionsRegistrationsAreTaken) {
-    Liveries = {{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
-                {.airl = "KLM", .type = "A320", .title = "Two", .atcid = ""},
-                {.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"}};
-    gf_processInlineRegcodes();
+    takeSections({{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
+                  {.airl = "KLM", .type = "A320", .title = "Two", .atcid = ""},
+                  {.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"}});
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
     EXPECT_FALSE(fs::exists("output/errors"));
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(RegistrationCodes, amongSectionsTheFirstTitleStays) {
-    Liveries = {{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
-                {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"},
-                {.airl = "KLM", .type = "H60", .title = "Lost", .atcid = "PH-DEF"}};
-    gf_processInlineRegcodes();
+    takeSections({{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
+                  {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"},
+                  {.airl = "KLM", .type = "H60", .title = "Lost", .atcid = "PH-DEF"}});
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
     EXPECT_EQ(readFile("output/errors/InlineRegcodes.txt"),
               "PH-ABC 'Two' => already in use by 'One'\n"
@@ -183,9 +182,8 @@ TEST_F(RegistrationCodes, oneOfEachIsSingular) {
 // The offline files
 
 TEST_F(RegistrationCodes, theUsersFilesWinOverTheAigFileAndThatOverTheSections) {
-    Liveries = {{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
-                {.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-DEF"}};
-    gf_processInlineRegcodes();
+    takeSections({{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
+                  {.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-DEF"}});
     giveAig(R"(<livery title="Two" reg="PH-ABC,PH-DEF"/>)");
     giveOwn("Three;PH-ABC\n");
     gf_processOfflineRegcodes();
@@ -279,9 +277,8 @@ TEST_F(RegistrationCodes, whatCannotBeDoneIsTold) {
 
 TEST_F(RegistrationCodes, clashesThatCannotBeWrittenAreTold) {
     writeFile("output", "not a folder");
-    Liveries = {{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
-                {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"}};
-    gf_processInlineRegcodes();
+    takeSections({{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
+                  {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"}});
     EXPECT_THAT(log.errors(), ElementsAre(testing::StartsWith("==> exception: ")));
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
 }

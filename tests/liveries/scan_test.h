@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "core/parameters.h"
 #include "core/run_flags.h"
 #include "liveries/livery.h"
+#include "liveries/livery_file.h"
 #include "liveries/livery_scan.h"
 #include "liveries/reference_tables.h"
 #include "liveries/registration_codes.h"
@@ -76,6 +78,17 @@ protected:
 
     LogCapture log_; // its folder is the working directory
 };
+
+/// What LiveriesScanned.xml holds.
+inline std::list<Livery> readLiveries() {
+    const ScannedLiveries scanned = lf_readLiveries();
+    std::list<Livery> liveries;
+    for (const LiveryView& view : scanned.liveries) {
+        liveries.push_back({std::string(view.airl), std::string(view.type), std::string(view.title),
+                            std::string(view.atcid), 0, view.cargo});
+    }
+    return liveries;
+}
 
 inline std::vector<std::string> titlesOf(const std::list<Livery>& liveries) {
     std::vector<std::string> titles;

@@ -23,7 +23,6 @@ protected:
     ~SimilarModels() override { reset(); }
 
     static void reset() {
-        Liveries.clear();
         clearLiveryTables();
         resetReferenceTables();
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 #include "platform/text_encoding.h"
 #include "tests/support/temporary_folder.h"
@@ -92,4 +93,29 @@ TEST(VanishingFile, failsWhereThereIsNoFolder) {
     const TemporaryFolder folder;
     EXPECT_FALSE(platform::writeVanishingFile(folder.path() / "absent" / "x.tmp"));
     EXPECT_FALSE(fs::exists("absent"));
+}
+
+namespace {
+
+std::map<std::string, platform::FolderEntry::Kind> listed(const fs::path& folder) {
+    std::map<std::string, platform::FolderEntry::Kind> entries;
+    platform::listFolder(folder.native(), [&entries](const platform::FolderEntry& entry) {
+        EXPECT_TRUE(entries.emplace(platform::utf8FromPath(entry.name), entry.kind).second);
+    });
+    return entries;
+}
+
+} // namespace
+
+TEST(ListFolder, tellsEachFileAndFolderOnce) {
+    using Kind = platform::FolderEntry::Kind;
+    const TemporaryFolder folder;
+    writeFile("x/one.txt", "1");
+    writeFile("x/two/inside.txt", "2");
+    writeFile(platform::pathFromUtf8("x/caf\u00E9"), "3");
+    const std::map<std::string, Kind> expected{
+        {"one.txt", Kind::file}, {"two", Kind::folder}, {"caf\u00E9", Kind::file}};
+    EXPECT_EQ(listed("x"), expected);
+    EXPECT_TRUE(listed("x/two/missing").empty());
+    EXPECT_TRUE(listed("x/one.txt").empty());
 }

@@ -20,23 +20,21 @@ inline Livery freighter(const std::string& airline, const std::string& type, con
     return made;
 }
 
-/// Sorted as the file is.
-inline void setLiveries(std::list<Livery> liveries) {
+/// The tables of airlines from the liveries, sorted as the file is.
+inline void buildAirlineTables(std::list<Livery> liveries) {
     liveries.sort([](const Livery& a, const Livery& b) {
         return std::tie(a.airl, a.type, a.title) < std::tie(b.airl, b.type, b.title);
     });
-    Liveries = std::move(liveries);
+    lf_buildAirlineTables(viewsOf(liveries));
 }
 
-/// All tables but those of the registrations, which `registrations` may fill; the list is empty afterwards.
+/// All tables but those of the registrations, which `registrations` may fill.
 template <typename Registrations>
 void installLiveries(std::list<Livery> liveries, Registrations registrations) {
-    setLiveries(std::move(liveries));
-    lf_buildAirlineTables();
+    buildAirlineTables(std::move(liveries));
     registrations();
     lf_buildModelTables();
     lf_buildSimilarModels();
-    Liveries.clear();
 }
 
 inline void installLiveries(std::list<Livery> liveries) {

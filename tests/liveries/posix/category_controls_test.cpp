@@ -31,7 +31,6 @@ protected:
 
     static void reset() {
         memory::reset();
-        Liveries.clear();
         clearLiveryTables();
         resetReferenceTables();
         resetParameters();
