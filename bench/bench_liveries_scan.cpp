@@ -1,5 +1,5 @@
-// What a scan of a big collection of liveries costs, warm, against reading the same files to memory with the same number of
-// threads, and against finding and reading them. Usage: bench_liveries_scan [FILTER]
+// What a scan of a big collection of liveries costs, warm, against reading the same files to memory with the same
+// number of threads, and against finding and reading them. Usage: bench_liveries_scan [FILTER]
 #include <algorithm>
 #include <atomic>
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What the reading of the reference data costs, against the opening of the container alone and the parsing of its XML alone;
-// what the tables hold; and what a look-up and the closest airport cost. Usage: bench_reference [FILTER]
+// What the reading of the reference data costs, against the opening of the container alone and the parsing of its XML
+// alone; what the tables hold; and what a look-up and the closest airport cost. Usage: bench_reference [FILTER]
 #include <algorithm>
 #include <chrono>
 #include <cstddef>

@@ -1,7 +1,7 @@
-// How fast the engine flies a recording in the simulated world: an hour with 100 aircraft at a time, from the files to the
-// finished trace. And what a day with 60 aircraft at a time leaves in memory, which takes minutes and is done only when the
-// filter begins with "replay.day".
-// Prints "name = value unit"; an argument prints only the figures whose names contain it.
+// How fast the engine flies a recording in the simulated world: an hour with 100 aircraft at a time, from the files to
+// the finished trace. And what a day with 60 aircraft at a time leaves in memory, which takes minutes and is done only
+// when the filter begins with "replay.day". Prints "name = value unit"; an argument prints only the figures whose names
+// contain it.
 #include <chrono>
 #include <cstdio>
 #include <filesystem>

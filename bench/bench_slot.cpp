@@ -1,7 +1,7 @@
-// What a slot of the engine costs with so many active airborne aircraft, while the feed brings 200 records a second: time,
-// how the cost grows with the aircraft, and what it takes from the heap. No session is open, so nothing is sent; the positions
-// are handed over as to a frame.
-// Prints "name = value unit"; an argument prints only the figures whose names contain it.
+// What a slot of the engine costs with so many active airborne aircraft, while the feed brings 200 records a second:
+// time, how the cost grows with the aircraft, and what it takes from the heap. No session is open, so nothing is sent;
+// the positions are handed over as to a frame. Prints "name = value unit"; an argument prints only the figures whose
+// names contain it.
 #include <algorithm>
 #include <chrono>
 #include <cmath>

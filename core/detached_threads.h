@@ -9,6 +9,6 @@
 /// Starts a named thread that owns itself. Throws std::system_error when the system has no thread to give.
 void gf_startDetached(std::string_view name, std::function<void()> body);
 
-/// Waits until no more than `stillIn` of them are left (a thread of theirs that waits counts itself), at most `atMost` of
-/// real time; whether that came to be.
+/// Waits until no more than `stillIn` of them are left (a thread of theirs that waits counts itself), at most `atMost`
+/// of real time; whether that came to be.
 bool gf_waitForDetachedThreads(std::chrono::milliseconds atMost, int stillIn = 0);

@@ -16,8 +16,8 @@ std::filesystem::path gf_parameterFile();
 /// deleted.
 void gf_readWindowPosition();
 
-/// Reads all parameters, adds the missing ones, or writes a fresh file and asks for both scans; shows the values in their
-/// controls. After a version change the migration follows. True when the file was created fresh.
+/// Reads all parameters, adds the missing ones, or writes a fresh file and asks for both scans; shows the values in
+/// their controls. After a version change the migration follows. True when the file was created fresh.
 bool gf_readParameters();
 
 /// Every setting back to its default, in memory, in the file and in its control; a file that stands there is kept as

@@ -1,7 +1,7 @@
 // core/parameters.h
 // The settings: long-lived objects that know their key, default, limits and value, and the control that shows them.
-// Numbers are atomic, texts are copied in and out under gParameterMutex; both are written by the window thread and the run
-// thread, and read by all.
+// Numbers are atomic, texts are copied in and out under gParameterMutex; both are written by the window thread and the
+// run thread, and read by all.
 #pragma once
 
 #include <array>

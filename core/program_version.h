@@ -21,6 +21,6 @@ inline constexpr ProgramVersion thisVersion{11, 10, 8};
 /// The text form "{}.{}.{}".
 std::string versionText(const ProgramVersion& version);
 
-/// Finds the first "major.minor.patch" of decimal numbers in the text. Throws std::runtime_error "invalid version format"
-/// when there is none, "parse error in version string" when a number does not fit an int.
+/// Finds the first "major.minor.patch" of decimal numbers in the text. Throws std::runtime_error "invalid version
+/// format" when there is none, "parse error in version string" when a number does not fit an int.
 ProgramVersion parseVersion(std::string_view text);

@@ -1,6 +1,6 @@
 // distribution/download.h
-// Files from the download server. A transfer goes to a file beside its target and replaces it only when it is whole; the
-// run's stop flags abort it. Each call blocks and belongs to the run thread.
+// Files from the download server. A transfer goes to a file beside its target and replaces it only when it is whole;
+// the run's stop flags abort it. Each call blocks and belongs to the run thread.
 #pragma once
 
 #include <filesystem>
@@ -20,8 +20,8 @@ void setDownloadRoot(std::string_view root);
 
 enum class DownloadMode { text, binary };
 
-/// Fetches the URL, http or https, into the file. False, with a log line and the former file as it was, when anything fails;
-/// so does an empty handle, without a word.
+/// Fetches the URL, http or https, into the file. False, with a log line and the former file as it was, when anything
+/// fails; so does an empty handle, without a word.
 bool lf_downloadTo(void* handle, const std::string& url, const std::filesystem::path& path, DownloadMode mode);
 
 /// Fetches a data file of this program's major version. False, with a log line and the former file as it was, when the

@@ -13,15 +13,16 @@ using DataKey = std::array<unsigned char, 32>;
 /// The key of this build's data files.
 const DataKey& gf_dataKey();
 
-/// A key written as 64 hexadecimal digits, or as 32 characters that are the key themselves; nothing for any other length.
+/// A key written as 64 hexadecimal digits, or as 32 characters that are the key themselves; nothing for any other
+/// length.
 std::optional<DataKey> parseDataKey(std::string_view text);
 
 /// Opens a container with this build's key. A failure is a log line, and false; the output may hold a part then.
 bool gf_streamDecrypt(const std::filesystem::path& input, const std::filesystem::path& output);
 
-/// Opens a container. Throws std::runtime_error "Could not open input file: " or "Could not open output file: " with the
-/// path, "Invalid header or key", or "Decryption failed". A stream that just ends is whole, and what follows the last
-/// chunk is not looked at.
+/// Opens a container. Throws std::runtime_error "Could not open input file: " or "Could not open output file: " with
+/// the path, "Invalid header or key", or "Decryption failed". A stream that just ends is whole, and what follows the
+/// last chunk is not looked at.
 void lf_streamDecryptFile(const std::filesystem::path& input, const std::filesystem::path& output, const DataKey& key);
 
 /// Makes a container, whose last chunk says that it is the last. Throws as lf_streamDecryptFile does for its two files.

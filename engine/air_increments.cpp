@@ -118,7 +118,8 @@ double sumOfVerticalSpeeds(const SampleStream& stream) {
     return sum;
 }
 
-/// The samples say ground while the aircraft still flies. With a climb in the samples it is a low pass, and it flies on.
+/// The samples say ground while the aircraft still flies. With a climb in the samples it is a low pass, and it flies
+/// on.
 void flyOverGround(LiveAircraft& aircraft) {
     if (aircraft.landing != 0 || sumOfVerticalSpeeds(aircraft.stream) <= levelFpm) {
         moveAt(aircraft, descentRate(aircraft));
@@ -163,9 +164,9 @@ bool goesByReportedHeading(const LiveAircraft& aircraft) {
     return to.hasHeading != 0 && to.roll && to.heading && aircraft.altAboveGround < below;
 }
 
-/// On the way to element 1 the aircraft turns to where the leg after it leads. A feed with more than some fifteen seconds
-/// from sample to sample hardly ever tells that leg in time: then the aircraft turns into the present one, or it would keep
-/// the heading of its birth and fly sideways and backwards.
+/// On the way to element 1 the aircraft turns to where the leg after it leads. A feed with more than some fifteen
+/// seconds from sample to sample hardly ever tells that leg in time: then the aircraft turns into the present one, or
+/// it would keep the heading of its birth and fly sideways and backwards.
 double turnAhead(const LiveAircraft& aircraft) {
     const SampleStream& stream = aircraft.stream;
     if (stream.size() < 3) {

@@ -10,6 +10,6 @@
 /// "function: what failed" with all that tells the aircraft and its state; states outside their tables as numbers.
 void logFailure(std::string_view function, const std::exception& failure, const LiveAircraft& aircraft);
 
-/// removeAircraftFromSim, with the reason in the log: without it nobody could tell why an aircraft was not seen any more.
-/// Nothing for one whose removal only waits for its object.
+/// removeAircraftFromSim, with the reason in the log: without it nobody could tell why an aircraft was not seen any
+/// more. Nothing for one whose removal only waits for its object.
 void removeSaying(LiveAircraft& aircraft, std::string_view reason);

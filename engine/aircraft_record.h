@@ -77,8 +77,8 @@ std::string airlineFromCallsign(std::string_view callsign);
 /// Takes the simulator's answer for the height of the centre of gravity (feet); one below 1 or above 35 is ignored.
 void takeCgHeight(AircraftRecord& aircraft, double feet);
 
-/// Takes the simulator's answer for the pitch on the ground (radians); one at or below -1 degree or above 2.5 degrees is
-/// replaced by 0.7 degree.
+/// Takes the simulator's answer for the pitch on the ground (radians); one at or below -1 degree or above 2.5 degrees
+/// is replaced by 0.7 degree.
 void takeGroundPitch(AircraftRecord& aircraft, double radians);
 
 bool isGhostCallsign(std::string_view callsign);

@@ -9,8 +9,8 @@
 /// An aircraft is between the start of its flare and its touchdown, where its height is wanted five times as often.
 extern bool flareInProgress;
 
-/// Hexids of aircraft that are still to be compared with the static ones, the next one first. Written by queueTwinCheck and
-/// by whoever serves it.
+/// Hexids of aircraft that are still to be compared with the static ones, the next one first. Written by queueTwinCheck
+/// and by whoever serves it.
 extern std::vector<std::uint32_t> twinCheckQueue;
 
 /// More aircraft than the simulator takes.

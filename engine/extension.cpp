@@ -45,9 +45,10 @@ constexpr double landingFeetPerSecond = 10.005;
 constexpr double takeOffFpm = 1500;
 constexpr double takeOffFeetPerSecond = 25;
 
-/// How a take-off roll goes on without samples, by the speed so far. A feed that ends on the roll gains speed and vertical
-/// speed here but no height, which changeHeight gives to "take_off" alone: unless it has rotated by then, the aircraft rolls
-/// straight on until its extensions are used up. It is meant to be so: it may fly off, but never stops on the runway.
+/// How a take-off roll goes on without samples, by the speed so far. A feed that ends on the roll gains speed and
+/// vertical speed here but no height, which changeHeight gives to "take_off" alone: unless it has rotated by then, the
+/// aircraft rolls straight on until its extensions are used up. It is meant to be so: it may fly off, but never stops
+/// on the runway.
 struct TakeOffSpeed {
     double upToKnots;
     double nextKnots;

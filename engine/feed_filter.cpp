@@ -90,8 +90,8 @@ bool isToBeDropped(const LiveAircraft& aircraft, const FeedRecord& record) {
            (aircraft.extensions < 1 && showsNothingNew(last, record.sample, gapSeconds));
 }
 
-/// The same aircraft, seen by another transmitter. The type may have come from the registration table or, where only the
-/// other one's registration is known there, from the feed.
+/// The same aircraft, seen by another transmitter. The type may have come from the registration table or, where only
+/// the other one's registration is known there, from the feed.
 bool isKnownByName(const FeedRecord& record) {
     return !record.callsign.empty() &&
            std::any_of(liveTable.begin(), liveTable.end(), [&record](const LiveAircraft& aircraft) {

@@ -1,6 +1,6 @@
 // engine/feed_filter.h
-// What of the feed reaches an aircraft: each record begins an aircraft, goes on to its aircraft's stream, or is dropped.
-// Engine thread only.
+// What of the feed reaches an aircraft: each record begins an aircraft, goes on to its aircraft's stream, or is
+// dropped. Engine thread only.
 #pragma once
 
 #include "engine/live_aircraft.h"

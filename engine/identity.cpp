@@ -17,8 +17,8 @@
 
 namespace {
 
-/// What the aircraft's object must follow. The texts are in the record by then; the rest is done only if it is made anew,
-/// for an active aircraft without livery or out of its phase would never move again.
+/// What the aircraft's object must follow. The texts are in the record by then; the rest is done only if it is made
+/// anew, for an active aircraft without livery or out of its phase would never move again.
 struct Change {
     bool any = false;
     bool ofRoute = false;
@@ -138,8 +138,8 @@ void checkRegistration(LiveAircraft& aircraft, const FeedRecord& record, Change&
     aircraft.registration = record.registration;
 }
 
-/// False for the ghost of an aircraft that is there. A call sign that cannot be used tells nothing: made anew, the aircraft
-/// would go by its registration, and be made anew with each record from then on.
+/// False for the ghost of an aircraft that is there. A call sign that cannot be used tells nothing: made anew, the
+/// aircraft would go by its registration, and be made anew with each record from then on.
 bool checkCallsign(LiveAircraft& aircraft, const FeedRecord& record, Change& change) {
     const bool isNew = differs(aircraft.callsign, record.callsign) && record.callsign != aircraft.registration;
     if (!isNew) {

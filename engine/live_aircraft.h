@@ -18,8 +18,8 @@ struct Offset {
     double eastMetres = 0;
 };
 
-/// A quadratic curve on the ground: from p0 towards the control point, which p1 and p2 both hold, to p3. Offsets are metres
-/// from p0. Not-a-number in p3 means that there is no curve.
+/// A quadratic curve on the ground: from p0 towards the control point, which p1 and p2 both hold, to p3. Offsets are
+/// metres from p0. Not-a-number in p3 means that there is no curve.
 struct GroundCurve {
     static constexpr double none = std::numeric_limits<double>::quiet_NaN();
 

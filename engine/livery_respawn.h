@@ -4,6 +4,6 @@
 
 #include "engine/live_aircraft.h"
 
-/// Removes the object of an active aircraft; when the simulator has confirmed it the aircraft goes the way of a new one, from
-/// where it is now.
+/// Removes the object of an active aircraft; when the simulator has confirmed it the aircraft goes the way of a new
+/// one, from where it is now.
 void liveryRespawn(LiveAircraft& aircraft);

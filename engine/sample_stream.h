@@ -8,10 +8,10 @@
 
 #include "feed/feed_record.h"
 
-/// A ring of samples. While a leg is planned element 0 is the sample flown from and element 1 the next target; the planning
-/// removes element 0, so that in flight element 0 is the target of the present leg. The blocks are made when the ring first
-/// reaches them and used again afterwards: a stream that stays within its ring allocates nothing.
-/// A reference stays good until its element is removed, also when the ring grows.
+/// A ring of samples. While a leg is planned element 0 is the sample flown from and element 1 the next target; the
+/// planning removes element 0, so that in flight element 0 is the target of the present leg. The blocks are made when
+/// the ring first reaches them and used again afterwards: a stream that stays within its ring allocates nothing. A
+/// reference stays good until its element is removed, also when the ring grows.
 class SampleStream {
 public:
     SampleStream() = default;

@@ -34,7 +34,8 @@ namespace {
 constexpr int recordsPerSlot = 2;
 constexpr std::int32_t rangeRequestSlots = 100;
 constexpr std::int32_t flareRangeRequestSlots = 20;
-/// From here on the ground script of landing or take-off counts down: the aircraft is on the ground whatever its flag says.
+/// From here on the ground script of landing or take-off counts down: the aircraft is on the ground whatever its flag
+/// says.
 constexpr std::int32_t groundScriptSlots = 2;
 
 /// On the ground the height always comes from the simulator's own ground.

@@ -2,12 +2,12 @@
 // One slot of the engine, a hundred times a second, and the order of everything that happens in it. Run thread only.
 #pragma once
 
-/// One slot, while the flight runs. A bad message, record or aircraft costs itself; only kvd::UserErrorException is thrown,
-/// when the simulator refuses too many liveries.
+/// One slot, while the flight runs. A bad message, record or aircraft costs itself; only kvd::UserErrorException is
+/// thrown, when the simulator refuses too many liveries.
 void lf_handleAddingStack();
 
-/// What the simulator has told since the last slot, and the objects that are coming into being. While the flight is paused
-/// this alone is served, so that removals and refusals are not lost. Throws like lf_handleAddingStack.
+/// What the simulator has told since the last slot, and the objects that are coming into being. While the flight is
+/// paused this alone is served, so that removals and refusals are not lost. Throws like lf_handleAddingStack.
 void readInbox();
 
 /// Every aircraft leaves the simulator, or never gets into it.

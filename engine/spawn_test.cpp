@@ -45,8 +45,8 @@ bool isPartlyAirborne(const SampleStream& stream) {
     return false;
 }
 
-/// What will be in the queue a few slots later counts as well: in a burst an aircraft would else come into being so late that
-/// it had to race after its track, which the recorded flights show as jumps.
+/// What will be in the queue a few slots later counts as well: in a burst an aircraft would else come into being so
+/// late that it had to race after its track, which the recorded flights show as jumps.
 bool mustWaitForQueue(const LiveAircraft& aircraft) {
     return addingStack.size() + liveCreateQueue.size() > busyCreateQueue && aircraft.phase == FlightPhase::birth;
 }

@@ -4,8 +4,8 @@
 
 #include "engine/live_aircraft.h"
 
-/// The aircraft goes to "adding2sim" and its create request is asked for; or it is marked for dropping, for want of a livery;
-/// or it stays as it is and is tried again.
+/// The aircraft goes to "adding2sim" and its create request is asked for; or it is marked for dropping, for want of a
+/// livery; or it stays as it is and is tried again.
 void spawnLiveAc(LiveAircraft& aircraft);
 
 /// Position and attitude at element 0, on the way to element 1.

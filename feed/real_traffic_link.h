@@ -1,6 +1,6 @@
 // feed/real_traffic_link.h
-// The TCP link to the RealTraffic client. It was made to talk to a flight model, which the program plays: it listens, the
-// client connects and is told where the user is. Traffic does not come this way. Run thread only.
+// The TCP link to the RealTraffic client. It was made to talk to a flight model, which the program plays: it listens,
+// the client connects and is told where the user is. Traffic does not come this way. Run thread only.
 #pragma once
 
 #include <atomic>
@@ -15,7 +15,8 @@ extern platform::StreamSocket clientSocket;
 /// Read by any thread.
 extern std::atomic<bool> clientConnected;
 
-/// Listens on the port that the text names. Throws std::runtime_error with the step that failed; nothing is left open then.
+/// Listens on the port that the text names. Throws std::runtime_error with the step that failed; nothing is left open
+/// then.
 void startListening(std::string_view port);
 
 /// Waits for a client, as long as it takes; false when the run stops, a client is there already or the listening fails.
@@ -31,8 +32,8 @@ void dropWhatTheClientSaid();
 /// Sends the whole text. When that fails, or takes longer than a second, the client has gone: its socket is closed.
 bool sendDataPacket(std::string_view text);
 
-/// What the client has sent; waits ten seconds at most, and not while the run stops. Empty when that is nothing, or more
-/// than any reply could be.
+/// What the client has sent; waits ten seconds at most, and not while the run stops. Empty when that is nothing, or
+/// more than any reply could be.
 std::string receive();
 
 /// Asks the client what it is, once, and shows the answer.

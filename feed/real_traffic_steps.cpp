@@ -45,8 +45,9 @@ void followUser() {
     }
 }
 
-/// Waits for a client. The run stands still meanwhile, but what is to leave the simulator leaves it, and the simulator's
-/// session keeps hearing where the user is: after a gap it would take a user in flight for one who has moved elsewhere.
+/// Waits for a client. The run stands still meanwhile, but what is to leave the simulator leaves it, and the
+/// simulator's session keeps hearing where the user is: after a gap it would take a user in flight for one who has
+/// moved elsewhere.
 bool waitWhileTheRunStands() {
     platform::SteadyTime nextRequest = platform::steadyNow();
     return waitForClient([&nextRequest] {
@@ -101,8 +102,8 @@ void sendOrLose(const std::string& text) {
     }
 }
 
-/// The shortest text that gives the number back, as the standard formatter writes it: 200000 is "2e+05", which {fmt} never
-/// makes of it.
+/// The shortest text that gives the number back, as the standard formatter writes it: 200000 is "2e+05", which {fmt}
+/// never makes of it.
 std::string shortestText(double number) {
     std::array<char, 32> text;
     const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;

@@ -1,5 +1,5 @@
-// An airport file of the older layout, as the server may send it: whatever it holds, the nearest stand is one within reach or
-// none, and a file without a whole document has none.
+// An airport file of the older layout, as the server may send it: whatever it holds, the nearest stand is one within
+// reach or none, and a file without a whole document has none.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

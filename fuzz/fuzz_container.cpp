@@ -1,6 +1,6 @@
 // fuzz/fuzz_container.cpp
-// A container: whatever it holds, it opens or is refused; what it opens to is never longer than itself, and what is sealed
-// from the same bytes opens to them again.
+// A container: whatever it holds, it opens or is refused; what it opens to is never longer than itself, and what is
+// sealed from the same bytes opens to them again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

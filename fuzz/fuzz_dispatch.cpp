@@ -1,6 +1,6 @@
 // fuzz/fuzz_dispatch.cpp
-// Any bytes as records of a simulator: nothing is read beyond a record's end, only the known user errors come out, and what
-// the session keeps stays readable and finite.
+// Any bytes as records of a simulator: nothing is read beyond a record's end, only the known user errors come out, and
+// what the session keeps stays readable and finite.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // fuzz/fuzz_liveries_scanned.cpp
-// LiveriesScanned.xml: it is refused with one of its errors and leaves nothing, or it is read, and reads the same again when
-// written anew.
+// LiveriesScanned.xml: it is refused with one of its errors and leaves nothing, or it is read, and reads the same again
+// when written anew.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// What a client sends over the wire: whatever arrives, and however it is cut into pieces, no byte outside is read, the pieces
-// make no difference, and a world that gets the requests goes on.
+// What a client sends over the wire: whatever arrives, and however it is cut into pieces, no byte outside is read, the
+// pieces make no difference, and a world that gets the requests goes on.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

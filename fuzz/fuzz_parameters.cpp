@@ -1,5 +1,6 @@
 // fuzz/fuzz_parameters.cpp
-// parameters.xml: whatever it holds, the settings end within their limits, and one save makes it a file that keeps them.
+// parameters.xml: whatever it holds, the settings end within their limits, and one save makes it a file that keeps
+// them.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

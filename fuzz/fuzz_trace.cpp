@@ -1,4 +1,5 @@
-// A trace file: whatever it holds, it is frames and events, or a TraceError; and no frame has more objects than a world.
+// A trace file: whatever it holds, it is frames and events, or a TraceError; and no frame has more objects than a
+// world.
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>

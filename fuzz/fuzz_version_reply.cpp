@@ -1,6 +1,6 @@
 // fuzz/fuzz_version_reply.cpp
-// Any bytes as the RealTraffic client's reply to the version request: no fault, and what is shown is one line of the known
-// form or none.
+// Any bytes as the RealTraffic client's reply to the version request: no fault, and what is shown is one line of the
+// known form or none.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

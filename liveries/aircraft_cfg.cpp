@@ -152,8 +152,8 @@ bool isFault(const SectionNumber& found, const ScannedFile& file, ScanState& sca
     return false;
 }
 
-/// The texts of the sections: from the line of a header up to the next line that holds a bracket. Nothing when the file is
-/// to be given up.
+/// The texts of the sections: from the line of a header up to the next line that holds a bracket. Nothing when the file
+/// is to be given up.
 std::optional<std::vector<std::string_view>> lf_checkFltsimNumbers(const ScannedFile& file, std::string_view text,
                                                                    ScanState& scan) {
     std::vector<std::string_view> sections;

@@ -11,8 +11,8 @@
 #include "liveries/livery.h"
 #include "liveries/scan_state.h"
 
-/// The liveries of a file. What is refused stands in the reports of the scan or in the log; no exceptions. A scan that is to
-/// stop ends between two sections.
+/// The liveries of a file. What is refused stands in the reports of the scan or in the log; no exceptions. A scan that
+/// is to stop ends between two sections.
 std::list<Livery> lf_searchLiveriesinFile(std::uint32_t scanNumber, const ScannedFile& file, ScanState& scan);
 /// The same for a file whose type stands in the name of its folder and whose airlines stand in the titles.
 std::list<Livery> lf_searchLiveriesinIVAOFile(std::uint32_t scanNumber, const ScannedFile& file, ScanState& scan);

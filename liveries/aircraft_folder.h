@@ -23,7 +23,7 @@ struct ScannedFile {
 
 ScannedFile scannedFile(const std::filesystem::path& path);
 
-/// Whether such a folder or regular file lies beside the scanned file. As Windows does, without blanks and dots at the end
-/// of the name: "model." is the folder "model".
+/// Whether such a folder or regular file lies beside the scanned file. As Windows does, without blanks and dots at the
+/// end of the name: "model." is the folder "model".
 bool hasFolderBeside(const ScannedFile& file, std::string_view name);
 bool hasFileBeside(const ScannedFile& file, std::string_view name);

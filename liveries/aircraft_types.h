@@ -1,6 +1,6 @@
 // liveries/aircraft_types.h
-// What is known of aircraft types: their categories and wing spans. The reading of the reference data fills the tables before
-// any other thread looks at them; afterwards they do not change, and any thread may read them.
+// What is known of aircraft types: their categories and wing spans. The reading of the reference data fills the tables
+// before any other thread looks at them; afterwards they do not change, and any thread may read them.
 #pragma once
 
 #include <array>
@@ -33,8 +33,8 @@ extern double MaxHalfWingspan;
 /// The average half wing span of each category, nautical miles; not-a-number where no type of the category has one.
 extern std::array<double, aircraftCategoryCount> gAverageHalfWingspans;
 
-/// A type that stands in several sets is Large, Heavy, Buzjets, Rotorcraft or HighPerf, whichever comes first in this order;
-/// one in none of them is Light.
+/// A type that stands in several sets is Large, Heavy, Buzjets, Rotorcraft or HighPerf, whichever comes first in this
+/// order; one in none of them is Light.
 AircraftCategory gf_categoryOfType(std::string_view type);
 
 /// The half wing span in nautical miles of the type, or else the average of its category, which may be not-a-number.

@@ -1,6 +1,7 @@
 // liveries/cfg_line.h
-// What one line of an aircraft.cfg file says. Each function answers as the ECMAScript expression beside it does on the whole
-// line, but in one pass without recursion, so that a line may have any length. Without state: usable from any thread.
+// What one line of an aircraft.cfg file says. Each function answers as the ECMAScript expression beside it does on the
+// whole line, but in one pass without recursion, so that a line may have any length. Without state: usable from any
+// thread.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // liveries/cfg_section.h
-// One [fltsim.x] section of a scanned file as a livery. Tasks of the scan, at the same time; the reference tables are only read.
+// One [fltsim.x] section of a scanned file as a livery. Tasks of the scan, at the same time; the reference tables are
+// only read.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +25,7 @@ struct SectionFile {
 
 enum class SectionForm { ordinary, ivao };
 
-/// The livery of a section. Nothing when the section is refused; the reports of the scan then say why, but for titles that
-/// must not be used and the airline code "RFO". No exceptions.
+/// The livery of a section. Nothing when the section is refused; the reports of the scan then say why, but for titles
+/// that must not be used and the airline code "RFO". No exceptions.
 std::optional<Livery> lf_procesFltSimSection(SectionForm form, CfgLines lines, const SectionFile& file,
                                              ScanState& scan);

@@ -21,6 +21,6 @@ using FileVisit = std::function<bool(ScannedFile)>;
 using FolderVisit = std::function<bool(std::string_view path)>;
 
 /// Calls `visit` with each file that a scan reads. A folder inside that cannot be read is skipped; a link that leads
-/// back to a folder round it is not followed. False when it was ended. Throws std::filesystem::filesystem_error when the
-/// folder itself cannot be opened, and what the visits throw.
+/// back to a folder round it is not followed. False when it was ended. Throws std::filesystem::filesystem_error when
+/// the folder itself cannot be opened, and what the visits throw.
 bool walkFolder(const std::filesystem::path& folder, const FolderVisit& enter, const FileVisit& visit);

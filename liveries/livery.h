@@ -1,6 +1,6 @@
 // liveries/livery.h
-// The liveries found on the user's machine: as the scan leaves them for the file, and as the reading of the file leaves them
-// for the building of the tables. Start-up thread only.
+// The liveries found on the user's machine: as the scan leaves them for the file, and as the reading of the file leaves
+// them for the building of the tables. Start-up thread only.
 #pragma once
 
 #include <cstdint>

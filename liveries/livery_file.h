@@ -19,6 +19,6 @@ struct ScannedLiveries {
     std::shared_ptr<const void> texts; ///< what they view
 };
 
-/// Throws kvd::UserErrorException: 51 when the file is missing or cannot be read, 52 when it holds no element for liveries, 999
-/// when an attribute of a livery is missing.
+/// Throws kvd::UserErrorException: 51 when the file is missing or cannot be read, 52 when it holds no element for
+/// liveries, 999 when an attribute of a livery is missing.
 ScannedLiveries lf_readLiveries();

@@ -220,8 +220,8 @@ std::string noMatchKey(const AircraftRecord& aircraft) {
     return fmt::format("{} {}", aircraftTag(aircraft), aircraft.registration);
 }
 
-// With RANDOM the rule is to draw up to five times until the title is not reserved, and then from the unreserved ones alone:
-// each unreserved title is as likely as the others, so drawing among them at once is the same.
+// With RANDOM the rule is to draw up to five times until the title is not reserved, and then from the unreserved ones
+// alone: each unreserved title is as likely as the others, so drawing among them at once is the same.
 void lf_pickTitle(AircraftRecord& aircraft, const TitleList& list) {
     const Titles& candidates = list.candidates();
     if (!candidates.empty()) {

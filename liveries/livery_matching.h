@@ -1,6 +1,6 @@
 // liveries/livery_matching.h
-// Which of the user's liveries an aircraft gets: a ladder of ever looser steps through the tables of liveries/livery_tables.h,
-// from the very airframe down to any aircraft of its kind. Engine thread only.
+// Which of the user's liveries an aircraft gets: a ladder of ever looser steps through the tables of
+// liveries/livery_tables.h, from the very airframe down to any aircraft of its kind. Engine thread only.
 #pragma once
 
 #include <array>
@@ -29,8 +29,8 @@ inline constexpr std::size_t count = 7;
 /// How often lf_acceptTitle said yes, by step, in this run.
 extern std::array<std::uint32_t, match_step::count> MatchesAtStep;
 
-/// noMatchKey of the aircraft that hold a registration and for which gf_rematchLivery found nothing: they are not tried again
-/// in this run, unless the user chooses a deeper matching. Written by the spawning, emptied by the run loop.
+/// noMatchKey of the aircraft that hold a registration and for which gf_rematchLivery found nothing: they are not tried
+/// again in this run, unless the user chooses a deeper matching. Written by the spawning, emptied by the run loop.
 extern TextSet NoMatchList;
 std::string noMatchKey(const AircraftRecord& aircraft);
 
@@ -38,11 +38,12 @@ std::string noMatchKey(const AircraftRecord& aircraft);
 /// spawning; the titles are good until the tables are cleared.
 extern std::unordered_map<std::uint32_t, std::string_view> hexidLiveries;
 
-/// For static aircraft: sets liveryTitle and answers true, or logs that there is none. Takes isCargo over into the record.
+/// For static aircraft: sets liveryTitle and answers true, or logs that there is none. Takes isCargo over into the
+/// record.
 bool gf_matchLivery(AircraftRecord& aircraft, bool isCargo);
 
-/// For live aircraft: sets liveryTitle, and then reverseOnLanding and the step's count, or leaves the title empty. Takes
-/// similar types of the aircraft's own category alone.
+/// For live aircraft: sets liveryTitle, and then reverseOnLanding and the step's count, or leaves the title empty.
+/// Takes similar types of the aircraft's own category alone.
 void gf_rematchLivery(AircraftRecord& aircraft);
 
 /// How many matches there were at each step, and what the simulator refused, to the log. Nothing without a match.
@@ -55,8 +56,8 @@ void forgetLiveMatches();
 /// The same without the counts, as at the start of the process.
 void resetLiveryMatching();
 
-// The pieces of the ladder. A search sets liveryTitle and answers whether it is set; a title that the simulator has refused is
-// cleared by who accepts it.
+// The pieces of the ladder. A search sets liveryTitle and answers whether it is set; a title that the simulator has
+// refused is cleared by who accepts it.
 
 struct AirlineModelKey {
     std::string_view airline;
@@ -76,8 +77,8 @@ bool gf_liveryByRegcode(AircraftRecord& aircraft);
 
 /// The types of SimilarByAirline, or none; with RANDOM in a new order each time. Good until the next call.
 std::span<const CategorizedType> gf_similarForAirline(std::string_view airline, std::string_view type);
-/// The types of SimilarWithLiveries in the same way; for a type that is not there, one of RandomTypes if its category has
-/// such a list.
+/// The types of SimilarWithLiveries in the same way; for a type that is not there, one of RandomTypes if its category
+/// has such a list.
 std::span<const CategorizedType> gf_similarOfType(std::string_view type);
 
 /// The last steps, for an aircraft without a title; the answer is the step, if the title is set now.

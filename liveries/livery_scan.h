@@ -1,6 +1,6 @@
 // liveries/livery_scan.h
-// Walks the user's folders for liveries and leaves them in LiveriesScanned.xml, with reports on what it refused. Start-up, run
-// thread.
+// Walks the user's folders for liveries and leaves them in LiveriesScanned.xml, with reports on what it refused.
+// Start-up, run thread.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,9 @@
 #include "liveries/livery.h"
 #include "liveries/scan_reports.h"
 
-/// Scans, and takes SCAN_LIVERIES back. Throws kvd::UserErrorException: 243 when a configured folder does not exist, 48 when
-/// none is configured, 53 when there are no liveries; std::runtime_error when LiveriesScanned.xml cannot be written.
+/// Scans, and takes SCAN_LIVERIES back. Throws kvd::UserErrorException: 243 when a configured folder does not exist, 48
+/// when none is configured, 53 when there are no liveries; std::runtime_error when LiveriesScanned.xml cannot be
+/// written.
 void gf_scanLiveries();
 
 /// Whether there was a scan since the last call; what was built of the liveries is then out of date.

@@ -79,7 +79,8 @@ private:
 
     static std::uint64_t hashOf(std::string_view title) { return std::hash<std::string_view>{}(title); }
 
-    /// The lower bits of the hash value choose the place, the upper ones tell nearly all other titles without a look at them.
+    /// The lower bits of the hash value choose the place, the upper ones tell nearly all other titles without a look at
+    /// them.
     static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
 
     std::string_view titleOf(const Slot& slot) const { return titles_[slot.number - 1]; }

@@ -1,6 +1,6 @@
 // liveries/livery_tables.h
-// The tables that the search for a livery reads, built from the liveries once per process (or after a new scan). Built on the
-// start-up thread before traffic starts; afterwards the engine thread reads them.
+// The tables that the search for a livery reads, built from the liveries once per process (or after a new scan). Built
+// on the start-up thread before traffic starts; afterwards the engine thread reads them.
 #pragma once
 
 #include <array>
@@ -73,19 +73,20 @@ extern std::array<std::vector<CategorizedType>, 3> RandomTypes;
 /// The list of a category in RandomTypes; null for one that has none.
 std::vector<CategorizedType>* randomTypesOf(AircraftCategory category);
 
-/// AirlineTable and AirlineModelTable from the liveries, which must be sorted by airline, type and title. Fills the arena that
-/// all titles are views of.
+/// AirlineTable and AirlineModelTable from the liveries, which must be sorted by airline, type and title. Fills the
+/// arena that all titles are views of.
 void lf_buildAirlineTables(std::span<const LiveryView> liveries);
 /// The title as it stands in AirlineTable; empty if it is not there.
 std::string_view lf_findTitle(std::string_view title);
-/// The same, without a search where it is the title of the livery of this number among those that the tables are built of.
+/// The same, without a search where it is the title of the livery of this number among those that the tables are built
+/// of.
 std::string_view findTitle(std::string_view title, std::size_t number);
 /// ModelTable from AirlineTable. From now on ReservedTitles must not change.
 void lf_buildModelTables();
 /// "N airlines, N pax aircraft models and N cargo aircraft models" to the log.
 void logModelTables();
-/// What there is of each category, in the order of the categories, and RandomTypes. Switches off the parameters of categories
-/// without a livery, and lets the user switch the others only.
+/// What there is of each category, in the order of the categories, and RandomTypes. Switches off the parameters of
+/// categories without a livery, and lets the user switch the others only.
 void summarizeCategories();
 /// How many types have a generic livery.
 void summarizeGenericLiveries();

@@ -1,4 +1,5 @@
-// A folder of the user's on its way to liveries: its files are found, read by the tasks and collected. Start-up, run thread.
+// A folder of the user's on its way to liveries: its files are found, read by the tasks and collected. Start-up, run
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +17,6 @@ struct ScanRun {
     ScanTasks& tasks;
 };
 
-/// Appends what the files of the folder hold to Liveries. A failure ends the folder with a line in the log, and so does a
-/// stop, without one; what its tasks have not given by then is lost. No exceptions.
+/// Appends what the files of the folder hold to Liveries. A failure ends the folder with a line in the log, and so does
+/// a stop, without one; what its tasks have not given by then is lost. No exceptions.
 void lf_walkFolder(std::uint32_t scanNumber, const std::filesystem::path& folder, const ScanRun& run);

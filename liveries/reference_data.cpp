@@ -211,8 +211,8 @@ void readRegistration(const pugi::xml_node& element, const RowReport& report) {
     }
 }
 
-/// Each element goes as soon as it is read: the document is many times the size of the table that grows out of it, and both
-/// at once would be the program's peak.
+/// Each element goes as soon as it is read: the document is many times the size of the table that grows out of it, and
+/// both at once would be the program's peak.
 void readRegistrations(pugi::xml_document& document, const RowReport& report) {
     DbaseTable.clear();
     pugi::xml_node section = sectionOf(document, "dbase");

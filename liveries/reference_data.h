@@ -10,8 +10,8 @@
 using RowReport = std::function<void(std::string_view)>;
 
 /// Opens "input/dbase.enc" and fills every table; false, with an error line, when its XML does not parse. Throws
-/// std::runtime_error "dbase.enc not available" or "dbase.enc stream decrypt failed", and kvd::UserErrorException 61 for a
-/// section that is missing or empty. The clear file is gone afterwards whatever happens.
+/// std::runtime_error "dbase.enc not available" or "dbase.enc stream decrypt failed", and kvd::UserErrorException 61
+/// for a section that is missing or empty. The clear file is gone afterwards whatever happens.
 bool gf_readDataFiles();
 
 /// The reading of the clear file alone, with the same failures. What the tables held is gone in any case.

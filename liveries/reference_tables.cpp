@@ -75,7 +75,8 @@ std::optional<DbaseRecord> gf_findRegcodeRecord(std::string_view reg) {
     return DbaseTable.find(reg);
 }
 
-/// Trying the text's own pieces is a few hundred look-ups, where trying each registration would be half a million searches.
+/// Trying the text's own pieces is a few hundred look-ups, where trying each registration would be half a million
+/// searches.
 std::optional<std::string> gf_findRegcodeInText(std::string_view text) {
     std::optional<std::size_t> first;
     std::string_view found;

@@ -51,14 +51,16 @@ std::vector<std::string> gf_regcodeVariants(std::string_view reg);
 /// The record of the first form that is in the table.
 std::optional<DbaseRecord> gf_findRegcodeRecord(std::string_view reg);
 
-/// The first registration of the table, in the table's own order, that is shorter than six characters and occurs in the text.
+/// The first registration of the table, in the table's own order, that is shorter than six characters and occurs in the
+/// text.
 std::optional<std::string> gf_findRegcodeInText(std::string_view text);
 
-/// The publisher one of whose names occurs in `name`, whatever the case of the letters A to Z. An empty name occurs in all.
+/// The publisher one of whose names occurs in `name`, whatever the case of the letters A to Z. An empty name occurs in
+/// all.
 std::optional<std::string> gf_findPublisher(std::string_view name);
 
-/// The publisher that the text of a path tells; empty if none. A line about a path of the simulator add-on goes to `scanLog`,
-/// the log of the scan that asks.
+/// The publisher that the text of a path tells; empty if none. A line about a path of the simulator add-on goes to
+/// `scanLog`, the log of the scan that asks.
 std::string gf_publisherFromFileName(std::string_view path, const std::function<void(std::string_view)>& scanLog);
 
 /// Nothing known, aircraft types included.

@@ -12,10 +12,10 @@ struct RegEntry {
     bool special = false;          ///< the title is reserved for these registrations
 };
 
-/// Appends the entries of AIG-regcodes.xml. False, with an error line for each fault, when the file is not quite as it should
-/// be; what could be read is in the list all the same. A file that does not load is deleted.
+/// Appends the entries of AIG-regcodes.xml. False, with an error line for each fault, when the file is not quite as it
+/// should be; what could be read is in the list all the same. A file that does not load is deleted.
 bool lf_readAigRegcodes(const std::filesystem::path& file, std::vector<RegEntry>& entries);
 
-/// Appends the entries of the .txt files that lie directly in the folder, in the order of their names. A faulty line costs
-/// itself, with a log line. False when the folder or a file cannot be read.
+/// Appends the entries of the .txt files that lie directly in the folder, in the order of their names. A faulty line
+/// costs itself, with a log line. False when the folder or a file cannot be read.
 bool lf_readRegcodeFiles(const std::filesystem::path& folder, std::vector<RegEntry>& entries);

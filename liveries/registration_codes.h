@@ -1,6 +1,6 @@
 // liveries/registration_codes.h
-// Ties real aircraft to their liveries by registration, from the aircraft.cfg sections, AIG-regcodes.xml and the user's own
-// files in input\my_regcodes. Start-up thread only.
+// Ties real aircraft to their liveries by registration, from the aircraft.cfg sections, AIG-regcodes.xml and the user's
+// own files in input\my_regcodes. Start-up thread only.
 #pragma once
 
 #include <span>
@@ -22,8 +22,8 @@ void gf_processInlineRegcodes(std::span<const LiveryView> liveries);
 /// The registrations of the files, which win over those of the sections. After gf_processInlineRegcodes.
 void gf_processOfflineRegcodes();
 
-/// Brings one source into RegcodeTable, SpecialRegcodes, UniqueRegcodes and ReservedTitles; entries for titles that the user
-/// does not have do nothing. What it replaced, and a line of counts, go to the report.
+/// Brings one source into RegcodeTable, SpecialRegcodes, UniqueRegcodes and ReservedTitles; entries for titles that the
+/// user does not have do nothing. What it replaced, and a line of counts, go to the report.
 void lf_mergeRegcodes(const std::vector<RegEntry>& entries, std::vector<std::string>& report);
 
 /// No title, no report.

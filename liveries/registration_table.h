@@ -1,6 +1,7 @@
 // liveries/registration_table.h
-// The table of real aircraft by registration: half a million rows in two blocks of memory, so that a look-up is one step
-// into each. Filled by the reading of the data files before any other thread looks; afterwards any thread may read.
+// The table of real aircraft by registration: half a million rows in two blocks of memory, so that a look-up is one
+// step into each. Filled by the reading of the data files before any other thread looks; afterwards any thread may
+// read.
 #pragma once
 
 #include <cstddef>
@@ -42,8 +43,8 @@ private:
         std::uint32_t opr = 0;
         bool cargo = false;
     };
-    /// A place in the hash: a row's number, and above it a byte of the hash value, which tells nearly all other registrations
-    /// without a look at their rows.
+    /// A place in the hash: a row's number, and above it a byte of the hash value, which tells nearly all other
+    /// registrations without a look at their rows.
     using Slot = std::uint32_t;
     static constexpr int tagShift = 24;
     static constexpr Slot rowMask = (Slot{1} << tagShift) - 1;

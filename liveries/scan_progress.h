@@ -18,8 +18,8 @@ public:
 
     void enter(std::string_view folder) { folder_ = folder; }
 
-    /// To be called again and again; shows the folder and what was read and found so far, twice a second. False when the scan
-    /// is to end.
+    /// To be called again and again; shows the folder and what was read and found so far, twice a second. False when
+    /// the scan is to end.
     bool goesOn();
 
 private:

@@ -1,5 +1,6 @@
 // liveries/scan_reports.h
-// What a scan refused, fixed and corrected: lists that the tasks fill at the same time, and the files that come of them.
+// What a scan refused, fixed and corrected: lists that the tasks fill at the same time, and the files that come of
+// them.
 #pragma once
 
 #include <array>
@@ -34,8 +35,8 @@ private:
     std::array<List, scanReportCount> lists_;
 };
 
-/// Removes LiveriesScanned.xml and what the last scan reported, but for the corrections, and then the folder of the errors if
-/// nothing is left in it. Throws std::filesystem::filesystem_error.
+/// Removes LiveriesScanned.xml and what the last scan reported, but for the corrections, and then the folder of the
+/// errors if nothing is left in it. Throws std::filesystem::filesystem_error.
 void removeOldReports();
 
 /// One file per list that is not empty, and the log's summary. A file that cannot be written is a line in the log.

@@ -38,6 +38,6 @@ struct ScanState {
     std::atomic<int> liveriesFound = 0;
 };
 
-/// Whether the scan is to end: the run is stopping, or, in production mode, where a run is stopped from its start on, the user
-/// has pressed the close button. Any thread.
+/// Whether the scan is to end: the run is stopping, or, in production mode, where a run is stopped from its start on,
+/// the user has pressed the close button. Any thread.
 bool gf_isScanStopping();

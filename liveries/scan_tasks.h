@@ -1,6 +1,6 @@
 // liveries/scan_tasks.h
-// The files of a scan read at the same time, a fixed number at most, and what they give collected in the order of their start.
-// One thread starts and collects; the tasks run on threads of their own, which nobody joins.
+// The files of a scan read at the same time, a fixed number at most, and what they give collected in the order of their
+// start. One thread starts and collects; the tasks run on threads of their own, which nobody joins.
 #pragma once
 
 #include <cstddef>
@@ -24,9 +24,9 @@ public:
     ScanTasks(const ScanTasks&) = delete;
     ScanTasks& operator=(const ScanTasks&) = delete;
 
-    /// Hands the task to the next thread that is free. Where many tasks wait already, it first waits for what the oldest
-    /// ones give, and takes it. False when the waiting was ended. Throws std::runtime_error "Future wait timed out after 10
-    /// seconds" when a task takes too long, and std::system_error when there is no thread to be had.
+    /// Hands the task to the next thread that is free. Where many tasks wait already, it first waits for what the
+    /// oldest ones give, and takes it. False when the waiting was ended. Throws std::runtime_error "Future wait timed
+    /// out after 10 seconds" when a task takes too long, and std::system_error when there is no thread to be had.
     bool start(Task task, std::list<Livery>& into);
     /// What all tasks gave, the oldest first; fails as above.
     bool collectAll(std::list<Livery>& into);

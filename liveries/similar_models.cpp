@@ -24,7 +24,8 @@ namespace {
 
 constexpr std::size_t airlineCodeLength = 3;
 
-/// A type in front of the others of its group. Where a type stands in several groups the first list in this order counts.
+/// A type in front of the others of its group. Where a type stands in several groups the first list in this order
+/// counts.
 using SimilarLists = std::set<std::vector<std::string>>;
 
 bool hasLivery(std::string_view type) {
@@ -54,8 +55,8 @@ void fillSimilarAll() {
     }
 }
 
-/// The types that have a livery and a similar type. Views the keys of SimilarAll, which knows every type that has a similar
-/// one.
+/// The types that have a livery and a similar type. Views the keys of SimilarAll, which knows every type that has a
+/// similar one.
 std::unordered_map<std::string_view, CategorizedType> typesWithLivery() {
     std::unordered_map<std::string_view, CategorizedType> types;
     for (const auto& [type, unused] : SimilarAll) {

@@ -1,6 +1,7 @@
 // liveries/similar_models.h
-// Which types may stand in for another one: part of the tables that the search for a livery reads (liveries/livery_tables.h).
-// Built on the start-up thread before traffic starts; afterwards the engine thread reads them and changes their order.
+// Which types may stand in for another one: part of the tables that the search for a livery reads
+// (liveries/livery_tables.h). Built on the start-up thread before traffic starts; afterwards the engine thread reads
+// them and changes their order.
 #pragma once
 
 #include <cstddef>
@@ -21,8 +22,8 @@ struct CategorizedType {
     friend bool operator==(const CategorizedType&, const CategorizedType&) = default;
 };
 
-/// What an airline may take for the types that it has no livery of: one list a missing type, all in two blocks of memory, for
-/// there are a hundred thousand of them.
+/// What an airline may take for the types that it has no livery of: one list a missing type, all in two blocks of
+/// memory, for there are a hundred thousand of them.
 class AirlineSubstitutes {
 public:
     /// The types in place of a missing one, in an order that the caller may change; none if it has none.

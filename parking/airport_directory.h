@@ -1,6 +1,6 @@
 // parking/airport_directory.h
-// Every airport that the live feed can serve. Read once by the run thread during start-up; afterwards it does not change,
-// and any thread may read.
+// Every airport that the live feed can serve. Read once by the run thread during start-up; afterwards it does not
+// change, and any thread may read.
 #pragma once
 
 #include <cstdint>
@@ -23,12 +23,12 @@ struct Airport {
 /// Ascending by code.
 extern std::vector<Airport> gAirports;
 
-/// Opens "input/airports.enc" and fills the directory, once; a later call only answers. Whether there are airports. A failure
-/// is an error line and false; the clear file is gone afterwards whatever happens.
+/// Opens "input/airports.enc" and fills the directory, once; a later call only answers. Whether there are airports. A
+/// failure is an error line and false; the clear file is gone afterwards whatever happens.
 bool gf_readAirports();
 
-/// The reading of the clear file alone. Each row that is left out is told to `report`. Throws std::runtime_error when the
-/// file does not parse, or has no airports element.
+/// The reading of the clear file alone. Each row that is left out is told to `report`. Throws std::runtime_error when
+/// the file does not parse, or has no airports element.
 void lf_readAirportXml(const std::filesystem::path& path, const std::function<void(std::string_view)>& report);
 
 /// Null when there is none of that code.

@@ -16,8 +16,8 @@ SteadyTime steadyNow();
 /// Sleeps for `duration`, to the grain of the system timer; a duration of zero or less returns at once.
 void sleepFor(std::chrono::steady_clock::duration duration);
 
-/// Time by hand, for tests and replays: while one exists, both clocks stand still, and a sleep of any thread moves them on by its
-/// length and returns after a yield. One at a time.
+/// Time by hand, for tests and replays: while one exists, both clocks stand still, and a sleep of any thread moves them
+/// on by its length and returns after a yield. One at a time.
 class ManualClock {
 public:
     explicit ManualClock(WallTime wall);

@@ -6,7 +6,8 @@
 
 namespace platform {
 
-/// Time that all threads of this process together have spent on processors. On Windows it counts in steps of some 16 ms.
+/// Time that all threads of this process together have spent on processors. On Windows it counts in steps of some 16
+/// ms.
 std::chrono::nanoseconds cpuTimeOfThisProcess();
 
 } // namespace platform

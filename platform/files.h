@@ -28,8 +28,8 @@ std::filesystem::path roamingAppDataFolder();
 /// Puts another folder in its place, for tests; an empty path takes it back.
 void setRoamingAppDataFolder(const std::filesystem::path& folder);
 
-/// The documents folders that all users share and that the user owns; natively Public/Documents and Documents in the home
-/// folder.
+/// The documents folders that all users share and that the user owns; natively Public/Documents and Documents in the
+/// home folder.
 std::filesystem::path publicDocumentsFolder();
 std::filesystem::path documentsFolder();
 
@@ -51,8 +51,8 @@ struct FolderEntry {
     Kind kind = Kind::file;
 };
 
-/// Calls `visit` with each file and folder inside, in the machine's order, as far as the folder can be read; with nothing
-/// else that may lie there. Faster than the standard's iterator, which makes a path of each entry.
+/// Calls `visit` with each file and folder inside, in the machine's order, as far as the folder can be read; with
+/// nothing else that may lie there. Faster than the standard's iterator, which makes a path of each entry.
 void listFolder(const std::filesystem::path::string_type& folder, const std::function<void(FolderEntry)>& visit);
 
 /// Creates `file` so that it vanishes when closed, writes one byte and closes it. True when all of that succeeded.

@@ -7,7 +7,8 @@
 
 namespace platform {
 
-/// Holds the name, which is known throughout the user's session, while it lives. `name` is in the form of a Windows kernel object ("Local\\...").
+/// Holds the name, which is known throughout the user's session, while it lives. `name` is in the form of a Windows
+/// kernel object ("Local\\...").
 class SingleInstance {
 public:
     explicit SingleInstance(std::string_view name);

@@ -1,6 +1,6 @@
 // platform/sockets.h
-// Datagram and stream sockets and the socket library. Error codes are those of the Windows socket library on both machines: the
-// native half turns its own into them. A socket belongs to the thread that uses it.
+// Datagram and stream sockets and the socket library. Error codes are those of the Windows socket library on both
+// machines: the native half turns its own into them. A socket belongs to the thread that uses it.
 #pragma once
 
 #include <chrono>

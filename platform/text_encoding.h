@@ -23,8 +23,8 @@ bool isValidUtf8(std::string_view bytes);
 /// Bytes in the system's code page (natively always the western European one, 1252) as UTF-8. Every byte has a meaning.
 std::string utf8FromCodePage(std::string_view bytes);
 
-/// Text of unknown origin, such as the system's own error texts, as valid UTF-8: what is that already stays (a file name),
-/// any other byte is read in the system's code page (the words around it).
+/// Text of unknown origin, such as the system's own error texts, as valid UTF-8: what is that already stays (a file
+/// name), any other byte is read in the system's code page (the words around it).
 std::string readableText(std::string_view bytes);
 
 } // namespace platform

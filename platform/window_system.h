@@ -51,8 +51,8 @@ struct WindowHandlers {
 /// The text of a string resource, at most 100 characters; empty when there is none.
 std::string resourceString(int id);
 
-/// False when the system refuses. The class has icon resource 100, the arrow cursor and a black background; the texts in edit
-/// and static controls stand on `textBackground`.
+/// False when the system refuses. The class has icon resource 100, the arrow cursor and a black background; the texts
+/// in edit and static controls stand on `textBackground`.
 bool registerWindowClass(std::string_view name, const WindowHandlers& handlers, Colour textBackground = 0xFFFFFF);
 
 /// Makes the window of the registered class, outer size and position as given, and shows it. False when the system

@@ -1,6 +1,6 @@
 // sim/engine_inbox.h
-// What the simulator's session has to tell the engine: it touches no aircraft table itself, but leaves a message here, which
-// the engine's slot reads.
+// What the simulator's session has to tell the engine: it touches no aircraft table itself, but leaves a message here,
+// which the engine's slot reads.
 #pragma once
 
 #include <cstddef>

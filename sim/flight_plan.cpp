@@ -114,7 +114,8 @@ void gf_removeFlightPlanFolder() {
     if (folder.empty()) {
         return;
     }
-    // Not every system's code for a folder with files in it compares equal to directory_not_empty: look into the folder.
+    // Not every system's code for a folder with files in it compares equal to directory_not_empty: look into the
+    // folder.
     std::error_code error = removeFolder();
     if (error && hasFiles()) {
         gf_removeFilesFromDirectory(folder);

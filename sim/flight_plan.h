@@ -1,6 +1,6 @@
 // sim/flight_plan.h
-// The small flight-plan files that AI objects get: flight rules, departure, destination. They live in a working folder that
-// exists only while the program runs. Run thread only.
+// The small flight-plan files that AI objects get: flight rules, departure, destination. They live in a working folder
+// that exists only while the program runs. Run thread only.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,8 @@ std::filesystem::path lf_flightPlanPath(std::uint32_t hexid);
 /// Whether the file could be opened.
 bool lf_writeFlightPlan(const std::filesystem::path& path, const AircraftRecord& aircraft);
 
-/// Writes the file of an aircraft that has both airports, and answers its path; empty when it has not, or the file cannot
-/// be written.
+/// Writes the file of an aircraft that has both airports, and answers its path; empty when it has not, or the file
+/// cannot be written.
 std::filesystem::path gf_flightPlanFor(const AircraftRecord& aircraft);
 
 /// Deletes an aircraft's file. A failure is a log line.

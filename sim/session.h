@@ -1,7 +1,7 @@
 // sim/session.h
-// The connection to the simulator while it lives, on a thread of its own, SimClient; and the questions that others put to the
-// simulator through it. The run thread starts, stops and joins SimClient; the window thread may do so once no run thread is
-// left.
+// The connection to the simulator while it lives, on a thread of its own, SimClient; and the questions that others put
+// to the simulator through it. The run thread starts, stops and joins SimClient; the window thread may do so once no
+// run thread is left.
 #pragma once
 
 #include <exception>
@@ -13,12 +13,12 @@
 void startSimClient();
 /// Asks it to end, without waiting.
 void stopSimClient();
-/// Waits for its end, if there is one: asked to stop it needs no more than 100 ms, unless the transport holds it up while it
-/// connects.
+/// Waits for its end, if there is one: asked to stop it needs no more than 100 ms, unless the transport holds it up
+/// while it connects.
 void joinSimClient();
 
-// The requests take simLock. Without a session, or after a failed request, nothing is sent; a call that fails is a failed
-// request. Any thread that does not hold simLock.
+// The requests take simLock. Without a session, or after a failed request, nothing is sent; a call that fails is a
+// failed request. Any thread that does not hold simLock.
 
 /// Asks for the user's position, and answers the last one that has come.
 UserState requestUserPosition();

@@ -1,6 +1,6 @@
 // sim/sim_ids.h
-// The numbers by which the simulator and the program name events, data definitions and requests to each other. They are of
-// the program's own choosing; logs show them.
+// The numbers by which the simulator and the program name events, data definitions and requests to each other. They are
+// of the program's own choosing; logs show them.
 #pragma once
 
 #include "sim/simconnect.h"

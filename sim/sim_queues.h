@@ -1,6 +1,6 @@
 // sim/sim_queues.h
-// What waits to be sent to the simulator with its next frame, and what was sent and is not answered yet. All of it is under
-// simLock, but for positionFront, which is the engine thread's until it is swapped.
+// What waits to be sent to the simulator with its next frame, and what was sent and is not answered yet. All of it is
+// under simLock, but for positionFront, which is the engine thread's until it is swapped.
 #pragma once
 
 #include <cstdint>

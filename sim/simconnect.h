@@ -1,9 +1,9 @@
 // sim/simconnect.h
-// The simulator vendor's client interface, as far as the program uses it: calls, enumerations and records under the names
-// that the vendor gives them. Who defines the calls is decided when the program is linked: sim/transport/, the vendor's
-// own library, or a simulated world. Nothing here depends on which of them it is.
-// The calls on one handle may come from several threads side by side, but SimConnect_CallDispatch from one thread at a time,
-// and SimConnect_Close alone, when all others have returned.
+// The simulator vendor's client interface, as far as the program uses it: calls, enumerations and records under the
+// names that the vendor gives them. Who defines the calls is decided when the program is linked: sim/transport/, the
+// vendor's own library, or a simulated world. Nothing here depends on which of them it is. The calls on one handle may
+// come from several threads side by side, but SimConnect_CallDispatch from one thread at a time, and SimConnect_Close
+// alone, when all others have returned.
 #pragma once
 
 #include <cstddef>
@@ -193,14 +193,14 @@ extern "C" {
 /// Runs on the thread that calls SimConnect_CallDispatch; must let no exception out.
 using DispatchProc = void (*)(SIMCONNECT_RECV* record, DWORD recordBytes, void* context);
 
-/// Waits while the host's addresses are looked up, as long as the system takes for that, and until one of them takes the
-/// connection: a second and a half for all of them.
+/// Waits while the host's addresses are looked up, as long as the system takes for that, and until one of them takes
+/// the connection: a second and a half for all of them.
 HRESULT SimConnect_Open(HANDLE* handle, const char* name, HWND window, DWORD userEventWin32, HANDLE event,
                         DWORD configIndex);
 /// Waits at most a second, so that the last packets reach the simulator.
 HRESULT SimConnect_Close(HANDLE handle);
-/// Runs the procedure for every waiting record. Fails when the connection has, and every record that came before has been
-/// given to the procedure.
+/// Runs the procedure for every waiting record. Fails when the connection has, and every record that came before has
+/// been given to the procedure.
 HRESULT SimConnect_CallDispatch(HANDLE handle, DispatchProc procedure, void* context);
 /// That of the last packet that this client has put on its way; it may not have gone yet.
 HRESULT SimConnect_GetLastSentPacketID(HANDLE handle, DWORD* packetId);

@@ -6,9 +6,9 @@
 
 #include "sim/simconnect.h"
 
-/// Guards the queues to the simulator and every call on the connection, from whatever thread: between a creation and the
-/// question for its packet id no other call may be made. Not held while SimConnect_CallDispatch runs. On the engine thread
-/// it is taken while inboxLock is held, so nobody takes inboxLock while holding it.
+/// Guards the queues to the simulator and every call on the connection, from whatever thread: between a creation and
+/// the question for its packet id no other call may be made. Not held while SimConnect_CallDispatch runs. On the engine
+/// thread it is taken while inboxLock is held, so nobody takes inboxLock while holding it.
 extern std::mutex simLock;
 
 /// Null while no session is open; written by SimClient alone, under simLock.
@@ -21,12 +21,12 @@ bool canSend();
 /// asks for a restart after 9 seconds. Any thread that does not hold simLock: it tells the window.
 void requestFailed();
 
-/// The simulator has gone: the flight does not run any more, and the run ends with reason "simulator closed", unless an exit
-/// is under way. Counts once a session. Any thread.
+/// The simulator has gone: the flight does not run any more, and the run ends with reason "simulator closed", unless an
+/// exit is under way. Counts once a session. Any thread.
 void simulatorGone();
 
-/// The user has loaded a flight or moved to another place: what the run knows does not hold any more. Asks for a stop with
-/// reason "new flight", unless an exit is under way. Any thread.
+/// The user has loaded a flight or moved to another place: what the run knows does not hold any more. Asks for a stop
+/// with reason "new flight", unless an exit is under way. Any thread.
 void newFlightBegins();
 
 /// As before a session.

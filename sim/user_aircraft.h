@@ -11,7 +11,8 @@
 /// Keeps and shows a new title; one of more than 48 characters is cut.
 void onUserTitle(std::string_view title);
 
-/// Decides wing span and category. Throws kvd::UserErrorException 71 for an empty model, 73 when anything else goes wrong.
+/// Decides wing span and category. Throws kvd::UserErrorException 71 for an empty model, 73 when anything else goes
+/// wrong.
 void onUserModel(const std::string& model);
 
 /// Counts only once there is a position.

@@ -1,5 +1,6 @@
 // sim/user_state.h
-// The user's aircraft: where it is, what it is, and the simulator's time. SimClient writes it; each value says who reads it.
+// The user's aircraft: where it is, what it is, and the simulator's time. SimClient writes it; each value says who
+// reads it.
 #pragma once
 
 #include <atomic>

@@ -111,7 +111,8 @@ Types readTypes(const fs::path& path, BuildReport& report) {
     return types;
 }
 
-/// The section of a type by its class; null for light aircraft. A single-engine jet of more than light weight is a fighter.
+/// The section of a type by its class; null for light aircraft. A single-engine jet of more than light weight is a
+/// fighter.
 const char* sectionOfClass(const Type& type) {
     const bool isJet = type.kind.ends_with('J');
     const bool isTurbine = isJet || type.kind.ends_with('T');

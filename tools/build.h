@@ -19,7 +19,7 @@ struct BuildSources {
     std::filesystem::path archive; ///< airport files "stock/ICAO.xml"; may be empty
 };
 
-/// Writes dbase.xml, airports.xml and report.txt into the folder, and the sums of the report to `out`. A type that the extra
-/// file names in a category is in that one; the others go by class and wake category. Throws std::runtime_error when a table
-/// cannot be read.
+/// Writes dbase.xml, airports.xml and report.txt into the folder, and the sums of the report to `out`. A type that the
+/// extra file names in a category is in that one; the others go by class and wake category. Throws std::runtime_error
+/// when a table cannot be read.
 void buildDataFiles(const BuildSources& sources, const std::filesystem::path& target, std::ostream& out);

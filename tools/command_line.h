@@ -6,6 +6,6 @@
 #include <string>
 #include <vector>
 
-/// Does what the arguments say, of which the first is the program's own name; results go to `out`, failures to `err`. The
-/// exit code: 0 when all went well and a check found nothing.
+/// Does what the arguments say, of which the first is the program's own name; results go to `out`, failures to `err`.
+/// The exit code: 0 when all went well and a check found nothing.
 int runTools(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);

@@ -16,6 +16,6 @@ std::string wholeFile(const std::filesystem::path& path);
 void writeWhole(const std::filesystem::path& path, const std::function<void(const std::filesystem::path&)>& write);
 void writeText(const std::filesystem::path& path, std::string_view text);
 
-/// The key that a file holds, 32 characters or 64 hexadecimal digits, with line ends behind it left out; the key of this
-/// build when `path` is empty. Throws std::runtime_error when the file holds no key.
+/// The key that a file holds, 32 characters or 64 hexadecimal digits, with line ends behind it left out; the key of
+/// this build when `path` is empty. Throws std::runtime_error when the file holds no key.
 DataKey keyOfFile(const std::filesystem::path& path);

@@ -108,8 +108,8 @@ fs::path formerFolder(const fs::path& target) {
     return target / "downloads.old";
 }
 
-/// After a publishing that was killed while it changed the folders: the former one is live again, or goes if it is no more
-/// needed.
+/// After a publishing that was killed while it changed the folders: the former one is live again, or goes if it is no
+/// more needed.
 void tidyUp(const fs::path& target) {
     if (!fs::exists(formerFolder(target))) {
         return;
@@ -140,7 +140,8 @@ void takePlace(const fs::path& stage, const fs::path& target) {
     fs::remove_all(formerFolder(target), ignored);
 }
 
-/// By a second name for the same file, which is for nothing however large it is; a file system that knows none gets a copy.
+/// By a second name for the same file, which is for nothing however large it is; a file system that knows none gets a
+/// copy.
 void takeOver(const fs::directory_entry& file, const fs::path& to) {
     std::error_code refusal = std::make_error_code(std::errc::not_supported);
     if (!file.is_symlink()) {
@@ -151,8 +152,8 @@ void takeOver(const fs::directory_entry& file, const fs::path& to) {
     }
 }
 
-/// What is published and not made anew stays. The last step before the version file, for to write into a file that was taken
-/// over would be to write into the published one.
+/// What is published and not made anew stays. The last step before the version file, for to write into a file that was
+/// taken over would be to write into the published one.
 void takeOverPublished(const fs::path& target, const fs::path& stage) {
     const fs::path live = liveFolder(target);
     if (!fs::exists(live)) {

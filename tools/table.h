@@ -9,13 +9,14 @@
 
 class Table {
 public:
-    /// Reads text whose first line names the columns; the separator is the comma or the semicolon, whichever that line has
-    /// more of. A field may stand in double quotes, with "" for one of them; a mark at the begin of the text is passed over.
+    /// Reads text whose first line names the columns; the separator is the comma or the semicolon, whichever that line
+    /// has more of. A field may stand in double quotes, with "" for one of them; a mark at the begin of the text is
+    /// passed over.
     explicit Table(std::string_view text);
 
     std::size_t size() const { return rows_.size(); }
-    /// The first of the columns that the table has, by its name in whatever case, in a row; empty when it has none of them or
-    /// the row is too short.
+    /// The first of the columns that the table has, by its name in whatever case, in a row; empty when it has none of
+    /// them or the row is too short.
     std::string_view field(std::size_t row, std::initializer_list<std::string_view> names) const;
     bool has(std::initializer_list<std::string_view> names) const;
 

@@ -1,6 +1,6 @@
 // window/window_state.h
-// What the window shows of the run: the message and error line, the lamps and the displayed numbers. Everybody writes it,
-// the window thread paints it. The texts are under gMessageMutex, all else is atomic.
+// What the window shows of the run: the message and error line, the lamps and the displayed numbers. Everybody writes
+// it, the window thread paints it. The texts are under gMessageMutex, all else is atomic.
 #pragma once
 
 #include <atomic>
@@ -51,8 +51,8 @@ enum class LogCopy { no, yes };
 void showMessage(std::string_view text, LogCopy toLog);
 void clearMessage();
 
-/// A line for as long as a step of the start-up lasts. In the end the line before it stands again, unless another has taken
-/// the place of the step's meanwhile. Any thread.
+/// A line for as long as a step of the start-up lasts. In the end the line before it stands again, unless another has
+/// taken the place of the step's meanwhile. Any thread.
 class StepMessage {
 public:
     explicit StepMessage(std::string_view text);

@@ -9,6 +9,6 @@
 /// runs, 0 when the program could not come up.
 int gf_processEntry(const std::vector<std::string>& arguments);
 
-/// What the command line asks for: the last of the words "--production" and "--no-production" wins, a slash does as well
-/// as the two dashes, and case does not count.
+/// What the command line asks for: the last of the words "--production" and "--no-production" wins, a slash does as
+/// well as the two dashes, and case does not count.
 bool gf_asksForProduction(const std::vector<std::string>& arguments);

@@ -25,6 +25,6 @@ void gf_resetRunLoop();
 void gf_requestStaticRefresh();
 bool gf_staticRefreshRuns();
 
-/// Asks for another try of the aircraft that got no livery, as after the choice of a deeper MATCHING_DEPTH; taken up at the
-/// next 30-second step. Any thread.
+/// Asks for another try of the aircraft that got no livery, as after the choice of a deeper MATCHING_DEPTH; taken up at
+/// the next 30-second step. Any thread.
 void gf_requestRematch();

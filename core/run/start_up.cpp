@@ -147,8 +147,8 @@ void askForTheCutScanAgain() {
     }
 }
 
-/// From the user's folders, or from what an earlier scan found in them. Who cuts the scan has no use for the complaint that
-/// there is no result.
+/// From the user's folders, or from what an earlier scan found in them. Who cuts the scan has no use for the complaint
+/// that there is no result.
 void prepareLiveries() {
     const bool scans = SCAN_LIVERIES.value;
     if (scans) {

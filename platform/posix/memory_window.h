@@ -55,8 +55,8 @@ void paintNow();
 void placeWindow(const Rectangle& at, ShowState state, const Rectangle& normalPosition);
 
 std::optional<Control> control(int id);
-/// The user types a text into an edit control in place of what stands there, and presses Enter; the message loop takes it. False
-/// when he cannot: there is no such control, or it is disabled.
+/// The user types a text into an edit control in place of what stands there, and presses Enter; the message loop takes
+/// it. False when he cannot: there is no such control, or it is disabled.
 bool enterText(int id, std::u16string_view text);
 bool windowExists();
 std::string windowTitle();

@@ -164,8 +164,8 @@ int waitFor(int fd, short events, milliseconds limit) {
     return waitForAny({&waiting, 1}, deadlineIn(limit));
 }
 
-/// Waits for bytes, or the end, and takes them. Nothing when the connection closes; none of them at the end of the stream, or
-/// when it cannot be read any more.
+/// Waits for bytes, or the end, and takes them. Nothing when the connection closes; none of them at the end of the
+/// stream, or when it cannot be read any more.
 std::optional<std::string_view> nextBytes(int fd, int closing, std::span<char> buffer) {
     for (;;) {
         std::array<pollfd, 2> waiting{{{fd, POLLIN, 0}, {closing, POLLIN, 0}}};

@@ -109,8 +109,8 @@ public:
             cleanUpSocketLibrary();
         }
     }
-    // Each begins an operation that ends as its record says; 0, or an error code when it has not begun. Sockets have calls
-    // of their own: not every system takes the calls for files well.
+    // Each begins an operation that ends as its record says; 0, or an error code when it has not begun. Sockets have
+    // calls of their own: not every system takes the calls for files well.
     int beginRead(char* buffer, DWORD size, OVERLAPPED& operation) const {
         if (socket_) {
             WSABUF part{size, buffer};
@@ -243,8 +243,8 @@ void signalEvent(void* event) {
 void setLocalPipeFolder(const std::filesystem::path&) {}
 
 struct StreamConnection::State : std::enable_shared_from_this<State> {
-    /// The one read that is always under way while the connection receives. It keeps the state: close() does not wait until
-    /// the system's thread has left the functions here, only until it has left the receiver.
+    /// The one read that is always under way while the connection receives. It keeps the state: close() does not wait
+    /// until the system's thread has left the functions here, only until it has left the receiver.
     struct Read : OVERLAPPED {
         std::shared_ptr<State> owner;
     };
@@ -531,8 +531,8 @@ int StreamListener::accept(StreamConnection& connection, milliseconds limit) {
     if (tcp) {
         return accepted.takeSocket(::accept(listening.socket(), nullptr, nullptr));
     }
-    // The instance that listened becomes the connection. Another one takes its place first: without it the peer stays where
-    // it is, for the next call.
+    // The instance that listened becomes the connection. Another one takes its place first: without it the peer stays
+    // where it is, for the next call.
     Carrier next;
     if (const int error = createPipe(state_->pipe, next)) {
         return error;

@@ -9,8 +9,8 @@ namespace platform {
 
 namespace {
 
-/// Newer systems take the resolution back from a program whose window is covered, as ours is by the simulator, unless the
-/// program asks otherwise. Older ones refuse the wish and need none.
+/// Newer systems take the resolution back from a program whose window is covered, as ours is by the simulator, unless
+/// the program asks otherwise. Older ones refuse the wish and need none.
 void keepResolutionWhenCovered() {
     PROCESS_POWER_THROTTLING_STATE state{};
     state.Version = PROCESS_POWER_THROTTLING_CURRENT_VERSION;

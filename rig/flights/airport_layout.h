@@ -1,6 +1,7 @@
 // rig/flights/airport_layout.h
-// The ground that the scripted flights move on: one runway, a taxiway beside it, two taxilanes with stands on both sides.
-// It is nobody's real airport, but lies where one is, so that simulator and program find something there. Immutable.
+// The ground that the scripted flights move on: one runway, a taxiway beside it, two taxilanes with stands on both
+// sides. It is nobody's real airport, but lies where one is, so that simulator and program find something there.
+// Immutable.
 #pragma once
 
 #include <string>

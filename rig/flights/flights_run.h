@@ -26,8 +26,8 @@ struct FlightsOptions {
 /// A scenario as two texts.
 struct WrittenScenario {
     std::string recording; ///< rows, weather among them
-    /// Lines with "time,hexid,callsign,phase,lat,lon,alt_ft,on_ground,heading,track,gs_kt,vs_fpm,roll", one a second for each
-    /// aircraft that moves and one in ten seconds for one that stands; the altitude counts from the sea.
+    /// Lines with "time,hexid,callsign,phase,lat,lon,alt_ft,on_ground,heading,track,gs_kt,vs_fpm,roll", one a second
+    /// for each aircraft that moves and one in ten seconds for one that stands; the altitude counts from the sea.
     std::string truth;
 };
 

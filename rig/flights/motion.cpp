@@ -18,8 +18,8 @@ constexpr double step = 1.0 / stepsPerSecond;
 constexpr double knotsPerMps = 3600 / metersPerNm;
 constexpr double rollPerSecond = 6; // degrees
 constexpr double gravity = 9.80665; // metres a second, a second
-/// Half the distance over which a change of the climb is rounded, metres: near the ground, and more of it for each foot of
-/// height up to where it is most.
+/// Half the distance over which a change of the climb is rounded, metres: near the ground, and more of it for each foot
+/// of height up to where it is most.
 constexpr double roundingAtGround = 200;
 constexpr double roundingPerFoot = 0.2;
 constexpr double roundingUpToFeet = 10000;

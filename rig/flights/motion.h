@@ -1,6 +1,6 @@
 // rig/flights/motion.h
-// How a scripted aircraft moves: legs along ways, with speeds that are reached and left at given rates, and heights that
-// follow from the distance flown. Everything is a function of the time since the start. Value types.
+// How a scripted aircraft moves: legs along ways, with speeds that are reached and left at given rates, and heights
+// that follow from the distance flown. Everything is a function of the time since the start. Value types.
 #pragma once
 
 #include <string>

@@ -25,8 +25,8 @@ struct PathPlace {
 
 class Path {
 public:
-    /// One point, or the same one again, is a way of no length in the given direction. A corner gets the radius, or a smaller
-    /// one where the lines beside it are too short for it.
+    /// One point, or the same one again, is a way of no length in the given direction. A corner gets the radius, or a
+    /// smaller one where the lines beside it are too short for it.
     Path(const std::vector<PlanePoint>& points, double radius, double directionOfPoint = 0);
 
     double length() const { return length_; }

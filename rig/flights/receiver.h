@@ -1,6 +1,6 @@
 // rig/flights/receiver.h
-// What a feed makes of a flight: lines now and then, of a position that is more or less the true one. Functions without state:
-// usable from any thread.
+// What a feed makes of a flight: lines now and then, of a position that is more or less the true one. Functions without
+// state: usable from any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 // rig/flights/steady_sky.h
-// A sky with so many aircraft at a time for as long as it is wanted: one that has gone is followed by another one, with an
-// address and a name that were not there before. Belongs to one thread.
+// A sky with so many aircraft at a time for as long as it is wanted: one that has gone is followed by another one, with
+// an address and a name that were not there before. Belongs to one thread.
 #pragma once
 
 #include <cstdint>

@@ -9,7 +9,8 @@
 
 namespace rig {
 
-/// JSON: time, state, places, and the aircraft that can be seen, the user's first. Angles are degrees, pitch up positive.
+/// JSON: time, state, places, and the aircraft that can be seen, the user's first. Angles are degrees, pitch up
+/// positive.
 std::string worldJson(const World& world);
 
 } // namespace rig

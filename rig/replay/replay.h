@@ -1,7 +1,8 @@
 // rig/replay/replay.h
-// The program's engine and a simulated world on one thread and in one virtual time, which goes as fast as the machine does:
-// what takes three threads and a simulator an hour is done in seconds, and the same input gives the same flights.
-// Owns the globals of the run and both clocks while it lives: one at a time, and no other thread of the program beside it.
+// The program's engine and a simulated world on one thread and in one virtual time, which goes as fast as the machine
+// does: what takes three threads and a simulator an hour is done in seconds, and the same input gives the same flights.
+// Owns the globals of the run and both clocks while it lives: one at a time, and no other thread of the program beside
+// it.
 #pragma once
 
 #include <array>
@@ -41,8 +42,8 @@ struct ReplayCounts {
 
 class Replay {
 public:
-    /// Begins a run: the session is opened and the user's aircraft known. Reference data, which the replay only reads, are
-    /// the caller's. Throws std::runtime_error when the scene's flight does not come to run within a minute.
+    /// Begins a run: the session is opened and the user's aircraft known. Reference data, which the replay only reads,
+    /// are the caller's. Throws std::runtime_error when the scene's flight does not come to run within a minute.
     explicit Replay(ReplaySettings settings);
     ~Replay();
     Replay(const Replay&) = delete;

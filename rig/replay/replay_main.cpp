@@ -1,6 +1,6 @@
 // rig/replay/replay_main.cpp
-// The command line of "rig replay", which is a program of its own because the engine in it sees a simulated world where that
-// of "rig objects" sees a connection.
+// The command line of "rig replay", which is a program of its own because the engine in it sees a simulated world where
+// that of "rig objects" sees a connection.
 #include <exception>
 #include <iostream>
 

@@ -29,8 +29,8 @@ namespace rig {
 
 namespace {
 
-/// What the last aircraft need after the last line: they fly half a minute behind it and a minute beyond it. Those on the
-/// ground may stay for good.
+/// What the last aircraft need after the last line: they fly half a minute behind it and a minute beyond it. Those on
+/// the ground may stay for good.
 constexpr double mostSecondsAfterwards = 300;
 
 class TraceFile {

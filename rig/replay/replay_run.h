@@ -41,8 +41,9 @@ struct ReplayResult {
     std::string end;    ///< why it ended
 };
 
-/// Tells on `out` what has been replayed, and then what the report tells. Throws std::runtime_error, with a text for the
-/// user, when it cannot begin, its files cannot be written or there is no line to hold out, and what ends a run as an error.
+/// Tells on `out` what has been replayed, and then what the report tells. Throws std::runtime_error, with a text for
+/// the user, when it cannot begin, its files cannot be written or there is no line to hold out, and what ends a run as
+/// an error.
 ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out);
 
 } // namespace rig

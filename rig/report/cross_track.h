@@ -1,6 +1,7 @@
 // rig/report/cross_track.h
 // How far a position lies beside a line of points, and where along it.
-// Belongs to whoever follows the line; without a library of its own, so that tests of the engine measure by the same rule.
+// Belongs to whoever follows the line; without a library of its own, so that tests of the engine measure by the same
+// rule.
 #pragma once
 
 #include <algorithm>
@@ -19,8 +20,8 @@ struct NearestOnLine {
     bool isBeyondEnd = false; ///< the position lies before the first point or behind the last
 };
 
-/// It looks near the place where the last position was, so positions are to be given in the order in which they were flown;
-/// the first one is looked for along the whole line.
+/// It looks near the place where the last position was, so positions are to be given in the order in which they were
+/// flown; the first one is looked for along the whole line.
 class CrossTrack {
 public:
     explicit CrossTrack(const std::vector<LatLon>& points) {

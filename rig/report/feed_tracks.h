@@ -35,10 +35,11 @@ struct FeedAircraft {
     std::vector<LatLon> line() const;
     /// Index of the last point that is not later; 0 when all are.
     std::size_t indexAt(double seconds) const;
-    /// The place at that time, between two points on the straight line; nothing before the first, behind the last, and in
-    /// a gap longer than longestLegSeconds in which it has moved.
+    /// The place at that time, between two points on the straight line; nothing before the first, behind the last, and
+    /// in a gap longer than longestLegSeconds in which it has moved.
     std::optional<FeedPoint> at(double seconds) const;
-    /// On the ground at all points from `seconds` minus `around` to `seconds` plus `around`, of which there must be one.
+    /// On the ground at all points from `seconds` minus `around` to `seconds` plus `around`, of which there must be
+    /// one.
     bool isOnGround(double seconds, double around) const;
 };
 
@@ -47,15 +48,17 @@ inline constexpr double longestLegSeconds = 30;
 
 using FeedTracks = std::map<std::uint32_t, FeedAircraft>; // by hexid
 
-/// All lines that tell an identity and a plausible position. Of lines of one aircraft with the same position only the first
-/// and the last count; one with an older time stamp than that before it is left out, as the program leaves it out.
+/// All lines that tell an identity and a plausible position. Of lines of one aircraft with the same position only the
+/// first and the last count; one with an older time stamp than that before it is left out, as the program leaves it
+/// out.
 FeedTracks feedTracks(const Recording& recording);
 
-/// From the text of a truth file (docs/rig-traffic.md). Throws std::runtime_error with the line's number for text that is none.
+/// From the text of a truth file (docs/rig-traffic.md). Throws std::runtime_error with the line's number for text that
+/// is none.
 FeedTracks truthTracks(std::string_view text);
 
-/// What the program takes an aircraft for: by its type when the types are known, otherwise by the category of its emitter;
-/// Large when that tells nothing.
+/// What the program takes an aircraft for: by its type when the types are known, otherwise by the category of its
+/// emitter; Large when that tells nothing.
 AircraftCategory categoryOf(const FeedAircraft& aircraft);
 
 } // namespace rig

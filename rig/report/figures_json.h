@@ -19,8 +19,8 @@ std::string reportPage(const Analysis& analysis, std::string_view name);
 
 // What pages and pictures show of an analysis.
 
-/// Of the recorded track the points that were due in the trace from `begin` to `end`, with one more on either side; of many
-/// only `most`.
+/// Of the recorded track the points that were due in the trace from `begin` to `end`, with one more on either side; of
+/// many only `most`.
 std::vector<FeedPoint> recordedPart(const FeedAircraft& feed, const FeedClock& clock, double begin, double end,
                                     std::size_t most);
 

@@ -46,7 +46,8 @@ const char* wordsFor(LineOutcome outcome) {
     return found == outcomeWords.end() ? nullptr : found->words;
 }
 
-/// The width of the route at the begin of a line on an aircraft: "AMS->LHR", wider with longer codes, blanks when unknown.
+/// The width of the route at the begin of a line on an aircraft: "AMS->LHR", wider with longer codes, blanks when
+/// unknown.
 std::size_t routeWidth(std::string_view line) {
     constexpr std::size_t usual = 8;
     const std::size_t arrow = line.find("->");
@@ -56,8 +57,8 @@ std::size_t routeWidth(std::string_view line) {
     return std::min(line.find(' ', std::max(arrow + 5, usual)), line.size());
 }
 
-/// Who is meant by a line that begins with shortLine() of an aircraft: its call sign, or its registration when it has none that
-/// is its own. Whatever else stands there, such as airports and airlines, may be a call sign of another one.
+/// Who is meant by a line that begins with shortLine() of an aircraft: its call sign, or its registration when it has
+/// none that is its own. Whatever else stands there, such as airports and airlines, may be a call sign of another one.
 std::string_view nameIn(std::string_view line) {
     constexpr std::size_t callsignWidth = 8;
     line.remove_prefix(std::min(routeWidth(line) + 1, line.size()));

@@ -1,5 +1,6 @@
 // rig/report/object_meter.h
-// Measures one aircraft, frame by frame. Belongs to whoever reads the frames; its memory does not grow with their number.
+// Measures one aircraft, frame by frame. Belongs to whoever reads the frames; its memory does not grow with their
+// number.
 #pragma once
 
 #include <array>

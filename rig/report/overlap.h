@@ -1,5 +1,6 @@
 // rig/report/overlap.h
-// Which aircraft of a frame stand in one another. Belongs to whoever reads the frames; it keeps its memory between them.
+// Which aircraft of a frame stand in one another. Belongs to whoever reads the frames; it keeps its memory between
+// them.
 #pragma once
 
 #include <cstddef>
@@ -23,8 +24,8 @@ bool overlap(const Footprint& a, const Footprint& b);
 
 class OverlapSearch {
 public:
-    /// Indices of all pairs that overlap, the smaller one first; good until the next call. Only neighbours of one cell of a
-    /// grid are compared.
+    /// Indices of all pairs that overlap, the smaller one first; good until the next call. Only neighbours of one cell
+    /// of a grid are compared.
     const std::vector<std::pair<std::size_t, std::size_t>>& pairs(const std::vector<Footprint>& footprints);
 
 private:

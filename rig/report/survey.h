@@ -49,9 +49,9 @@ struct Survey {
     LatLon userAt(double when) const; ///< seconds since the begin of the trace
 };
 
-/// `tracks` must live as long as what is answered. `feedBegin` is the time of the recording's first row, seconds since 1970;
-/// `feedStart` when that was sent, if that is known: seconds since the begin of the trace, or a wall clock, seconds since 1970.
-/// Throws TraceError, and std::runtime_error for a wall clock when the trace does not tell its own.
+/// `tracks` must live as long as what is answered. `feedBegin` is the time of the recording's first row, seconds since
+/// 1970; `feedStart` when that was sent, if that is known: seconds since the begin of the trace, or a wall clock,
+/// seconds since 1970. Throws TraceError, and std::runtime_error for a wall clock when the trace does not tell its own.
 Survey surveyTrace(std::istream& trace, const FeedTracks& tracks, double feedBegin, std::optional<double> feedStart);
 
 } // namespace rig

@@ -57,7 +57,8 @@ void answerWhole(httplib::Response& response, const std::string& content) {
     response.set_content(content, contentType);
 }
 
-/// Promises so many bytes, sends these, and gives up if they are fewer. More are on the wire before the connection ends.
+/// Promises so many bytes, sends these, and gives up if they are fewer. More are on the wire before the connection
+/// ends.
 void answerUnderLength(httplib::Response& response, std::size_t promised, std::string content) {
     response.set_content_provider(
         promised, contentType,

@@ -1,6 +1,6 @@
 // rig/server/download_server.h
-// A download server on this machine: serves a folder, and misbehaves on demand. Listens and answers on threads of its own;
-// its routines may be called from any thread.
+// A download server on this machine: serves a folder, and misbehaves on demand. Listens and answers on threads of its
+// own; its routines may be called from any thread.
 #pragma once
 
 #include <cstddef>
@@ -34,8 +34,8 @@ std::optional<ServerFault> faultOfWord(std::string_view word);
 
 class DownloadServer {
 public:
-    /// Serves the files of a folder on the loopback address; with port 0 the system chooses. Throws std::runtime_error when
-    /// the port is taken.
+    /// Serves the files of a folder on the loopback address; with port 0 the system chooses. Throws std::runtime_error
+    /// when the port is taken.
     explicit DownloadServer(std::filesystem::path folder, std::uint16_t port = 0);
     ~DownloadServer();
     DownloadServer(const DownloadServer&) = delete;

@@ -1,6 +1,6 @@
 // rig/server/server_run.h
-// The download server as a command: serves a folder until it is told to end, and tells what it was asked for. Runs on the
-// calling thread.
+// The download server as a command: serves a folder until it is told to end, and tells what it was asked for. Runs on
+// the calling thread.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +21,8 @@ struct ServerOptions {
     std::optional<double> seconds; ///< of real time until it ends by itself
 };
 
-/// Until the time is up or the system asks the program to end; a line on `out` for the address and for each path that was
-/// asked for. Throws std::runtime_error, with a text for the user, when it cannot begin.
+/// Until the time is up or the system asks the program to end; a line on `out` for the address and for each path that
+/// was asked for. Throws std::runtime_error, with a text for the user, when it cannot begin.
 void runServer(const ServerOptions& options, std::ostream& out);
 
 } // namespace rig

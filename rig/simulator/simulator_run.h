@@ -29,9 +29,9 @@ struct SimulatorOptions {
 
 inline constexpr const char* defaultPipe = "Lockheed Martin Prepar3D v5\\SimConnect";
 
-/// Until the time is up, the scene lets the simulator quit, or the system asks the program to end. Tells on `out` how it
-/// stands: a line that is refreshed when `out` is a terminal, else lines now and then. Throws std::runtime_error, with a text
-/// for the user, when it cannot begin.
+/// Until the time is up, the scene lets the simulator quit, or the system asks the program to end. Tells on `out` how
+/// it stands: a line that is refreshed when `out` is a terminal, else lines now and then. Throws std::runtime_error,
+/// with a text for the user, when it cannot begin.
 void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIsTerminal);
 
 } // namespace rig

@@ -27,8 +27,8 @@ AircraftRegistry registryFrom(std::string_view text);
 ///   "vertical_rate", "callsign", "onground"},
 /// - a trace {"icao", "timestamp", "trace": [[seconds, lat, lon, altitude or "ground", speed, track, ...]]},
 /// - lines of the feed's older form (AITFC) or of its own (RTTFC), weather rows between them.
-/// What a form does not tell comes from the registry, or stays unknown; a speed that is missing follows from the positions.
-/// Throws std::runtime_error, with a text for the user, for anything else.
+/// What a form does not tell comes from the registry, or stays unknown; a speed that is missing follows from the
+/// positions. Throws std::runtime_error, with a text for the user, for anything else.
 std::string convertToRecording(std::string_view text, const AircraftRegistry& registry);
 
 struct ConvertOptions {

@@ -34,7 +34,8 @@ std::string textOf(const FeedLine& line) {
     text += fmt::format("{},{},{},{},{},{},{},", number(line.trackRate, 1), number(line.roll, 1),
                         number(line.magHeading, 2), number(line.trueHeading, 2), number(line.geomRateFpm, 0),
                         line.emergency, line.category);
-    // The autopilot's altitudes and heading, its modes, the signal's age and strength, and the air around are not known.
+    // The autopilot's altitudes and heading, its modes, the signal's age and strength, and the air around are not
+    // known.
     text += fmt::format("{},-1,-1,-1.00,,0.0,-1.0,-1,-1,-1,-1,1,0,", number(line.navQnh, 1));
     return text;
 }

@@ -9,12 +9,12 @@
 
 namespace rig {
 
-/// The file's text; unpacked when the file begins as a gzip file does. Throws std::runtime_error, with a text for the user,
-/// when it cannot be read, or its packed bytes are cut or damaged.
+/// The file's text; unpacked when the file begins as a gzip file does. Throws std::runtime_error, with a text for the
+/// user, when it cannot be read, or its packed bytes are cut or damaged.
 std::string readText(const std::filesystem::path& path);
 
-/// Packed when the name ends in ".gz". The same text gives the same bytes on every machine. Throws std::runtime_error when it
-/// cannot be written.
+/// Packed when the name ends in ".gz". The same text gives the same bytes on every machine. Throws std::runtime_error
+/// when it cannot be written.
 void writeText(const std::filesystem::path& path, std::string_view text);
 
 /// The lines without their ends, which may be of either kind.

@@ -1,6 +1,7 @@
 // rig/traffic/player.h
-// Plays a recording: which datagrams are to be sent at what time, and what the network does to them on the way. It knows no
-// sockets and no clock, so that the same recording, options and steps give the same datagrams. Belongs to one thread.
+// Plays a recording: which datagrams are to be sent at what time, and what the network does to them on the way. It
+// knows no sockets and no clock, so that the same recording, options and steps give the same datagrams. Belongs to one
+// thread.
 #pragma once
 
 #include <cstddef>

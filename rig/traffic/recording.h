@@ -1,6 +1,6 @@
 // rig/traffic/recording.h
-// A recorded piece of sky: the datagrams that a RealTraffic client has sent, one a row, as they were received. A row that
-// begins with a brace is a weather message, any other one a traffic line. Value types.
+// A recorded piece of sky: the datagrams that a RealTraffic client has sent, one a row, as they were received. A row
+// that begins with a brace is a weather message, any other one a traffic line. Value types.
 #pragma once
 
 #include <filesystem>
@@ -18,8 +18,8 @@ enum class DatagramKind { traffic, weather };
 struct RecordedRow {
     std::string text;
     DatagramKind kind = DatagramKind::traffic;
-    /// When it was received, seconds since 1970. Rows carry no such time; but none can come before a position that it or a row
-    /// above it tells, so the latest of their time stamps it is.
+    /// When it was received, seconds since 1970. Rows carry no such time; but none can come before a position that it
+    /// or a row above it tells, so the latest of their time stamps it is.
     double due = 0;
 };
 

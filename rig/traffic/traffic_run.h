@@ -1,6 +1,6 @@
 // rig/traffic/traffic_run.h
-// The stand-in for the RealTraffic client: it connects to the program, is told where the user is, and broadcasts a recording.
-// Runs on the calling thread.
+// The stand-in for the RealTraffic client: it connects to the program, is told where the user is, and broadcasts a
+// recording. Runs on the calling thread.
 #pragma once
 
 #include <cstdint>
@@ -39,8 +39,8 @@ struct TrafficResult {
     std::size_t failedSends = 0;
 };
 
-/// Until the recording is over or the system asks the program to end. Tells on `out` what happens, and the counts at the end.
-/// Throws std::runtime_error, with a text for the user, when it cannot begin.
+/// Until the recording is over or the system asks the program to end. Tells on `out` what happens, and the counts at
+/// the end. Throws std::runtime_error, with a text for the user, when it cannot begin.
 TrafficResult runTraffic(const TrafficOptions& options, std::ostream& out);
 
 } // namespace rig

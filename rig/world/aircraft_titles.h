@@ -17,8 +17,8 @@ namespace rig {
 class AircraftTitles {
 public:
     void add(AircraftType type);
-    /// Those of every aircraft.cfg below the folder, in whatever case its name is written. A file that cannot be read is
-    /// left out.
+    /// Those of every aircraft.cfg below the folder, in whatever case its name is written. A file that cannot be read
+    /// is left out.
     void addFolder(const std::filesystem::path& folder);
     /// Those of one aircraft.cfg: a title each [fltsim.n] section, the rest from the sections that all share.
     void addLines(const std::vector<std::string>& lines);

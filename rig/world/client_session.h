@@ -1,7 +1,7 @@
 // rig/world/client_session.h
-// One client of the simulated world: takes its decoded requests, and yields the records that it is to get. Both fronts of
-// the world stand on this.
-// Whoever steps the world owns its sessions: no two calls at a time, of whatever sessions of one world.
+// One client of the simulated world: takes its decoded requests, and yields the records that it is to get. Both fronts
+// of the world stand on this. Whoever steps the world owns its sessions: no two calls at a time, of whatever sessions
+// of one world.
 #pragma once
 
 #include <map>

@@ -18,7 +18,8 @@ void appendLittleEndian(std::string& to, std::uint64_t value, std::size_t byteCo
 
 class DataDefinition {
 public:
-    /// SIMCONNECT_EXCEPTION_NONE, or why the variable cannot be added: an unknown name or unit, a type that cannot hold it.
+    /// SIMCONNECT_EXCEPTION_NONE, or why the variable cannot be added: an unknown name or unit, a type that cannot hold
+    /// it.
     SIMCONNECT_EXCEPTION add(const AddToDefinitionRequest& request);
 
     std::size_t count() const { return data_.size(); }
@@ -32,8 +33,8 @@ public:
         bool ofPosition = false; ///< one of those that every frame of a trace holds
     };
 
-    /// Puts the values of one element into the aircraft: all, or none. SIMCONNECT_EXCEPTION_NONE, or why none. `written`
-    /// gets the variables with their values behind what it holds.
+    /// Puts the values of one element into the aircraft: all, or none. SIMCONNECT_EXCEPTION_NONE, or why none.
+    /// `written` gets the variables with their values behind what it holds.
     SIMCONNECT_EXCEPTION write(std::string_view element, WorldObject& object, std::vector<NamedValue>& written) const;
 
 private:

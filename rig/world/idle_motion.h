@@ -1,7 +1,6 @@
 // rig/world/idle_motion.h
-// What the simulator's own pilot does with an aircraft that nobody holds: it drifts off, sinks and turns away, so that a
-// freeze or a release that was forgotten shows.
-// Function without state.
+// What the simulator's own pilot does with an aircraft that nobody holds: it drifts off, sinks and turns away, so that
+// a freeze or a release that was forgotten shows. Function without state.
 #pragma once
 
 #include "rig/world/world_object.h"

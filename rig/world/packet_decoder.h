@@ -12,14 +12,14 @@
 
 namespace rig {
 
-/// One packet, whole. Nothing when it is malformed: another protocol version, an operation that does not exist, parameters
-/// that are too short or too long for it.
+/// One packet, whole. Nothing when it is malformed: another protocol version, an operation that does not exist,
+/// parameters that are too short or too long for it.
 std::optional<SentRequest> decodePacket(std::string_view packet);
 
 class PacketStream {
 public:
-    /// Takes the next bytes, and appends the requests of the packets that have become whole. False from the first malformed
-    /// packet on: what follows it means nothing any more.
+    /// Takes the next bytes, and appends the requests of the packets that have become whole. False from the first
+    /// malformed packet on: what follows it means nothing any more.
     bool append(std::string_view bytes, std::vector<SentRequest>& requests);
 
 private:

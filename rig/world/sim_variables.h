@@ -44,8 +44,8 @@ struct TextVariable {
 const NumberVariable* numberVariableNamed(std::string_view name);
 const TextVariable* textVariableNamed(std::string_view name);
 
-/// How many of the named unit the variable's stored unit is; exactly 1 for the same unit. Nothing for a unit that does not
-/// exist or does not measure this.
+/// How many of the named unit the variable's stored unit is; exactly 1 for the same unit. Nothing for a unit that does
+/// not exist or does not measure this.
 std::optional<double> unitsPerStored(const NumberVariable& variable, std::string_view unitsName);
 
 } // namespace rig

@@ -51,8 +51,8 @@ public:
     /// `from` must live as long as the reader. Throws TraceError when it is no trace of this version.
     explicit TraceReader(std::istream& from);
 
-    /// The next frame or event; false at the end. Records of a kind that this version does not know are left out. Throws
-    /// TraceError for a record that cannot be.
+    /// The next frame or event; false at the end. Records of a kind that this version does not know are left out.
+    /// Throws TraceError for a record that cannot be.
     bool next(TraceItem& item);
 
     /// Whether the file ended within a record, as that of a program that was killed.

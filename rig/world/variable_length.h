@@ -1,7 +1,6 @@
 // rig/world/variable_length.h
-// Whole numbers of variable length: seven bits a byte, the low ones first, the high bit says that more follow. Signed ones
-// are folded, so that small ones of either sign are short.
-// Functions without state: usable from any thread.
+// Whole numbers of variable length: seven bits a byte, the low ones first, the high bit says that more follow. Signed
+// ones are folded, so that small ones of either sign are short. Functions without state: usable from any thread.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 // rig/world/wire_server.h
 // The simulated world over the wire: clients reach it by TCP or by a pipe, as they would a simulator.
-// Belongs to the thread that owns the world. What clients send arrives on threads of the system's and waits for the frame.
+// Belongs to the thread that owns the world. What clients send arrives on threads of the system's and waits for the
+// frame.
 #pragma once
 
 #include <cstdint>
@@ -29,8 +30,8 @@ public:
     /// By the pipe's full name ("\\.\pipe\...").
     int listenPipe(std::string_view name);
 
-    /// One frame of the world, with all its clients. One that sends what is no packet, or does not take what it gets, is let
-    /// go, and the others notice nothing of it.
+    /// One frame of the world, with all its clients. One that sends what is no packet, or does not take what it gets,
+    /// is let go, and the others notice nothing of it.
     void frame(double seconds);
 
     std::size_t clientCount() const { return clients_.size(); }

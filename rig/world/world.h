@@ -1,6 +1,6 @@
 // rig/world/world.h
-// A small simulated world that behaves as a simulator does towards its clients: the user's aircraft, the clients' aircraft,
-// ground, time, and whatever its scene lets happen. The same requests in the same frames give the same world.
+// A small simulated world that behaves as a simulator does towards its clients: the user's aircraft, the clients'
+// aircraft, ground, time, and whatever its scene lets happen. The same requests in the same frames give the same world.
 // Without threads, locks and clock: whoever steps it owns it, with its sessions.
 #pragma once
 
@@ -36,8 +36,8 @@ public:
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
-    /// One frame: what is due happens, requests are handled, everything moves by `seconds`, clients are told. Nothing at all
-    /// while the simulator stalls, and once it has quit.
+    /// One frame: what is due happens, requests are handled, everything moves by `seconds`, clients are told. Nothing
+    /// at all while the simulator stalls, and once it has quit.
     void step(double seconds);
     /// One frame of the present frame rate.
     void step() { step(1 / framesPerSecond_); }

@@ -1,7 +1,7 @@
 // rig/world_in_process/in_process_world.h
-// The simulated world in the same process: defines the calls of sim/simconnect.h over the one world that a test owns. Time
-// goes on when the test says so, as fast as it likes.
-// Usable from any thread: a lock goes round the world and each call. Record procedures run without it.
+// The simulated world in the same process: defines the calls of sim/simconnect.h over the one world that a test owns.
+// Time goes on when the test says so, as fast as it likes. Usable from any thread: a lock goes round the world and each
+// call. Record procedures run without it.
 #pragma once
 
 #include <mutex>
@@ -11,8 +11,8 @@
 
 namespace rig {
 
-/// One at a time. While there is none, or its simulator has quit, opening fails; handles from before fail and are still to
-/// be closed.
+/// One at a time. While there is none, or its simulator has quit, opening fails; handles from before fail and are still
+/// to be closed.
 class InProcessWorld {
 public:
     explicit InProcessWorld(Scene scene = {}, AircraftTitles titles = {}, TraceWriter* trace = nullptr);

@@ -23,8 +23,8 @@ struct ConnectionSettings {
 /// The first SimConnect.cfg of the public documents, the user's documents and the current directory; empty without one.
 std::filesystem::path configurationFile();
 
-/// The settings of a section: "SimConnect" for index 0, "SimConnect.n" for others. What is missing there, or without sense,
-/// is as without a file.
+/// The settings of a section: "SimConnect" for index 0, "SimConnect.n" for others. What is missing there, or without
+/// sense, is as without a file.
 ConnectionSettings settingsFrom(const std::vector<std::string>& lines, std::uint32_t configIndex);
 /// The same from the file that is found; without one, the pipe on this machine. No exceptions.
 ConnectionSettings readSettings(std::uint32_t configIndex);
@@ -33,6 +33,6 @@ ConnectionSettings readSettings(std::uint32_t configIndex);
 std::string pipeName(const ConnectionSettings& settings);
 /// The host of a TCP connection.
 std::string hostName(const ConnectionSettings& settings);
-/// The port of a TCP connection: that of the settings, else the one that the running simulator has put into the registry.
-/// Nothing when there is none, or it does not begin with a port number.
+/// The port of a TCP connection: that of the settings, else the one that the running simulator has put into the
+/// registry. Nothing when there is none, or it does not begin with a port number.
 std::optional<std::uint16_t> portNumber(const ConnectionSettings& settings);

@@ -78,8 +78,8 @@ Connection::Connection(std::size_t maxRecordBytes, void* arrival, std::chrono::m
     sending_.reserve(maxQueuedBytes);
 }
 
-/// Bytes that lie unread at the close would make the system throw away what the peer has not read: hence the wait for its
-/// end, while the receiver reads on.
+/// Bytes that lie unread at the close would make the system throw away what the peer has not read: hence the wait for
+/// its end, while the receiver reads on.
 Connection::~Connection() {
     if (!sender_.joinable()) {
         return;

@@ -1,7 +1,7 @@
 // sim/transport/connection.h
 // One connection to the simulator: packets out, records in.
-// Packets may be sent from several threads, beside the one that dispatches; they go out on a thread of the connection's own,
-// and what arrives comes in on a thread of the system's.
+// Packets may be sent from several threads, beside the one that dispatches; they go out on a thread of the connection's
+// own, and what arrives comes in on a thread of the system's.
 #pragma once
 
 #include <atomic>
@@ -20,25 +20,25 @@
 #include "sim/transport/packet_writer.h"
 #include "sim/transport/record_stream.h"
 
-/// A simulator that loads scenery stands still for tens of seconds; one that has not taken a piece of what waits for so long
-/// is gone.
+/// A simulator that loads scenery stands still for tens of seconds; one that has not taken a piece of what waits for so
+/// long is gone.
 inline constexpr std::chrono::seconds longestStandstill{30};
 
 /// Opens the stream that the settings ask for. There is no other way when that one fails: 0, or an error code.
 int connectStream(platform::StreamConnection& stream, const ConnectionSettings& settings);
 
-/// No call waits for the peer: packets queue up and go out in the background. The connection has failed, and stays so, once
-/// the peer has closed, has sent a record whose size cannot be, or does not take its packets: too many of them wait, or
-/// nothing has gone for too long.
+/// No call waits for the peer: packets queue up and go out in the background. The connection has failed, and stays so,
+/// once the peer has closed, has sent a record whose size cannot be, or does not take its packets: too many of them
+/// wait, or nothing has gone for too long.
 class Connection {
 public:
-    /// Nothing when the simulator cannot be reached. Each arrival of records, and the end, sets `arrival`, when that is an
-    /// event object.
+    /// Nothing when the simulator cannot be reached. Each arrival of records, and the end, sets `arrival`, when that is
+    /// an event object.
     static std::unique_ptr<Connection> open(const ConnectionSettings& settings, void* arrival,
                                             std::chrono::milliseconds standstill = longestStandstill);
 
-    /// What is still queued goes out, and the peer has time to read it, each for half a second at most. Alone, after all
-    /// other calls have returned.
+    /// What is still queued goes out, and the peer has time to read it, each for half a second at most. Alone, after
+    /// all other calls have returned.
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -46,8 +46,8 @@ public:
     /// Begins to send and to receive; packets may be queued before. False when the system does not let it.
     bool start();
 
-    /// Queues a packet whose parameters write(PacketWriter&) gives. E_INVALIDARG when they do not fit in a packet, which is
-    /// not sent then; E_FAIL when the connection has failed.
+    /// Queues a packet whose parameters write(PacketWriter&) gives. E_INVALIDARG when they do not fit in a packet,
+    /// which is not sent then; E_FAIL when the connection has failed.
     template <typename Write>
     HRESULT send(Operation operation, Write write) {
         std::unique_lock lock(sendLock_);
@@ -65,8 +65,8 @@ public:
     /// That of the last packet that has been queued.
     HRESULT lastPacketId(DWORD& packetId);
 
-    /// Runs the procedure for every record that has arrived whole. E_FAIL when no more will come; the last ones have been
-    /// handed out then. The procedure may send, and must not close the connection. One thread at a time.
+    /// Runs the procedure for every record that has arrived whole. E_FAIL when no more will come; the last ones have
+    /// been handed out then. The procedure may send, and must not close the connection. One thread at a time.
     HRESULT dispatch(DispatchProc procedure, void* context);
 
 private:

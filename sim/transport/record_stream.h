@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-/// Whole records in their order, each aligned for 8 bytes. Emptied, it keeps its memory for the next ones, unless there was
-/// a jam.
+/// Whole records in their order, each aligned for 8 bytes. Emptied, it keeps its memory for the next ones, unless there
+/// was a jam.
 class RecordBatch {
 public:
     /// A record as its size field says, of 12 bytes at least.
@@ -49,8 +49,9 @@ class RecordStream {
 public:
     explicit RecordStream(std::size_t maxRecordBytes) : maxRecordBytes_(maxRecordBytes) {}
 
-    /// Takes the next bytes of the stream, and appends the records that have become whole. False from the first record on
-    /// whose size cannot be: below its own head, or above the limit. What follows such a size means nothing any more.
+    /// Takes the next bytes of the stream, and appends the records that have become whole. False from the first record
+    /// on whose size cannot be: below its own head, or above the limit. What follows such a size means nothing any
+    /// more.
     bool append(std::string_view bytes, RecordBatch& whole);
 
 private:

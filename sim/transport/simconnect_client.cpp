@@ -1,12 +1,12 @@
 // sim/transport/simconnect_client.cpp
-// The client of the simulator: the calls of sim/simconnect.h over a connection of our own, where the vendor's own library is
-// not linked in.
+// The client of the simulator: the calls of sim/simconnect.h over a connection of our own, where the vendor's own
+// library is not linked in.
 //
 // SimConnect.cfg names one way to the simulator. When that one fails, the open call fails: there is no falling back to
-// another. Calls do not wait for the simulator: packets are queued and go out in the background, and the open record tells
-// that it has taken the client in. The simulator's window ("FS98MAIN") is not looked for and the window of the open call
-// gets no messages: records are fetched with SimConnect_CallDispatch, and the event object of the open call, if any, is set
-// when some have arrived.
+// another. Calls do not wait for the simulator: packets are queued and go out in the background, and the open record
+// tells that it has taken the client in. The simulator's window ("FS98MAIN") is not looked for and the window of the
+// open call gets no messages: records are fetched with SimConnect_CallDispatch, and the event object of the open call,
+// if any, is set when some have arrived.
 #include <algorithm>
 #include <cstdint>
 #include <exception>
@@ -86,8 +86,8 @@ HRESULT SimConnect_Open(HANDLE* handle, const char* name, HWND, DWORD, HANDLE ev
         if (!connection) {
             return E_FAIL;
         }
-        // Queued before anything can arrive: a peer that closes at once fails the calls that come later, and not by chance
-        // this one.
+        // Queued before anything can arrive: a peer that closes at once fails the calls that come later, and not by
+        // chance this one.
         if (const HRESULT result = sendOpen(*connection, name); result < 0) {
             return result;
         }

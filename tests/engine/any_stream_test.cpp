@@ -131,8 +131,8 @@ protected:
         ASSERT_LE(std::abs(aircraft.alt - before.alt), std::abs(aircraft.dAlt) + 1e-9);
     }
 
-    /// To a sample, or to the airport's height, in no less than the shortest leg; and a climb that no landing asks for as the
-    /// category can.
+    /// To a sample, or to the airport's height, in no less than the shortest leg; and a climb that no landing asks for
+    /// as the category can.
     static void expectLimitedClimb(const Attitude& before, const LiveAircraft& aircraft) {
         if (aircraft.lifeState != LifeState::active || aircraft.stream[0].stationary != 0) {
             return;

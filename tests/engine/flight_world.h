@@ -1,6 +1,6 @@
 // tests/engine/flight_world.h
-// A simulator reduced to what the engine sees of one: it answers creations and removals a few slots later, tells the height
-// above a flat ground at sea level once a second, and keeps every position that a frame would get.
+// A simulator reduced to what the engine sees of one: it answers creations and removals a few slots later, tells the
+// height above a flat ground at sea level once a second, and keeps every position that a frame would get.
 #pragma once
 
 #include <cstdint>

@@ -32,8 +32,8 @@ struct TrackPoint {
     double seconds = 0;
 };
 
-/// How far a position lies beside a track, metres. Only that part of the track is looked at which is flown at about that time,
-/// for a track may cross itself. Positions are to be given in the order in which they were flown.
+/// How far a position lies beside a track, metres. Only that part of the track is looked at which is flown at about
+/// that time, for a track may cross itself. Positions are to be given in the order in which they were flown.
 class CrossTrack {
 public:
     /// So many seconds a flight may be before or behind the times of its track, which has at least one point.
@@ -76,18 +76,19 @@ inline double atShare(std::vector<double> values, double share) {
     return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
 }
 
-/// When the real aircraft was where the flown one is at that slot: it flies 30 seconds behind. Seconds from the slot at which
-/// the feed began.
+/// When the real aircraft was where the flown one is at that slot: it flies 30 seconds behind. Seconds from the slot at
+/// which the feed began.
 inline double secondsInFeed(std::int32_t slot, std::int32_t firstSlot) {
     return (slot - firstSlot) * secondsPerSlot - 30;
 }
 
-/// About what the simulator displays: every third slot, thirty frames a second. In a single slot 5 m would be 500 m a second, and
-/// nothing would ever be seen to jump.
+/// About what the simulator displays: every third slot, thirty frames a second. In a single slot 5 m would be 500 m a
+/// second, and nothing would ever be seen to jump.
 inline constexpr std::int32_t slotsPerFrame = 3;
 inline constexpr double secondsPerFrame = slotsPerFrame * secondsPerSlot;
 
-/// How far on a frame shows the aircraft, against what its speed makes of the time; a step that is hardly seen counts little.
+/// How far on a frame shows the aircraft, against what its speed makes of the time; a step that is hardly seen counts
+/// little.
 inline double stepShare(double metresInFrame, double metresPerSecond) {
     return metresInFrame / std::max(metresPerSecond * secondsPerFrame, rig::shortestJumpMetres / rig::jumpShare);
 }

@@ -30,7 +30,8 @@ TEST(FlownTrack, aPointIsATrackToo) {
     EXPECT_NEAR(track.metres(place(0.3, 0.4), 0), 500, 2);
 }
 
-/// North, and back three kilometres to the east. The aircraft misses the way back and flies along the first part for a while.
+/// North, and back three kilometres to the east. The aircraft misses the way back and flies along the first part for a
+/// while.
 TEST(FlownTrack, anAircraftThatComesNearAnEarlierPartIsFoundOnItsTrackAgain) {
     std::vector<TrackPoint> points;
     for (int i = 0; i <= 20; ++i) {

@@ -1,5 +1,5 @@
-// The airborne part of real recordings, from the feed's records to the positions that the simulator gets: what flew is held
-// against what was recorded, and the figures are printed.
+// The airborne part of real recordings, from the feed's records to the positions that the simulator gets: what flew is
+// held against what was recorded, and the figures are printed.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -335,9 +335,9 @@ protected:
         return sum;
     }
 
-    /// The way back to the first sample behind a gap in the feed counts for all but the distance from the recorded track, which
-    /// lies where nobody knew it when the aircraft went on: jumps, bank, pitch and soundness are asked there as everywhere. The
-    /// rates of heading and bank are told only.
+    /// The way back to the first sample behind a gap in the feed counts for all but the distance from the recorded
+    /// track, which lies where nobody knew it when the aircraft went on: jumps, bank, pitch and soundness are asked
+    /// there as everywhere. The rates of heading and bank are told only.
     void expectRealism() const {
         ASSERT_FALSE(figures.crossTrack.empty());
         EXPECT_LT(atShare(figures.crossTrack, 0.95), mostCrossTrackMetres);

@@ -335,8 +335,8 @@ TEST_F(ScriptedFlights, aGroundTrackIsFollowedWithoutAJump) {
     }
 }
 
-/// The aircraft circles and changes its speed as it likes, is told of every few seconds to half a minute, and now and then not
-/// for longer.
+/// The aircraft circles and changes its speed as it likes, is told of every few seconds to half a minute, and now and
+/// then not for longer.
 class GapsAtRandom : public EngineTest {
 protected:
     GapsAtRandom() { gRadiusNm = 100; }

@@ -1,6 +1,6 @@
 // tests/recording_simulator/recording_simulator.h
-// The simulator's calls as a test sees them: each is written down as a line of text, answers what the test has set, and the
-// records that the test has queued reach the dispatch procedure. For executables that link no other simulator.
+// The simulator's calls as a test sees them: each is written down as a line of text, answers what the test has set, and
+// the records that the test has queued reach the dispatch procedure. For executables that link no other simulator.
 #pragma once
 
 #include <cstddef>

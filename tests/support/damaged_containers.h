@@ -15,8 +15,8 @@ struct DamagedContainer {
     std::string failure;
 };
 
-/// Containers of an XML text of less than two chunks, none of which can be read to the end. The text is widened to two and a
-/// half chunks by blanks before its last tag. Writes a file into the working folder, and removes it.
+/// Containers of an XML text of less than two chunks, none of which can be read to the end. The text is widened to two
+/// and a half chunks by blanks before its last tag. Writes a file into the working folder, and removes it.
 std::vector<DamagedContainer> damagedContainers(std::string_view xml);
 
 /// Containers that are not as they were made, and still hold the whole text, with blanks behind it.

@@ -14,8 +14,8 @@
 /// Sets every global of the program back to what it is at the start of a process.
 void resetProgram();
 
-/// A program folder with "docs", "input" with a few types and airports, a few scanned liveries, and a simulator's folder with stock scenery that
-/// parameters.xml points to. No download server answers, unless the test names one.
+/// A program folder with "docs", "input" with a few types and airports, a few scanned liveries, and a simulator's
+/// folder with stock scenery that parameters.xml points to. No download server answers, unless the test names one.
 /// start() runs the program as its process entry does; the program is closed when this goes.
 class ProgramRun {
 public:

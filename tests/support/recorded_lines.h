@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-/// The unzipped text of "../shared/data/traffic/<name>", the path counting from the working directory at the start of the
-/// process. Empty where there is none.
+/// The unzipped text of "../shared/data/traffic/<name>", the path counting from the working directory at the start of
+/// the process. Empty where there is none.
 std::string recordedText(std::string_view name);
 
 std::vector<std::string> linesOf(std::string_view text);

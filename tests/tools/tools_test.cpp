@@ -508,7 +508,8 @@ void writeKeyFile(const fs::path& path) {
     writeFile(path, fmt::format("{:02x}\n", fmt::join(gf_dataKey(), "")));
 }
 
-/// The data files as a maintainer makes, checks and publishes them for a program with version 1.0.1, in "built" and "served".
+/// The data files as a maintainer makes, checks and publishes them for a program with version 1.0.1, in "built" and
+/// "served".
 void buildCheckAndPublish() {
     const BuildSources sources = writeSources();
     std::string extra = readFile("extra.xml");

@@ -1,5 +1,6 @@
 // tests/core/run/data_renewal.h
-// The whole program with older data installed, and a server that holds newer ones as a maintainer builds and publishes them.
+// The whole program with older data installed, and a server that holds newer ones as a maintainer builds and publishes
+// them.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
-// The whole program under a busy sky, in real time, for as long as the environment variable TARNWING_FLIGHT_SECONDS says; not
-// without it, for the first aircraft appears three quarters of a minute after the client.
+// The whole program under a busy sky, in real time, for as long as the environment variable TARNWING_FLIGHT_SECONDS
+// says; not without it, for the first aircraft appears three quarters of a minute after the client.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// Whole runs on a PC that has RealTraffic: a simulated world in this process, and the client's two sides over real sockets.
+// Whole runs on a PC that has RealTraffic: a simulated world in this process, and the client's two sides over real
+// sockets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -74,7 +75,8 @@ protected:
         ASSERT_TRUE(run.willLog("RealTraffic connected")) << run.log();
     }
 
-    /// The same while time runs by the program's own sleeps: held back, or the ten seconds for the reply were over at once.
+    /// The same while time runs by the program's own sleeps: held back, or the ten seconds for the reply were over at
+    /// once.
     void meet(platform::ManualClock& clock) {
         waitForTheWait();
         clock.hold();

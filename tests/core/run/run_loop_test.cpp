@@ -346,7 +346,8 @@ TEST_F(FeedLamps, aFeedThatFlowsAgainTurnsGreen) {
 
 using Grid = RunLoop;
 
-/// When each of `count` ticks came, counted from the first; before its end the step does what the test wants at that tick.
+/// When each of `count` ticks came, counted from the first; before its end the step does what the test wants at that
+/// tick.
 template <typename AtTick>
 std::vector<milliseconds> ticks(int count, AtTick atTick) {
     std::vector<milliseconds> times;

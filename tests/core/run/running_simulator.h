@@ -8,8 +8,8 @@
 
 #include "rig/world_in_process/in_process_world.h"
 
-/// The simulator is up while it lives. Unless told otherwise its frames follow each other as fast as the program can see them
-/// apart, so that its second takes some thirty milliseconds.
+/// The simulator is up while it lives. Unless told otherwise its frames follow each other as fast as the program can
+/// see them apart, so that its second takes some thirty milliseconds.
 class RunningSimulator {
 public:
     explicit RunningSimulator(rig::Scene scene = {}, rig::AircraftTitles titles = {},

@@ -77,8 +77,8 @@ TEST_F(UnusualFolders, aFolderInThePlaceOfAFileCannotBeRead) {
     EXPECT_THAT(log_.lines(), ElementsAre("! Failed reading x\\aircraft.cfg"));
 }
 
-// The system tells no size for the files in which it describes itself, and yet they can be read: as if the text had come after
-// the size was asked for.
+// The system tells no size for the files in which it describes itself, and yet they can be read: as if the text had
+// come after the size was asked for.
 TEST_F(UnusualFolders, ofAFileThatHasGrownSinceItsSizeWasAskedForNoMoreIsRead) {
     fs::create_directories("x");
     fs::create_symlink("/proc/version", "x/aircraft.cfg");

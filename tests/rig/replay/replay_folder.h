@@ -17,8 +17,8 @@ inline constexpr double recordingBegin = 1780315200;
 /// The user stands at the airport of the scripted flights.
 Scene sceneAtTheAirport();
 
-/// The recording of so many aircraft that fly over the airport, ten seconds one after the other, a line every two seconds.
-/// Their call signs are those of overflightNames().
+/// The recording of so many aircraft that fly over the airport, ten seconds one after the other, a line every two
+/// seconds. Their call signs are those of overflightNames().
 std::string overflights(int count);
 std::vector<std::string> overflightNames(int count);
 /// Where they really are, as a truth file.

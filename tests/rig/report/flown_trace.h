@@ -121,8 +121,8 @@ private:
     std::unique_ptr<TraceWriter> writer_;
 };
 
-/// The analysis of one aircraft with tail number KLM1, object 10, seen from 40 to 160 seconds; `path` is where it is when it
-/// is due at the place of `dueSeconds`.
+/// The analysis of one aircraft with tail number KLM1, object 10, seen from 40 to 160 seconds; `path` is where it is
+/// when it is due at the place of `dueSeconds`.
 inline Analysis analysisOf(const std::function<Position(double dueSeconds)>& path, const Recording& recording,
                            AnalysisInputs inputs) {
     FlownTrace trace;

@@ -1,7 +1,6 @@
 // tests/rig/session/front.h
-// The simulated world as a session of the program reaches it: in the same process, or over the wire. One source for each,
-// and an executable for each of the sources.
-// Usable from any thread. No two fronts at a time.
+// The simulated world as a session of the program reaches it: in the same process, or over the wire. One source for
+// each, and an executable for each of the sources. Usable from any thread. No two fronts at a time.
 #pragma once
 
 #include <functional>

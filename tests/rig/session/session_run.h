@@ -1,6 +1,6 @@
 // tests/rig/session/session_run.h
-// A run of the program's simulator side in the simulated world. The test's thread is the run thread: it takes slots for as
-// long as a condition wants, and the world goes on by a frame with each of them.
+// A run of the program's simulator side in the simulated world. The test's thread is the run thread: it takes slots for
+// as long as a condition wants, and the world goes on by a frame with each of them.
 #pragma once
 
 #include <gmock/gmock.h>

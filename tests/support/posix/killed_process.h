@@ -19,8 +19,8 @@ inline bool canTrace() {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-/// Does the work in a child until its system calls have begun or ended so many times, and kills it there. False when it came
-/// to its end before.
+/// Does the work in a child until its system calls have begun or ended so many times, and kills it there. False when it
+/// came to its end before.
 template <typename Work>
 bool isKilledAfter(int stops, Work work) {
     const pid_t child = fork();

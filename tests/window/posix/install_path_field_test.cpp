@@ -28,7 +28,8 @@ protected:
         std::filesystem::create_directories(gf_parameterFolder());
         SIM_INSTALL_PATH.setValue("of before");
         saveParameter(SIM_INSTALL_PATH);
-        window_system::registerWindowClass("test", {createControls, paintWindow, nullptr, postedIsPassedOver, enterPressed});
+        window_system::registerWindowClass("test",
+                                           {createControls, paintWindow, nullptr, postedIsPassedOver, enterPressed});
         window_system::createWindow("test", 0, {0, 0, 880, 516});
         window_system::enableControl(ALL_INSTALL_PATH.controlId, true);
     }

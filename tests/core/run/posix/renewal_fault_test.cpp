@@ -1,5 +1,5 @@
-// A start with older data installed, against a server with each of its faults in each file. Only here, where a start takes
-// no seconds; a download by itself meets the faults everywhere.
+// A start with older data installed, against a server with each of its faults in each file. Only here, where a start
+// takes no seconds; a download by itself meets the faults everywhere.
 #include <gtest/gtest.h>
 
 #include <algorithm>

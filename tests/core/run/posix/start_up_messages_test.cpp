@@ -1,5 +1,5 @@
-// What the message line holds while a step of the start-up takes its time: each data file is a pipe here, whose reader waits
-// until the test has something for it.
+// What the message line holds while a step of the start-up takes its time: each data file is a pipe here, whose reader
+// waits until the test has something for it.
 #include <gtest/gtest.h>
 
 #include <chrono>

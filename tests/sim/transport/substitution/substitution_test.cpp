@@ -1,4 +1,5 @@
-// Another library than sim/transport/ may define the simulator's calls: this program links one, and its calls arrive there.
+// Another library than sim/transport/ may define the simulator's calls: this program links one, and its calls arrive
+// there.
 #include <gmock/gmock.h>
 
 #include "sim/simconnect.h"

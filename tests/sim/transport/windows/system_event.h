@@ -1,6 +1,6 @@
 // tests/sim/transport/windows/system_event.h
-// An event object of the system's, in a place of its own: the system's header and that of the simulator's calls each declare
-// the same types.
+// An event object of the system's, in a place of its own: the system's header and that of the simulator's calls each
+// declare the same types.
 #pragma once
 
 class SystemEvent {
