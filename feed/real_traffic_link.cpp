@@ -175,7 +175,7 @@ bool takeClient(platform::StreamSocket&& accepted) {
 void dropWhatTheClientSaid() {
     // So few, that a client that talks without a pause holds up nobody.
     constexpr int mostReads = 16;
-    std::array<char, 4096> dropped;
+    std::array<char, 4096> dropped{};
     for (int reads = 0; reads < mostReads; ++reads) {
         if (clientSocket.receive(dropped.data(), dropped.size()).bytes == 0) {
             return;

@@ -105,7 +105,7 @@ void sendOrLose(const std::string& text) {
 /// The shortest text that gives the number back, as the standard formatter writes it: 200000 is "2e+05", which {fmt}
 /// never makes of it.
 std::string shortestText(double number) {
-    std::array<char, 32> text;
+    std::array<char, 32> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
     return {text.data(), end};
 }

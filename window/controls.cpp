@@ -18,7 +18,6 @@
 #include "window/window_state.h"
 
 using window_system::Painter;
-using window_system::Rectangle;
 
 namespace {
 
