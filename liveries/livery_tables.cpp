@@ -434,6 +434,7 @@ void clearLiveryTables() {
     makeAnew(AirlineTable);
     memory.release();
     knownTitles.clear();
-    allTitles = {};
+    allTitles.clear();
+    allTitles.shrink_to_fit();
     arena.clear();
 }

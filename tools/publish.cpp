@@ -159,12 +159,18 @@ void takeOverPublished(const fs::path& target, const fs::path& stage) {
     if (!fs::exists(live)) {
         return;
     }
-    for (const auto& entry : fs::recursive_directory_iterator(live, fs::directory_options::follow_directory_symlink)) {
-        const fs::path to = liveFolder(stage) / entry.path().lexically_relative(live);
-        if (entry.is_directory()) {
-            fs::create_directories(to);
-        } else if (!fs::exists(to)) {
-            takeOver(entry, to);
+    const auto options = fs::directory_options::follow_directory_symlink;
+    for (auto entry = fs::recursive_directory_iterator(live, options); entry != end(entry); ++entry) {
+        const fs::path to = liveFolder(stage) / entry->path().lexically_relative(live);
+        if (fs::exists(to)) {
+            // What was made anew wins, also a file over a folder.
+            if (!fs::is_directory(to)) {
+                entry.disable_recursion_pending();
+            }
+        } else if (entry->is_directory()) {
+            fs::create_directory(to, entry->path()); // with its permissions
+        } else {
+            takeOver(*entry, to);
         }
     }
 }

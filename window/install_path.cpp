@@ -34,7 +34,8 @@ std::string refusalShown;
 /// Whether the error that stands is about the path, so that it may give way to a refusal. Any other has to be read.
 bool errorAsksForPath() {
     const std::string error = shownError();
-    return error.ends_with("then press Enter") || (!error.empty() && error == refusalShown);
+    return error.ends_with("then press Enter") || error.starts_with("wrong P3D version") ||
+           (!error.empty() && error == refusalShown);
 }
 
 /// A message would not be seen while an error stands.

@@ -121,8 +121,10 @@ std::vector<std::filesystem::path> programFilesFolders() {
 // A link to a folder counts as a folder, for much lies behind links of the whole machine's (junctions).
 void listFolder(const std::wstring& folder, const std::function<void(FolderEntry)>& visit) {
     WIN32_FIND_DATAW found{};
-    const SearchHandle search(FindFirstFileExW((folder + L"\\*").c_str(), FindExInfoBasic, &found,
-                                               FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
+    const bool isSeparated = folder.ends_with(L'\\') || folder.ends_with(L'/');
+    const std::wstring pattern = folder + (isSeparated ? L"*" : L"\\*");
+    const SearchHandle search(FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr,
+                                               FIND_FIRST_EX_LARGE_FETCH));
     for (bool isThere = search.valid(); isThere; isThere = FindNextFileW(search.get(), &found) != 0) {
         if (isDots(found.cFileName)) {
             continue;

@@ -105,6 +105,16 @@ private:
     HDC screen_;
 };
 
+/// The controls paint themselves; what is copied over them would make them flicker.
+void leaveOutControls(HWND handle, HDC screen) {
+    for (HWND child = GetWindow(handle, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        RECT at{};
+        GetWindowRect(child, &at);
+        MapWindowPoints(nullptr, handle, reinterpret_cast<POINT*>(&at), 2);
+        ExcludeClipRect(screen, at.left, at.top, at.right, at.bottom);
+    }
+}
+
 void paint(HWND handle) {
     const PaintScope scope(handle);
     const HDC screen = scope.screen();
@@ -114,6 +124,7 @@ void paint(HWND handle) {
         const OffScreen picture(screen, client);
         DevicePainter painter(picture.device());
         handlers.paint(painter);
+        leaveOutControls(handle, screen);
         BitBlt(screen, 0, 0, client.right, client.bottom, picture.device(), 0, 0, SRCCOPY);
     }
 }
@@ -280,13 +291,13 @@ bool postMessage(unsigned message) {
 void invalidate(const Rectangle& area) {
     const RECT rectangle = native(area);
     if (const HWND handle = window; handle != nullptr) {
-        InvalidateRect(handle, &rectangle, FALSE);
+        RedrawWindow(handle, &rectangle, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN);
     }
 }
 
 void invalidateAll() {
     if (const HWND handle = window; handle != nullptr) {
-        InvalidateRect(handle, nullptr, FALSE);
+        RedrawWindow(handle, nullptr, nullptr, RDW_INVALIDATE | RDW_NOCHILDREN);
     }
 }
 

@@ -39,7 +39,10 @@ public:
     void feed() {
         const double seconds = (slotClock - firstSlot) / 100.0;
         const std::lock_guard lock(gTrafficMutex);
-        for (due_ += recordsPerSlot_; due_ >= 1; --due_) {
+        due_ += recordsPerSlot_;
+        const int count = static_cast<int>(due_);
+        due_ -= count;
+        for (int i = 0; i < count; ++i) {
             FeedRecord record;
             record.type = "A320";
             record.origin = "AMS";

@@ -427,6 +427,30 @@ TEST_F(Tools, publishingTakesWhatItDoesNotMakeAnewOverAndWritesIntoNothingThatIs
     EXPECT_EQ(readFile("opened"), "second");
 }
 
+TEST_F(Tools, aFileIsPublishedWhereAFolderStoodAndAFolderWhereAFileStood) {
+    writeFile("xml/dbase.xml", "d");
+    writeFile("xml/docs/notes/a.txt", "a");
+    writeFile("xml/docs/help", "h");
+    publishDownloads("xml", {1, 0, 0}, "served", gf_dataKey());
+    fs::remove_all("xml/docs");
+    writeFile("xml/docs/notes", "n");
+    writeFile("xml/docs/help/b.txt", "b");
+    publishDownloads("xml", {2, 0, 0}, "served", gf_dataKey());
+    EXPECT_EQ(readFile("served/downloads/docs/notes"), "n");
+    EXPECT_EQ(readFile("served/downloads/docs/help/b.txt"), "b");
+}
+
+TEST_F(Tools, aFolderThatIsTakenOverKeepsItsPermissions) {
+    writeFile("xml/dbase.xml", "d");
+    writeFile("xml/release/setup.zip", "zip");
+    publishDownloads("xml", {1, 0, 0}, "served", gf_dataKey());
+    fs::permissions("served/downloads/release", fs::perms::owner_all);
+    fs::remove_all("xml/release");
+    publishDownloads("xml", {2, 0, 0}, "served", gf_dataKey());
+    EXPECT_EQ(readFile("served/downloads/release/setup.zip"), "zip");
+    EXPECT_EQ(fs::status("served/downloads/release").permissions(), fs::perms::owner_all);
+}
+
 // --- The command line ---
 
 TEST_F(Tools, whatIsSealedOpensAgainWithTheSameKeyOnly) {

@@ -144,6 +144,14 @@ TEST_F(RunLoop, messagesAgeOnceASecondInFlightAndInAPause) {
     EXPECT_EQ(shownMessage(), "");
 }
 
+TEST_F(RunLoop, theAircraftInTheSimulatorAreCountedOnceASecond) {
+    gWindowState.liveAircraft = 5;
+    gf_tickStep();
+    EXPECT_EQ(gWindowState.liveAircraft, 5);
+    second();
+    EXPECT_EQ(gWindowState.liveAircraft, 0);
+}
+
 TEST_F(RunLoop, theAircraftInTheSimulatorAreCountedInAPauseToo) {
     liveTable.resize(3);
     liveTable[0].lifeState = LifeState::active;

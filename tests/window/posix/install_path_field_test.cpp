@@ -155,6 +155,12 @@ TEST_F(InstallPathField, aRefusedPathIsSeenInPlaceOfTheErrorThatAsksForOne) {
     EXPECT_EQ(shownError(), "This install path does not exist: /nor/this");
 }
 
+TEST_F(InstallPathField, aRefusedPathIsSeenInPlaceOfTheErrorOfAWrongSimulatorToo) {
+    showError("wrong P3D version 'Prepar3D v6' connects ... ?)");
+    enter(u"/no/such/folder");
+    EXPECT_EQ(shownError(), "This install path does not exist: /no/such/folder");
+}
+
 TEST_F(InstallPathField, anErrorOfAnotherKindStandsAndTheRefusalIsInTheLog) {
     showError("The port is taken");
     enter(u"/no/such/folder");
