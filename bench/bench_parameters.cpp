@@ -20,6 +20,7 @@ constexpr int rounds = 101;
 double medianMs(auto work) {
     std::vector<double> times;
     for (int round = 0; round < rounds; ++round) {
+    times.reserve(rounds);
         times.push_back(millisecondsOf([&work, round] { work(round); }));
     }
     return median(times);
