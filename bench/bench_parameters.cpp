@@ -19,8 +19,8 @@ constexpr int rounds = 101;
 /// Of the work, which is told the number of its round.
 double medianMs(auto work) {
     std::vector<double> times;
-    for (int round = 0; round < rounds; ++round) {
     times.reserve(rounds);
+    for (int round = 0; round < rounds; ++round) {
         times.push_back(millisecondsOf([&work, round] { work(round); }));
     }
     return median(times);
