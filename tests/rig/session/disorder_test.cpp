@@ -33,6 +33,10 @@ constexpr std::chrono::seconds disorderTime{TARNWING_DISORDER_SECONDS};
 constexpr auto disorderTime = 5s;
 #endif
 
+constexpr std::chrono::seconds patience{30};
+constexpr int leastSessions = 3;
+constexpr std::uint32_t leastCreated = 10;
+
 constexpr unsigned simulatorSeed = 20260601;
 constexpr unsigned runSeed = 4711;
 constexpr auto framePause = 1ms;
@@ -119,11 +123,17 @@ protected:
 
     // --- The run thread
 
+    /// For so long, and on until there were enough sessions: how many a slow machine makes in that time is no news.
     void run(std::chrono::nanoseconds time) {
         Chance chance(runSeed);
         const auto end = std::chrono::steady_clock::now() + time;
+        const auto latestEnd = end + patience;
+        const auto goesOn = [&] {
+            const auto now = std::chrono::steady_clock::now();
+            return now < end || (now < latestEnd && (sessions_ < leastSessions || created_ < leastCreated));
+        };
         startSimClient();
-        while (std::chrono::steady_clock::now() < end) {
+        while (goesOn()) {
             turnWithoutFrame();
             if (gf_isStopping()) {
                 ++sessions_;
@@ -284,8 +294,8 @@ TEST_P(DisorderThreads, whateverTheSimulatorDoesTheTablesAndTheWorldAgreeInTheEn
         const std::jthread disorder([this](const std::stop_token& stop) { liveDisorderly(stop); });
         run(std::chrono::nanoseconds(disorderTime) / Front::ways().size());
     }
-    EXPECT_GE(sessions_, 3);
-    EXPECT_GE(created_, 10u);
+    EXPECT_GE(sessions_, leastSessions);
+    EXPECT_GE(created_, leastCreated);
     comeToRest();
     tablesAgreeWithTheWorld();
     removeAll();
