@@ -31,6 +31,7 @@
 #include "tests/support/eventually.h"
 #include "tests/support/program_run.h"
 #include "tests/support/reference_xml.h"
+#include "tests/support/scannable_livery.h"
 #include "tests/support/sealed_input.h"
 #include "tools/build.h"
 #include "tools/publish.h"
@@ -124,12 +125,7 @@ protected:
 
     /// Data files of version 1.0.0, and scans of this one.
     void install(const char* scans) {
-        writeFile("aircraft/KLM B738/aircraft.cfg",
-                  "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
-                  "[General]\natc_model=B738\n");
-        writeFile("aircraft/KLM B738/ai.air", "");
-        std::filesystem::create_directories("aircraft/KLM B738/model");
-        std::filesystem::create_directories("aircraft/KLM B738/texture.KLM");
+        writeScannableLivery();
         run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
                            {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")},
                            {"AIRPORTS_VERSION", "1.0.0"},

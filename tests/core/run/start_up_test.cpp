@@ -26,6 +26,7 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"
 #include "tests/support/reference_xml.h"
+#include "tests/support/scannable_livery.h"
 #include "tests/support/sealed_input.h"
 #include "window/window_state.h"
 
@@ -128,13 +129,7 @@ TEST(StartUpThreads, withoutScannedLiveriesTheRunEndsAsASystemError) {
 
 TEST(StartUpThreads, aScanThatIsAskedForReplacesTheScannedLiveries) {
     ProgramRun run;
-    const fs::path folder = run.folder() / "aircraft" / "KLM B738";
-    writeFile(folder / "aircraft.cfg",
-              "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
-              "[General]\natc_model=B738\n");
-    writeFile(folder / "ai.air", "");
-    fs::create_directories(folder / "model");
-    fs::create_directories(folder / "texture.KLM");
+    writeScannableLivery();
     run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
                        {"SCAN_LIVERIES", "true"},
                        {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});

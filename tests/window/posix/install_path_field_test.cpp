@@ -147,18 +147,15 @@ TEST_F(InstallPathField, enterClearsTheMessageThatStood) {
     EXPECT_EQ(shownMessage(), "");
 }
 
-TEST_F(InstallPathField, aRefusedPathIsSeenInPlaceOfTheErrorThatAsksForOne) {
-    showError("No P3D install path detected. Type the full Install Path above, then press Enter");
-    enter(u"/no/such/folder");
-    EXPECT_EQ(shownError(), "This install path does not exist: /no/such/folder");
-    enter(u"/nor/this");
-    EXPECT_EQ(shownError(), "This install path does not exist: /nor/this");
-}
-
-TEST_F(InstallPathField, aRefusedPathIsSeenInPlaceOfTheErrorOfAWrongSimulatorToo) {
-    showError("wrong P3D version 'Prepar3D v6' connects ... ?)");
-    enter(u"/no/such/folder");
-    EXPECT_EQ(shownError(), "This install path does not exist: /no/such/folder");
+TEST_F(InstallPathField, aRefusedPathIsSeenInPlaceOfAnErrorThatAsksForOne) {
+    for (const char* error : {"No P3D install path detected. Type the full Install Path above, then press Enter",
+                              "wrong P3D version 'Prepar3D v6' connects ... ?)"}) {
+        showError(error);
+        enter(u"/no/such/folder");
+        EXPECT_EQ(shownError(), "This install path does not exist: /no/such/folder") << error;
+        enter(u"/nor/this");
+        EXPECT_EQ(shownError(), "This install path does not exist: /nor/this") << error;
+    }
 }
 
 TEST_F(InstallPathField, anErrorOfAnotherKindStandsAndTheRefusalIsInTheLog) {

@@ -13,6 +13,7 @@
 #include "rig/server/download_server.h"
 #include "tests/support/eventually.h"
 #include "tests/support/program_run.h"
+#include "tests/support/scannable_livery.h"
 #include "tests/support/sealed_input.h"
 #include "tests/support/slow_file.h"
 #include "window/window_state.h"
@@ -67,12 +68,7 @@ TEST_F(StartUpMessageThreads, saysWhatItReads) {
 }
 
 TEST_F(StartUpMessageThreads, saysThatItScansAndThenThatItBuildsItsTables) {
-    writeFile("aircraft/KLM B738/aircraft.cfg",
-              "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
-              "[General]\natc_model=B738\n");
-    writeFile("aircraft/KLM B738/ai.air", "");
-    fs::create_directories("aircraft/KLM B738/model");
-    fs::create_directories("aircraft/KLM B738/texture.KLM");
+    writeScannableLivery();
     run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
                        {"SCAN_LIVERIES", "true"},
                        {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});

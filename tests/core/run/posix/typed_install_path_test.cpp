@@ -11,6 +11,7 @@
 #include "platform/text_encoding.h"
 #include "tests/support/eventually.h"
 #include "tests/support/program_run.h"
+#include "tests/support/scannable_livery.h"
 #include "tests/support/sealed_input.h"
 #include "tests/support/slow_file.h"
 #include "window/window_state.h"
@@ -70,12 +71,7 @@ TEST_F(TypedInstallPathThreads, aWrongFolderLeavesTheFieldForAnotherTry) {
 class TypedWhileScanningThreads : public testing::Test {
 protected:
     TypedWhileScanningThreads() {
-        writeFile("aircraft/KLM B738/aircraft.cfg",
-                  "[fltsim.0]\ntitle=Scanned B738\nsim=ai\nmodel=\ntexture=KLM\natc_parking_codes=KLM\n"
-                  "[General]\natc_model=B738\n");
-        writeFile("aircraft/KLM B738/ai.air", "");
-        std::filesystem::create_directories("aircraft/KLM B738/model");
-        std::filesystem::create_directories("aircraft/KLM B738/texture.KLM");
+        writeScannableLivery();
         std::filesystem::remove("output/LiveriesScanned.xml");
         run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
                            {"SCAN_LIVERIES", "true"},
