@@ -37,7 +37,6 @@ struct AircraftRecord {
     double maxClimbPerSlot = 0; ///< feet per slot
     double parkTaxiSpeed = 0;   ///< knots
 
-    std::uint32_t hexid = 0; ///< transponder address of a live aircraft, serial number of a static one
     AircraftCategory category = AircraftCategory::Large;
     std::string_view liveryTitle; ///< into the livery table; empty until matched
 
@@ -48,21 +47,24 @@ struct AircraftRecord {
 
     std::uint8_t isCargo = 0; ///< a freighter, which may stay longer on a stand
     std::uint8_t reverseOnLanding =
-        0;                      ///< its throttle levers go to minus 100 per cent at touchdown instead of plus 100
-    std::uint32_t objectId = 0; ///< in the simulator; 0 while none
+        0; ///< its throttle levers go to minus 100 per cent at touchdown instead of plus 100
 
     LatLon standPos;
     double standHeading = 0;                           ///< radians
     std::pair<std::int32_t, std::int32_t> parkedSince; ///< weekday 1 to 7 and half hour 0 to 47
     std::int32_t standId = 0;                          ///< 0 while none
 
-    LifeState lifeState = LifeState::buffer;
     std::int32_t throttleIndex = noThrottleIndex; ///< last index sent
     std::int32_t flapsIndex = initialFlapsIndex;  ///< last index sent
     std::uint8_t standCargo = 0;                  ///< cargo attribute of the stand when it was assigned
     std::uint8_t removeWhenAdded = 0;             ///< removal was asked while the create request is with the simulator
     std::uint8_t dropRecord = 0;       ///< erase the record at the end of this tick; nothing is in the simulator
     std::uint8_t dropRecordQueued = 0; ///< the same, when a queued create request was withdrawn
+
+    // Each slot looks at these: they stand together, and beside the position.
+    std::uint32_t hexid = 0;    ///< transponder address of a live aircraft, serial number of a static one
+    std::uint32_t objectId = 0; ///< in the simulator; 0 while none
+    LifeState lifeState = LifeState::buffer;
 };
 
 /// Copies what the record's category can do into it; lift-off and climb pitch are spread at random by exactly 2.5 and 5

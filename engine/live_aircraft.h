@@ -23,10 +23,10 @@ struct Offset {
 struct GroundCurve {
     static constexpr double none = std::numeric_limits<double>::quiet_NaN();
 
+    Offset p3{none, none}; // first, for each slot looks at it
     LatLon p0;
     Offset p1{none, none};
     Offset p2{none, none};
-    Offset p3{none, none};
 
     bool exists() const { return !std::isnan(p3.northMetres) && !std::isnan(p3.eastMetres); }
 };
@@ -34,7 +34,12 @@ struct GroundCurve {
 inline constexpr std::int32_t initialTimeShiftSlots = 1000;
 inline constexpr double initialAltAboveGroundFeet = 2500;
 
-struct LiveAircraft : AircraftRecord {
+/// What each slot reads and writes stands together, from objectId to the curve's end, and begins with a cache line: with
+/// thousands of aircraft each line counts.
+struct alignas(64) LiveAircraft : AircraftRecord {
+    std::uint8_t onGround = 0;      ///< driven as a ground object
+    std::uint8_t nosewheelDown = 0; ///< the pitch still goes towards groundPitch after touchdown
+
     // The block that is sent to the simulator each slot, in this order.
     double lat = 0;     ///< degrees
     double lon = 0;     ///< degrees
@@ -45,20 +50,9 @@ struct LiveAircraft : AircraftRecord {
     double vsFps = 0;   ///< feet per second
     double tas = 0;     ///< knots
 
+    FlightPhase phase = FlightPhase::birth; ///< changed by changePhase, but where a rule sets it directly
+    std::int32_t flareStage = 0;            ///< 0 to 4
     SampleStream stream;
-    double lastFeedTime = 0; ///< feed time stamp of the last accepted sample, seconds
-    double lastConflictLat = 0;
-    double lastConflictLon = 0;
-    std::int64_t parkedAt = 0;      ///< ticks of 100 ns at arrival on the stand
-    std::int32_t extensions = 0;    ///< samples by which the stream may still be extended; -1 when they were used up
-    std::int32_t holdStartSlot = 0; ///< slotClock when holding began
-    FlightPhase phase = FlightPhase::birth;         ///< changed by changePhase, but where a rule sets it directly
-    FlightPhase previousPhase = FlightPhase::birth; ///< before the last real change
-    std::uint8_t seenAtStand = 0;                   ///< a sample confirmed the aircraft at its stand
-    std::uint8_t onGround = 0;                      ///< driven as a ground object
-    std::uint8_t hasFlightPlan = 0;                 ///< a flight-plan file was attached
-    std::uint8_t hiddenForUser = 0;                 ///< samples are skipped because it would collide with the user
-    std::uint8_t holding = 0;                       ///< still on a taxiway or runway, its stream held
 
     // Per-slot increments, computed for each leg.
     double dLat = 0;      ///< degrees
@@ -71,6 +65,18 @@ struct LiveAircraft : AircraftRecord {
     double tasSigned = 0; ///< knots; negative while pushing back
 
     GroundCurve curve;
+    double lastFeedTime = 0; ///< feed time stamp of the last accepted sample, seconds
+    double lastConflictLat = 0;
+    double lastConflictLon = 0;
+    std::int64_t parkedAt = 0;      ///< ticks of 100 ns at arrival on the stand
+    std::int32_t extensions = 0;    ///< samples by which the stream may still be extended; -1 when they were used up
+    std::int32_t holdStartSlot = 0; ///< slotClock when holding began
+    FlightPhase previousPhase = FlightPhase::birth; ///< before the last real change
+    std::uint8_t seenAtStand = 0;                   ///< a sample confirmed the aircraft at its stand
+    std::uint8_t hasFlightPlan = 0;                 ///< a flight-plan file was attached
+    std::uint8_t hiddenForUser = 0;                 ///< samples are skipped because it would collide with the user
+    std::uint8_t holding = 0;                       ///< still on a taxiway or runway, its stream held
+
     double curveT = 0;       ///< 0 to 0.999999
     double curveDt = 0;      ///< per slot
     double curveDegrees = 0; ///< size of the turn
@@ -94,7 +100,6 @@ struct LiveAircraft : AircraftRecord {
     std::uint8_t pushLeft = 0;                         ///< direction of a curved push-back
     std::uint8_t pushSideKnown = 0;
     std::optional<double> runwayAlt; ///< feet
-    std::int32_t flareStage = 0;     ///< 0 to 4
     std::uint8_t landing = 0;        ///< the landing script runs
     std::uint8_t landedHere = 0;     ///< so a later stand move may be a tow
     std::uint8_t towed = 0;
@@ -102,7 +107,6 @@ struct LiveAircraft : AircraftRecord {
     std::uint8_t takingOff = 0;     ///< the take-off script runs
     std::uint8_t lightsHighSet = 0; ///< the lights for above 10000 feet were sent
     std::uint8_t lightsLowSet = 0;  ///< the lights for below 10000 feet were sent
-    std::uint8_t nosewheelDown = 0; ///< the pitch still goes towards groundPitch after touchdown
     std::uint8_t rollingOut = 0;    ///< the landing roll runs
     std::uint8_t leavingStand = 0;  ///< a moved sample arrived while parked
     std::uint8_t turning = 0;       ///< the heading error exceeds 3 degrees on the ground

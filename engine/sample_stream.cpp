@@ -31,11 +31,13 @@ SampleStream& SampleStream::operator=(const SampleStream& other) {
 }
 
 SampleStream::SampleStream(SampleStream&& other) noexcept
-    : ring_(std::move(other.ring_)), head_(std::exchange(other.head_, 0)), size_(std::exchange(other.size_, 0)) {}
+    : ring_(std::move(other.ring_)), first_(std::exchange(other.first_, nullptr)), head_(std::exchange(other.head_, 0)),
+      size_(std::exchange(other.size_, 0)) {}
 
 SampleStream& SampleStream::operator=(SampleStream&& other) noexcept {
     // The blocks are swapped, not dropped: records move within their table all the time.
     std::swap(ring_, other.ring_);
+    std::swap(first_, other.first_);
     std::swap(head_, other.head_);
     std::swap(size_, other.size_);
     if (this != &other) {
@@ -69,18 +71,24 @@ Sample& SampleStream::blockAt(std::size_t index) {
     return *block;
 }
 
+void SampleStream::findFirst() {
+    first_ = empty() ? nullptr : ring_[head_].get();
+}
+
 void SampleStream::pushBack(const Sample& sample) {
     makeRoom();
     blockAt(size_) = sample;
     ++size_;
+    findFirst();
 }
 
 void SampleStream::pushFront(const Sample& sample) {
     makeRoom();
     // The place before the first is the last of the ring: the block is made before anything moves.
     blockAt(ring_.size() - 1) = sample;
-    head_ = place(ring_.size() - 1);
+    head_ = static_cast<std::uint32_t>(place(ring_.size() - 1));
     ++size_;
+    findFirst();
 }
 
 void SampleStream::insert(std::size_t index, const Sample& sample) {
@@ -88,18 +96,21 @@ void SampleStream::insert(std::size_t index, const Sample& sample) {
     for (std::size_t i = size_ - 1; i > index; --i) {
         std::swap(ring_[place(i)], ring_[place(i - 1)]);
     }
+    findFirst();
 }
 
 void SampleStream::popFront() {
     if (!empty()) {
-        head_ = place(1);
+        head_ = static_cast<std::uint32_t>(place(1));
         --size_;
+        findFirst();
     }
 }
 
 void SampleStream::popBack() {
     if (!empty()) {
         --size_;
+        findFirst();
     }
 }
 
@@ -113,4 +124,5 @@ void SampleStream::erase(std::size_t index) {
 void SampleStream::clear() {
     head_ = 0;
     size_ = 0;
+    findFirst();
 }

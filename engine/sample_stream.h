@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -26,8 +27,8 @@ public:
     bool empty() const { return size_ == 0; }
 
     /// The index must be below size().
-    Sample& operator[](std::size_t index) { return *ring_[place(index)]; }
-    const Sample& operator[](std::size_t index) const { return *ring_[place(index)]; }
+    Sample& operator[](std::size_t index) { return index == 0 ? *first_ : *ring_[place(index)]; }
+    const Sample& operator[](std::size_t index) const { return index == 0 ? *first_ : *ring_[place(index)]; }
 
     /// Element 0, or nothing, with the log line "{} empty sz?", when there is none; `function` is the caller's name.
     Sample* firstOrLog(const char* function);
@@ -47,8 +48,11 @@ private:
     std::size_t place(std::size_t index) const { return (head_ + index) & (ring_.size() - 1); }
     void makeRoom();
     Sample& blockAt(std::size_t index);
+    /// After each change.
+    void findFirst();
 
     std::vector<std::unique_ptr<Sample>> ring_; // its size is a power of two, or 0
-    std::size_t head_ = 0;
-    std::size_t size_ = 0;
+    Sample* first_ = nullptr;                   // element 0, which each slot looks at; null when there is none
+    std::uint32_t head_ = 0;
+    std::uint32_t size_ = 0;
 };
