@@ -24,6 +24,9 @@ namespace {
 
 constexpr std::size_t airlineCodeLength = 3;
 
+/// The types that have a list in SimilarWithLiveries, whose keys it views, numbered in ascending order.
+std::unordered_map<std::string_view, std::uint32_t> typeNumbers;
+
 /// A type in front of the others of its group. Where a type stands in several groups the first list in this order
 /// counts.
 using SimilarLists = std::set<std::vector<std::string>>;
@@ -87,7 +90,9 @@ public:
             lists_.push_back({type, &similar});
         }
         std::sort(lists_.begin(), lists_.end(), [](const List& a, const List& b) { return a.type < b.type; });
+        typeNumbers.clear();
         for (std::uint32_t list = 0; list < lists_.size(); ++list) {
+            typeNumbers.emplace(lists_[list].type, list);
             notePlaces(list);
         }
         isOwn_.resize(lists_.size());
@@ -100,7 +105,7 @@ public:
         const std::uint32_t* last = nullptr;
         for (const Place& place : places_) {
             if (last == nullptr || *last != place.list) {
-                substitutes.beginType(lists_[place.list].type);
+                substitutes.beginType(place.list);
             }
             substitutes.add((*lists_[place.list].similar)[place.position]);
             last = &place.list;
@@ -177,9 +182,13 @@ void fillSimilarByAirline() {
 } // namespace
 
 std::span<CategorizedType> AirlineSubstitutes::of(std::string_view missing) {
-    const auto list = std::lower_bound(lists_.begin(), lists_.end(), missing,
-                                       [](const List& one, std::string_view type) { return one.missing < type; });
-    if (list == lists_.end() || list->missing != missing) {
+    const auto number = typeNumbers.find(missing);
+    if (number == typeNumbers.end()) {
+        return {};
+    }
+    const auto list = std::lower_bound(lists_.begin(), lists_.end(), number->second,
+                                       [](const List& one, std::uint32_t type) { return one.missing < type; });
+    if (list == lists_.end() || list->missing != number->second) {
         return {};
     }
     return std::span(types_).subspan(list->begin, list->end - list->begin);
@@ -190,7 +199,7 @@ void AirlineSubstitutes::makeRoom(std::size_t missingTypes) {
     types_.reserve(missingTypes);
 }
 
-void AirlineSubstitutes::beginType(std::string_view missing) {
+void AirlineSubstitutes::beginType(std::uint32_t missing) {
     const auto end = static_cast<std::uint32_t>(types_.size());
     lists_.push_back({missing, end, end});
 }
@@ -209,6 +218,7 @@ void lf_buildSimilarModels() {
 
 void clearSimilarModels() {
     SimilarByAirline.clear();
+    typeNumbers.clear();
     SimilarWithLiveries.clear();
     SimilarAll.clear();
 }

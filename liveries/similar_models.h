@@ -30,16 +30,17 @@ public:
     std::span<CategorizedType> of(std::string_view missing);
 
     void makeRoom(std::size_t missingTypes);
-    /// In ascending order of the missing types.
-    void beginType(std::string_view missing);
+    /// By the numbers of the missing types among those of SimilarWithLiveries, which ascend.
+    void beginType(std::uint32_t missing);
     void add(const CategorizedType& substitute);
 
     /// The number of missing types.
     std::size_t size() const { return lists_.size(); }
 
 private:
+    /// A number, for the text of a type lies elsewhere, and the search for one looks at many.
     struct List {
-        std::string_view missing;
+        std::uint32_t missing = 0;
         std::uint32_t begin = 0; ///< in types_
         std::uint32_t end = 0;
     };
