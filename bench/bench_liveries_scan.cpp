@@ -5,17 +5,25 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "bench/measuring.h"
 #include "core/run_flags.h"
+#include "liveries/aircraft_cfg.h"
+#include "liveries/aircraft_folder.h"
+#include "liveries/folder_walk.h"
 #include "liveries/livery_scan.h"
 #include "liveries/reference_tables.h"
+#include "liveries/scan_state.h"
+#include "liveries/scan_tasks.h"
 
 namespace fs = std::filesystem;
 
@@ -118,6 +126,30 @@ void scanAll() {
     sink += lf_scanFolders({root}) ? 1 : 0;
 }
 
+/// As the walk hands them over.
+std::vector<ScannedFile> scannedFiles() {
+    std::vector<ScannedFile> files;
+    walkFolder(
+        root, [](std::string_view) { return true; },
+        [&files](ScannedFile file) {
+            files.push_back(std::move(file));
+            return true;
+        });
+    return files;
+}
+
+/// The work in the files alone, without the walk to them.
+void searchAll(const std::vector<ScannedFile>& files, int threads) {
+    const auto state = std::make_shared<ScanState>();
+    ScanTasks tasks(threads, [] { return true; });
+    std::list<Livery> found;
+    for (const ScannedFile& file : files) {
+        tasks.start([state, &file] { return lf_searchLiveriesinFile(1, file, *state); }, found);
+    }
+    tasks.collectAll(found);
+    sink += found.size();
+}
+
 void measure(std::string_view filter, std::string_view prefix, const std::vector<fs::path>& files) {
     const int threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     const auto name = [prefix](std::string_view figure) { return fmt::format("{}{}", prefix, figure); };
@@ -127,11 +159,17 @@ void measure(std::string_view filter, std::string_view prefix, const std::vector
     const double alone = medianOf(scanAll);
     gHardwareThreads = threads;
     const double scanning = medianOf(scanAll);
+    const std::vector<ScannedFile> scanned = scannedFiles();
+    const double searchingAlone = medianOf([&] { searchAll(scanned, 1); });
+    const double searching = medianOf([&] { searchAll(scanned, threads); });
     print(filter, name("threads"), threads, "threads");
     print(filter, name("read_ms"), reading, "ms");
     print(filter, name("find_ms"), finding, "ms");
     print(filter, name("scan_ms"), scanning, "ms");
     print(filter, name("scan_one_thread_ms"), alone, "ms");
+    print(filter, name("files_one_thread_ms"), searchingAlone, "ms");
+    print(filter, name("files_ms"), searching, "ms");
+    print(filter, name("files_speed_up"), searchingAlone / searching, "x");
     print(filter, name("over_read"), scanning / reading, "x");
     print(filter, name("over_find_and_read"), scanning / (finding + reading), "x");
 }

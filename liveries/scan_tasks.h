@@ -35,7 +35,9 @@ public:
 
 private:
     struct Workers;
-    bool collectOldest(std::list<Livery>& into);
+    /// What the oldest tasks gave, so many of them; fails as start does.
+    bool collect(std::size_t count, std::list<Livery>& into);
+    bool waitFor(std::future<std::list<Livery>>& result);
 
     std::size_t atMost_;
     WhileWaiting whileWaiting_;
