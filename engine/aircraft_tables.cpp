@@ -31,10 +31,6 @@ auto hasObjectId(std::uint32_t objectId) {
     return [objectId](const AircraftRecord& aircraft) { return objectId != 0 && aircraft.objectId == objectId; };
 }
 
-bool isDropped(const AircraftRecord& aircraft) {
-    return aircraft.dropRecord != 0 || aircraft.dropRecordQueued != 0;
-}
-
 template <typename Record>
 void eraseSwapping(std::vector<Record>& table, Record& element) {
     if (&element != &table.back()) {
@@ -79,6 +75,10 @@ AircraftRecord* findAircraftByHexid(std::uint32_t hexid) {
 AircraftRecord* findAircraftByObjectId(std::uint32_t objectId) {
     LiveAircraft* live = findLiveByObjectId(objectId);
     return live != nullptr ? live : findStaticByObjectId(objectId);
+}
+
+bool isDropped(const AircraftRecord& aircraft) {
+    return aircraft.dropRecord != 0 || aircraft.dropRecordQueued != 0;
 }
 
 void compactLiveTable() {

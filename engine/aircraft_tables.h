@@ -31,7 +31,9 @@ AircraftRecord* findAircraftByObjectId(std::uint32_t objectId);
 
 // The two roads by which a record leaves a table.
 
-/// Erases the live aircraft that are marked with dropRecord or dropRecordQueued; the others keep their order.
+/// Whether it is marked with dropRecord or dropRecordQueued.
+bool isDropped(const AircraftRecord& aircraft);
+/// Erases the live aircraft that are so marked; the others keep their order.
 void compactLiveTable();
 /// The same for the static ones.
 void compactStaticTable();

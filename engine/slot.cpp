@@ -107,7 +107,7 @@ void updateAll() {
         drops = updateLiveAc(aircraft) || drops;
     }
     if (drops) {
-        compactLiveTable();
+        eraseDroppedLive();
     }
 }
 
@@ -192,7 +192,7 @@ void removeAllAircraft() {
     for (LiveAircraft& aircraft : liveTable) {
         removeAircraftFromSim(aircraft);
     }
-    compactLiveTable();
+    eraseDroppedLive();
 }
 
 void resetEngine() {

@@ -16,6 +16,7 @@
 #include "feed/feed_reset.h"
 #include "feed/real_traffic_link.h"
 #include "platform/clock.h"
+#include "sim/object_life.h"
 #include "sim/object_queues.h"
 #include "sim/session.h"
 #include "window/window_state.h"
@@ -72,7 +73,7 @@ void removeAllLiveAircraft() {
     for (LiveAircraft& aircraft : liveTable) {
         removeAircraftFromSim(aircraft);
     }
-    compactLiveTable();
+    eraseDroppedLive();
 }
 
 void realTrafficGone() {

@@ -67,10 +67,17 @@ bool sendFlightPlan(std::uint32_t objectId, const std::filesystem::path& file) {
                                                             requestFlightPlan) >= 0;
 }
 
+void removeFlightPlanOf(LiveAircraft& aircraft) {
+    if (aircraft.hasFlightPlan != 0) {
+        gf_removeFlightPlan(aircraft.hexid);
+        aircraft.hasFlightPlan = 0;
+    }
+}
+
 void attachFlightPlan(LiveAircraft& aircraft) {
     const std::filesystem::path file = gf_flightPlanFor(aircraft);
     if (file.empty()) {
-        aircraft.hasFlightPlan = 0;
+        removeFlightPlanOf(aircraft); // it may have one of before it was made anew
         return;
     }
     aircraft.hasFlightPlan = sendFlightPlan(aircraft.objectId, file) ? 1 : 0;
@@ -192,9 +199,7 @@ void prepareForRespawn(LiveAircraft& aircraft) {
 }
 
 void eraseLive(LiveAircraft& aircraft) {
-    if (aircraft.hasFlightPlan != 0) {
-        gf_removeFlightPlan(aircraft.hexid);
-    }
+    removeFlightPlanOf(aircraft);
     eraseBySwap(aircraft);
 }
 
@@ -261,6 +266,15 @@ void creationRefused(const EngineMessage& message) {
         gf_noteFailedTitle(*parked);
         eraseStaticBySwap(*parked);
     }
+}
+
+void eraseDroppedLive() {
+    for (LiveAircraft& aircraft : liveTable) {
+        if (isDropped(aircraft)) {
+            removeFlightPlanOf(aircraft);
+        }
+    }
+    compactLiveTable();
 }
 
 void stepPendingActivations() {

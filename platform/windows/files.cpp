@@ -17,16 +17,18 @@ namespace platform {
 
 namespace {
 
-class FileHandle {
+/// A handle of the system's, which `Close` closes.
+template <typename Close>
+class Handle {
 public:
-    explicit FileHandle(HANDLE handle) : handle_(handle) {}
-    ~FileHandle() {
+    explicit Handle(HANDLE handle) : handle_(handle) {}
+    ~Handle() {
         if (valid()) {
-            CloseHandle(handle_);
+            Close()(handle_);
         }
     }
-    FileHandle(const FileHandle&) = delete;
-    FileHandle& operator=(const FileHandle&) = delete;
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
 
     bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
     HANDLE get() const { return handle_; }
@@ -35,35 +37,49 @@ private:
     HANDLE handle_;
 };
 
-class SearchHandle {
-public:
-    explicit SearchHandle(HANDLE handle) : handle_(handle) {}
-    ~SearchHandle() {
-        if (valid()) {
-            FindClose(handle_);
-        }
-    }
-    SearchHandle(const SearchHandle&) = delete;
-    SearchHandle& operator=(const SearchHandle&) = delete;
-
-    bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return handle_; }
-
-private:
-    HANDLE handle_;
+struct CloseFile {
+    void operator()(HANDLE file) const { CloseHandle(file); }
 };
+struct CloseSearch {
+    void operator()(HANDLE search) const { FindClose(search); }
+};
+using FileHandle = Handle<CloseFile>;
+using SearchHandle = Handle<CloseSearch>;
+
+/// What lies in a folder may be elsewhere in truth without being a link, a file that is fetched when it is read for
+/// instance.
+bool mayBeLink(const WIN32_FIND_DATAW& found) {
+    const DWORD tag = found.dwReserved0; // a machine that tells none has nothing but links
+    return tag == 0 || IsReparseTagNameSurrogate(tag);
+}
+
+/// Whoever went round such a link would never come to an end.
+bool leadsRound(const std::filesystem::path& folder, const std::filesystem::path& link) {
+    std::error_code ignored;
+    std::filesystem::path round = absolute(folder, ignored);
+    while (!equivalent(round, link, ignored)) {
+        if (!round.has_relative_path()) {
+            return false;
+        }
+        round = round.parent_path();
+    }
+    return true;
+}
 
 /// Nothing for a link that leads to neither.
 std::optional<FolderEntry::Kind> kindOf(const std::wstring& folder, const WIN32_FIND_DATAW& found) {
     using Kind = FolderEntry::Kind;
-    if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-        std::error_code ignored;
-        const auto status = std::filesystem::status(std::filesystem::path(folder) / found.cFileName, ignored);
-        if (!is_directory(status)) {
-            return is_regular_file(status) ? std::optional(Kind::file) : std::nullopt;
-        }
+    const Kind kind = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Kind::folder : Kind::file;
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        return kind;
     }
-    return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Kind::folder : Kind::file;
+    const std::filesystem::path path = std::filesystem::path(folder) / found.cFileName;
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    if (!is_directory(status)) {
+        return is_regular_file(status) ? std::optional(Kind::file) : std::nullopt;
+    }
+    return kind == Kind::folder && mayBeLink(found) && leadsRound(folder, path) ? Kind::linkedFolder : kind;
 }
 
 bool isDots(std::wstring_view name) {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 #include "core/injection_radius.h"
 #include "engine/stepping.h"
 #include "tests/engine/engine_test.h"
@@ -89,6 +91,24 @@ TEST_F(Extension, atTheEdgeOfTheRangeItEnds) {
     EXPECT_TRUE(extendStream(aircraft));
 }
 
+/// At the very place half a mile inside the range it ends, a hair further inside it flies on.
+TEST_F(Extension, halfAMileInsideTheRangeAnAircraftIsRemovedWhenItsStreamRunsOut) {
+    placeUser(5.5);
+    const double milesFromUser = greatCircleNm({gUserState.lat, gUserState.lon}, testPlace);
+    LiveAircraft& atBound = give(flying(), airSample(0, 0, 0));
+    gRadiusNm = milesFromUser + 0.5;
+    nextPosMain(atBound);
+    EXPECT_EQ(atBound.lifeState, LifeState::removingfromsim);
+    EXPECT_EQ(atBound.extensions, 0);
+    EXPECT_THAT(removalQueue, testing::ElementsAre(testObject));
+
+    LiveAircraft& inside = give(flying(), airSample(0, 0, 0));
+    gRadiusNm = std::nextafter(gRadiusNm, 100);
+    nextPosMain(inside);
+    EXPECT_EQ(inside.lifeState, LifeState::active);
+    EXPECT_EQ(inside.extensions, 8);
+}
+
 TEST_F(Extension, withoutAUserThereIsNoRange) {
     gRadiusNm = 2;
     gUserState = {};
@@ -124,11 +144,20 @@ TEST_F(Extension, aLandingSlowsDownAndSinks) {
     EXPECT_EQ(next.airborne, 1);
 }
 
-TEST_F(Extension, aLandingKeepsItsSpeedInTheLastThree) {
-    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 500, 140));
+TEST_F(Extension, aLandingSlowsDownAsLongAsFourAreLeftAndKeepsItsSpeedInTheLastThree) {
+    for (const auto& [before, knots] : {std::pair{5, 126.0}, std::pair{4, 140.0}, std::pair{2, 140.0}}) {
+        LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 500, 140));
+        aircraft.landing = 1;
+        aircraft.extensions = before;
+        EXPECT_DOUBLE_EQ(extended(aircraft).gs, knots) << before;
+        EXPECT_EQ(aircraft.extensions, before - 1);
+    }
+}
+
+TEST_F(Extension, aSlowLandingKeepsOneKnot) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 500, 1));
     aircraft.landing = 1;
-    aircraft.extensions = 4;
-    EXPECT_DOUBLE_EQ(extended(aircraft).gs, 140);
+    EXPECT_EQ(extended(aircraft).gs, 1);
 }
 
 TEST_F(Extension, aLandingSinksToTheGroundAtMost) {
@@ -185,6 +214,31 @@ TEST_F(Extension, inTakeOffItClimbs) {
     const Sample next = extended(aircraft);
     EXPECT_EQ(next.vs, 1500);
     EXPECT_EQ(next.alt, 300);
+}
+
+/// On its way to the stand it neither holds nor rolls on: it waits where the feed left it.
+TEST_F(Extension, anAircraftOnItsWayOntoAStandStandsWhereItsSamplesEnd) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0, 12));
+    aircraft.phase = FlightPhase::parking;
+    const Sample next = extended(aircraft);
+    EXPECT_EQ(next.gs, 0);
+    EXPECT_EQ(next.stationary, 1);
+    EXPECT_EQ(next.slot, testSlot + 300);
+    EXPECT_EQ(milesBetween(aircraft.stream[0], next), 0);
+    EXPECT_EQ(aircraft.extensions, 10);
+    EXPECT_EQ(aircraft.holding, 0);
+}
+
+TEST_F(Extension, aStandstillOnTheRunwayGoesOn) {
+    for (const bool rollsOut : {true, false}) {
+        LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0, 12));
+        aircraft.stream[0].stationary = 1;
+        (rollsOut ? aircraft.rollingOut : aircraft.takingOff) = 1;
+        const Sample next = extended(aircraft);
+        EXPECT_EQ(next.gs, 0) << rollsOut;
+        EXPECT_EQ(next.stationary, 1) << rollsOut;
+        EXPECT_EQ(milesBetween(aircraft.stream[0], next), 0) << rollsOut;
+    }
 }
 
 TEST_F(Extension, aParkedAircraftStaysForAWeek) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/engine/engine_test.h"
+#include "tests/support/allocation_count.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -58,6 +59,20 @@ TEST_F(LiveryRespawn, withoutAnObjectItOnlySaysSo) {
     liveryRespawn(aircraft);
     EXPECT_THAT(removalQueue, IsEmpty());
     EXPECT_TRUE(log.contains("liveryRespawn removing act          KLM123   PH-ABC with objectid=0 ?"));
+}
+
+TEST_F(LiveryRespawn, aFailureIsLoggedAndLeavesTheAircraftFlying) {
+    LiveAircraft& aircraft = flying();
+    constexpr int ringOfFirstSamples = 8;
+    for (int i = 0; i < ringOfFirstSamples; ++i) {
+        give(aircraft, airSample(i, 0, 100 * i));
+    }
+    const FailingAllocation noMemoryForALargerRing(2 * ringOfFirstSamples * sizeof(void*));
+    liveryRespawn(aircraft);
+    EXPECT_THAT(log.lines(), ElementsAre("liveryRespawn: std::bad_alloc"));
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_EQ(aircraft.stream.size(), 8u);
+    EXPECT_THAT(removalQueue, IsEmpty());
 }
 
 TEST_F(LiveryRespawn, withoutSamplesItOnlySaysSo) {

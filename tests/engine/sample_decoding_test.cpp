@@ -4,6 +4,7 @@
 
 #include "engine/extending_situations.h"
 #include "tests/engine/engine_test.h"
+#include "tests/support/allocation_count.h"
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -87,6 +88,18 @@ TEST_F(SampleDecoding, aStreamOf201SamplesEndsTheAircraft) {
     EXPECT_EQ(aircraft.stream.size(), 201u);
     decodeExisting(aircraft, airSample(201, 0, 20100));
     EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+}
+
+TEST_F(SampleDecoding, aFailureIsLoggedAndPassedUp) {
+    LiveAircraft& aircraft = flying();
+    constexpr int ringOfFirstSamples = 8;
+    for (int i = 0; i < ringOfFirstSamples; ++i) {
+        give(aircraft, airSample(i, 0, 100 * i));
+    }
+    const FailingAllocation noMemoryForALargerRing(2 * ringOfFirstSamples * sizeof(void*));
+    EXPECT_THROW(decodeExisting(aircraft, airSample(8, 0, 800)), std::bad_alloc);
+    EXPECT_THAT(log.lines(), ElementsAre("decodeExisting exception std::bad_alloc"));
+    EXPECT_EQ(aircraft.stream.size(), 8u);
 }
 
 TEST_F(SampleDecoding, aStreamThatIsTooLongWhileTheObjectComesIntoBeingIsSaidOnce) {

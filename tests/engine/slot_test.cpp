@@ -2,7 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "core/user_error.h"
+#include "sim/flight_plan.h"
+#include "sim/frame_flush.h"
 #include "sim/simulator_link.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/allocation_count.h"
@@ -365,6 +369,39 @@ TEST_F(Slot, theInboxIsEmptyAfterwards) {
     tell(EngineMessageKind::objectRemoved, 4711, 0);
     readInbox();
     EXPECT_THAT(engineInbox, IsEmpty());
+}
+
+/// Its title is longer than the call can carry.
+TEST_F(Slot, aTitleThatTheSimulatorsCallRefusesIsNotedAndTheAircraftGoes) {
+    const std::string title(256, 'x');
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 500), airSample(1, 0, 1500));
+    aircraft.lifeState = LifeState::adding2sim;
+    aircraft.objectId = 0;
+    aircraft.liveryTitle = title;
+    addingStack.push_back(testHexid);
+    slots(51);
+    ASSERT_THAT(createRequests, SizeIs(1));
+    flushFrame();
+    slots(1);
+    EXPECT_THAT(FailedTitles, ElementsAre(title));
+    EXPECT_THAT(NoCreateList, ElementsAre("A320 KLM"));
+    EXPECT_THAT(liveTable, IsEmpty());
+    EXPECT_FALSE(simFailed) << "the session goes on";
+}
+
+/// The plan of an aircraft that was to be made anew is of no use when it is dropped in the buffer.
+TEST_F(Slot, whatIsDroppedLeavesNoFlightPlanBehind) {
+    ASSERT_TRUE(gf_createFlightPlanFolder());
+    for (const bool withAll : {false, true}) {
+        LiveAircraft& aircraft = flying();
+        aircraft.lifeState = LifeState::buffer;
+        aircraft.hasFlightPlan = 1;
+        ASSERT_TRUE(lf_writeFlightPlan(lf_flightPlanPath(testHexid), aircraft));
+        withAll ? removeAllAircraft() : slots(1); // without samples it is dropped
+        EXPECT_THAT(liveTable, IsEmpty());
+        EXPECT_FALSE(std::filesystem::exists(lf_flightPlanPath(testHexid))) << withAll;
+    }
+    gf_removeFlightPlanFolder();
 }
 
 TEST_F(Slot, tooManyRefusedLiveriesReachTheTop) {

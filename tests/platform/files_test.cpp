@@ -116,6 +116,8 @@ TEST(ListFolder, tellsEachFileAndFolderOnce) {
     const std::map<std::string, Kind> expected{
         {"one.txt", Kind::file}, {"two", Kind::folder}, {"caf\u00E9", Kind::file}};
     EXPECT_EQ(listed("x"), expected);
+    EXPECT_EQ(listed("x/"), expected);
+    EXPECT_EQ(listed(fs::absolute("x") / ""), expected) << "with the machine's own separator at the end";
     EXPECT_TRUE(listed("x/two/missing").empty());
     EXPECT_TRUE(listed("x/one.txt").empty());
 }

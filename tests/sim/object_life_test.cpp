@@ -351,6 +351,53 @@ TEST_F(FlightPlanOfAnObject, thatCannotBeDeletedIsALogLineAndTheRecordGoes) {
     fs::remove_all(file);
 }
 
+/// An aircraft that was with the simulator and is to be made anew, back in the buffer.
+class FlightPlanOfARespawn : public FlightPlanOfAnObject {
+protected:
+    FlightPlanOfARespawn() {
+        objectAdded(liveExists());
+        liveTable[0].lifeState = LifeState::liveryrespawn;
+        objectRemoved(removalOf(object));
+    }
+};
+
+TEST_F(FlightPlanOfARespawn, waitsForTheNewObject) {
+    ASSERT_THAT(liveTable, SizeIs(1));
+    EXPECT_TRUE(fs::exists(file));
+    eraseDroppedLive();
+    ASSERT_THAT(liveTable, SizeIs(1));
+    EXPECT_TRUE(fs::exists(file));
+}
+
+TEST_F(FlightPlanOfARespawn, goesWithARespawnThatIsDropped) {
+    for (std::uint8_t AircraftRecord::*mark : {&AircraftRecord::dropRecord, &AircraftRecord::dropRecordQueued}) {
+        liveTable[0].*mark = 1;
+        const LiveAircraft again = liveTable[0];
+        eraseDroppedLive();
+        EXPECT_FALSE(fs::exists(file));
+        EXPECT_THAT(liveTable, IsEmpty());
+        liveTable.push_back(again);
+        liveTable[0].dropRecord = 0;
+        writeFile(file, "of another time");
+    }
+}
+
+TEST_F(FlightPlanOfARespawn, goesWhenTheNewObjectHasNone) {
+    liveTable[0].lifeState = LifeState::adding2sim;
+    liveTable[0].destination.clear();
+    objectAdded(liveExists(41));
+    EXPECT_FALSE(fs::exists(file));
+    EXPECT_EQ(liveTable[0].hasFlightPlan, 0);
+}
+
+TEST_F(FlightPlanOfAnObject, thatWasNotAttachedIsLeftAloneWhenItsRecordIsDropped) {
+    liveTable[0].dropRecord = 1;
+    writeFile(file, "of somebody else");
+    eraseDroppedLive();
+    EXPECT_TRUE(fs::exists(file));
+    EXPECT_THAT(liveTable, IsEmpty());
+}
+
 TEST_F(FlightPlanOfAnObject, thatWasNotAttachedIsLeftAlone) {
     liveTable[0].objectId = object;
     writeFile(file, "of somebody else");

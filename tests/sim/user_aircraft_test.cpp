@@ -6,6 +6,7 @@
 #include "core/run_flags.h"
 #include "sim/stand_requests.h"
 #include "tests/sim/session_fixture.h"
+#include "tests/support/allocation_count.h"
 #include "window/window_state.h"
 
 using testing::ElementsAre;
@@ -190,6 +191,15 @@ TEST_F(UserModel, anEmptyOneIsError71) {
         userErrorOf([] { tell(""); }),
         (std::pair<int, std::string>(71, "atc_model= in [General] section of your aircraft.cfg is empty or missing")));
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(UserModel, anythingElseThatGoesWrongIsError73) {
+    const std::string model(5000, 'X');
+    EXPECT_EQ(userErrorOf([&model] {
+                  const FailingAllocation noMemoryForItsText(model.size());
+                  onUserModel(model);
+              }),
+              (std::pair<int, std::string>(73, "It looks like you have not selected an aircraft as user vehicle")));
 }
 
 class UserOnGround : public SessionTest {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/exit_reason.h"
+#include "core/log.h"
 #include "core/run/feed_lamps.h"
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
@@ -289,6 +290,17 @@ TEST_F(RunLoop, aYellowLampIsLookedAtEvery15Seconds) {
     seconds(1);
     EXPECT_EQ(gWindowState.trafficLamp, FeedLamp::flowing);
     EXPECT_TRUE(gWindowState.trafficAlive);
+}
+
+TEST_F(RunLoop, theLogIsOnTheDiskEvery15Seconds) {
+    seconds(14);
+    log.lines(); // flushes
+    ::log("waits");
+    const auto isOnDisk = [] { return readFile("Log.txt").find("waits") != std::string::npos; };
+    ASSERT_TRUE(gf_tickStep());
+    EXPECT_FALSE(isOnDisk());
+    seconds(1);
+    EXPECT_TRUE(isOnDisk());
 }
 
 TEST_F(RunLoop, theStaticRefreshTakesTwo15SecondSteps) {

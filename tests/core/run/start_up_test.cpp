@@ -21,6 +21,8 @@
 #include "platform/files.h"
 #include "platform/window_system.h"
 #include "rig/server/download_server.h"
+#include "sim/stand_requests.h"
+#include "sim/user_state.h"
 #include "tests/support/code_page.h"
 #include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
@@ -294,6 +296,18 @@ TEST_F(RunFailure, whatIsNoExceptionIsUnknown) {
     gf_endRunOn(std::make_exception_ptr(42));
     EXPECT_EQ(shownError(), "Unknown exception");
     EXPECT_EQ(gf_exitReason(), ExitReason::systemError);
+}
+
+/// Of a user who stands at a gate.
+TEST(ClosingDownThreads, asksForTheStandNextToTheUser) {
+    ProgramRun run;
+    run.start();
+    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    userOnGroundKnown = true;
+    window_system::clickClose();
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(takeClosestStandRequest());
+    resetStandRequests();
 }
 
 TEST(ClosingDownThreads, aStepThatThrowsIsLoggedAndTheWindowStillGetsItsLastMessage) {

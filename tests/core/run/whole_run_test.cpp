@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "core/detached_threads.h"
 #include "core/exit_reason.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
@@ -17,6 +19,7 @@
 #include "core/run/start_run.h"
 #include "core/run_flags.h"
 #include "core/slot_clock.h"
+#include "distribution/download.h"
 #include "feed/qnh_reader.h"
 #include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
@@ -27,6 +30,7 @@
 #include "platform/clock.h"
 #include "platform/sockets.h"
 #include "platform/window_system.h"
+#include "rig/server/download_server.h"
 #include "sim/simulator_link.h"
 #include "sim/user_state.h"
 #include "tests/core/run/running_simulator.h"
@@ -244,6 +248,35 @@ TEST_F(WholeRunThreads, aSimConnectErrorRestartsTheRunInTheSameProcessWithoutIts
     EXPECT_FALSE(run.quitCode());
     window_system::clickClose();
     ASSERT_TRUE(run.ends()) << run.log();
+}
+
+TEST_F(WholeRunThreads, aRestartedRunNeitherLooksForUpdatesNorReadsTheDataFilesAgain) {
+    writeFile("served/downloads/versions.json", "{}");
+    const DownloadServer server("served");
+    setDownloadRoot(server.root());
+    run.start();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    ASSERT_THAT(server.requests(), testing::ElementsAre("/downloads/versions.json"));
+    std::filesystem::remove("input/dbase.enc"); // who reads it again ends on an error
+    gf_stopRun(ExitReason::newSettings, 0);
+    EXPECT_TRUE(eventually([&] {
+        const std::string log = run.log();
+        return log.find("Waiting for Prepar3Dv5 ...", log.find("Prepare for a restart ...")) != std::string::npos;
+    })) << run.log();
+    EXPECT_THAT(server.requests(), testing::SizeIs(1));
+    EXPECT_TRUE(AirlineTable.contains("KLM"));
+    EXPECT_EQ(shownError(), "");
+}
+
+TEST_F(WholeRunThreads, aThreadThatStaysInIsToldAndTheRestartGoesOn) {
+    std::promise<void> mayGo;
+    gf_startDetached("Stays in", [goes = mayGo.get_future().share()] { goes.wait(); });
+    run.start();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3Dv5 ...")) << run.log();
+    gf_stopRun(ExitReason::newSettings, 0);
+    EXPECT_TRUE(run.willLog("\n==> A reader thread did not end in time\n")) << run.log();
+    EXPECT_TRUE(eventually([] { return !gStopRun; }));
+    mayGo.set_value();
 }
 
 TEST_F(WholeRunThreads, newSettingsRestartWithTheScansKept) {
