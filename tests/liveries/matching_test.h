@@ -33,6 +33,11 @@ inline AircraftRecord aircraftOf(const Wanted& wanted) {
 }
 
 class LiveryMatching : public testing::Test {
+public:
+    LiveryMatching(const LiveryMatching&) = delete;
+    LiveryMatching& operator=(const LiveryMatching&) = delete;
+    ~LiveryMatching() override { reset(); }
+
 protected:
     LiveryMatching() {
         reset();
@@ -49,7 +54,6 @@ protected:
         DbaseTable.insert("", {"KLM", "A320", "KLM", false});
         install();
     }
-    ~LiveryMatching() override { reset(); }
 
     static void reset() {
         clearLiveryTables();

@@ -30,6 +30,11 @@ std::string pathText(const fs::path& path) {
 }
 
 class RegistrationCodes : public testing::Test {
+public:
+    RegistrationCodes(const RegistrationCodes&) = delete;
+    RegistrationCodes& operator=(const RegistrationCodes&) = delete;
+    ~RegistrationCodes() override { reset(); }
+
 protected:
     RegistrationCodes() {
         reset();
@@ -37,7 +42,6 @@ protected:
         buildAirlineTables(
             {livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("KLM", "A320", "Three")});
     }
-    ~RegistrationCodes() override { reset(); }
 
     static void takeSections(const std::vector<LiveryView>& liveries) { gf_processInlineRegcodes(liveries); }
 

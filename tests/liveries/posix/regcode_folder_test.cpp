@@ -39,12 +39,16 @@ private:
 };
 
 class RegcodeFolder : public testing::Test {
+public:
+    RegcodeFolder(const RegcodeFolder&) = delete;
+    RegcodeFolder& operator=(const RegcodeFolder&) = delete;
+    ~RegcodeFolder() override { reset(); }
+
 protected:
     RegcodeFolder() {
         reset();
         fs::create_directories("input");
     }
-    ~RegcodeFolder() override { reset(); }
 
     static void reset() {
         resetRegistrationCodes();
@@ -79,7 +83,7 @@ TEST_F(RegcodeFolder, aFolderThatIsClosedToTheUserIsTold) {
     fs::permissions("input/my_regcodes", fs::perms::none);
     {
         const Ordinary user;
-        if (!user.isOne()) {
+        if (!Ordinary::isOne()) {
             GTEST_SKIP() << "this process cannot become another user";
         }
         gf_processOfflineRegcodes();
@@ -97,7 +101,7 @@ TEST_F(RegcodeFolder, aFileThatCannotBeOpenedIsNamedWithTheReasonAndTheOthersAre
     std::vector<RegEntry> entries;
     {
         const Ordinary user;
-        if (!user.isOne()) {
+        if (!Ordinary::isOne()) {
             GTEST_SKIP() << "this process cannot become another user";
         }
         EXPECT_FALSE(lf_readRegcodeFiles("own", entries));
