@@ -66,8 +66,7 @@ std::string utf8From(Charset charset, std::string_view bytes) {
     return {};
 }
 
-std::vector<std::string> splitLines(std::string_view text) {
-    std::vector<std::string> lines;
+void splitLines(std::string_view text, std::vector<std::string>& lines) {
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
         std::string_view line = text.substr(0, end);
@@ -77,7 +76,6 @@ std::vector<std::string> splitLines(std::string_view text) {
         lines.emplace_back(line);
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
-    return lines;
 }
 
 /// Nothing when the file cannot be opened. Throws when reading fails.
@@ -122,7 +120,9 @@ Charset charsetOfFile(const std::filesystem::path& path) {
 }
 
 std::vector<std::string> linesOf(Charset charset, std::string_view bytes) {
-    return splitLines(utf8From(charset, bytes));
+    std::vector<std::string> lines;
+    splitLines(utf8From(charset, bytes), lines);
+    return lines;
 }
 
 std::string readLines(Charset charset, const std::filesystem::path& path, std::vector<std::string>& lines) {
@@ -136,7 +136,7 @@ std::string readLines(Charset charset, const std::filesystem::path& path, std::v
         if (!isText(charset)) {
             return lf_logged(fmt::format("file {} has unknown charset: {}", name, nameOf(charset)));
         }
-        lines = linesOf(charset, *bytes);
+        splitLines(utf8From(charset, *bytes), lines);
         return {};
     } catch (const std::exception& error) {
         return lf_logged(fmt::format("Read failed for '{}': {}", name, error.what()));

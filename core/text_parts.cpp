@@ -1,7 +1,7 @@
 // core/text_parts.cpp
 #include "core/text_parts.h"
 
-#include <cstddef>
+#include <algorithm>
 
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r\n";
@@ -20,4 +20,10 @@ std::vector<std::string_view> partsOf(std::string_view text, char separator) {
         }
         text.remove_prefix(end + 1);
     }
+}
+
+std::size_t utf8Length(std::string_view text) {
+    // Every byte begins a character but those that continue one.
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }

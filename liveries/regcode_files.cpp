@@ -2,6 +2,8 @@
 #include "liveries/regcode_files.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <fstream>
 #include <iterator>
 #include <string_view>
 #include <system_error>
@@ -20,8 +22,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t shortestRegcode = 3;
-constexpr std::size_t longestRegcode = 12;
+constexpr std::size_t shortestRegcode = 3; // characters
+constexpr std::size_t longestRegcode = 12; // characters
 constexpr std::size_t usualLines = 1024;
 
 /// What stands between the separators, trimmed; at least one.
@@ -39,6 +41,18 @@ std::vector<std::string> registrationsOf(std::string_view list) {
         }
     }
     return regs;
+}
+
+/// Leaves the first of equal ones.
+void removeRepeated(std::vector<std::string>& regs) {
+    auto kept = regs.begin();
+    for (auto reg = regs.begin(); reg != regs.end(); ++reg) {
+        if (std::find(regs.begin(), kept, *reg) == kept) {
+            std::iter_swap(kept, reg);
+            ++kept;
+        }
+    }
+    regs.erase(kept, regs.end());
 }
 
 const char* liveriesWord(std::size_t count) {
@@ -68,7 +82,8 @@ bool readLiveryElements(const pugi::xml_node& section, std::vector<RegEntry>& en
 // --- The user's text files ---
 
 bool isRegcodeLength(std::string_view reg) {
-    return reg.size() >= shortestRegcode && reg.size() <= longestRegcode;
+    const std::size_t length = utf8Length(reg);
+    return length >= shortestRegcode && length <= longestRegcode;
 }
 
 std::string wrongLength(std::string_view reg, std::string_view file) {
@@ -112,6 +127,7 @@ private:
         }
     }
 
+    /// Of which one may remain, and then it is as if it had stood there alone.
     void readSeveral(std::string_view title, std::vector<std::string> regs, bool isSpecial) {
         std::erase_if(regs, [this](const std::string& reg) {
             if (isRegcodeLength(reg)) {
@@ -124,6 +140,8 @@ private:
             logError(fmt::format("{} ; regs empty?", title));
             return;
         }
+        removeRepeated(regs);
+        isSpecial = isSpecial || regs.size() == 1;
         entries_.push_back({std::string(title), std::move(regs), isSpecial});
     }
 
@@ -155,13 +173,25 @@ std::vector<fs::path> textFilesIn(const fs::path& folder) {
     return files;
 }
 
-/// False when it cannot be read; readLines has said why. A file without a byte in it is no fault.
+/// The reader of lines leaves this one failure to its callers.
+void logWhyNotOpened(const fs::path& path) {
+    errno = 0;
+    const std::ifstream file(path, std::ios::binary);
+    const int reason = errno == 0 ? EIO : errno;
+    logError(fmt::format("Read failed for '{}': {}", platform::utf8FromPath(path),
+                         platform::readableText(std::generic_category().message(reason))));
+}
+
+/// False, with the reason in the log, when it cannot be read. A file without a byte in it is no fault.
 bool readTextFile(const fs::path& path, std::vector<std::string>& lines, std::vector<RegEntry>& entries) {
     log(fmt::format("Processing regcodes file '{}'", platform::utf8FromPath(path)));
     if (std::error_code ignored; fs::file_size(path, ignored) == 0) {
         return true;
     }
-    if (!readLines(charsetOfFile(path), path, lines).empty()) {
+    if (const std::string failure = readLines(charsetOfFile(path), path, lines); !failure.empty()) {
+        if (failure == "open_failed") {
+            logWhyNotOpened(path);
+        }
         return false;
     }
     LineReader reader(platform::utf8FromPath(path.filename()), entries);
@@ -183,6 +213,10 @@ bool lf_readAigRegcodes(const fs::path& file, std::vector<RegEntry>& entries) {
         return false;
     }
     const pugi::xml_node root = document.child("root");
+    const bool hasMeta = !root.child("meta").empty();
+    if (!hasMeta) {
+        logError("No <meta> node found in XML.");
+    }
     const pugi::xml_node section = root.child("AIG-regcodes");
     if (!section) {
         logError("No <AIG-regcodes> node found in XML.");
@@ -192,11 +226,7 @@ bool lf_readAigRegcodes(const fs::path& file, std::vector<RegEntry>& entries) {
     const bool whole = readLiveryElements(section, entries);
     const std::size_t count = entries.size() - before;
     log(fmt::format("{} {} read from {}", count, liveriesWord(count), name));
-    if (!root.child("meta")) {
-        logError("No <meta> node found in XML.");
-        return false;
-    }
-    return whole;
+    return whole && hasMeta;
 }
 
 bool lf_readRegcodeFiles(const fs::path& folder, std::vector<RegEntry>& entries) {

@@ -1,9 +1,12 @@
 // liveries/registration_codes.cpp
 #include "liveries/registration_codes.h"
 
+#include <cerrno>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -34,8 +37,14 @@ fs::path ownFilesFolder() {
     return inputFolder() / "my_regcodes";
 }
 
+/// Also where the folder cannot be looked at: its reading then says why.
 bool hasOwnFiles() {
-    return fileExists(ownFilesFolder()) && !fs::is_empty(ownFilesFolder());
+    std::error_code error;
+    const bool isEmpty = fs::is_empty(ownFilesFolder(), error);
+    if (error) {
+        return error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory;
+    }
+    return !isEmpty;
 }
 
 const char* pluralS(std::size_t count) {
@@ -60,15 +69,34 @@ void withAigRegcodes(Step step) {
     }
 }
 
-void writeLines(const fs::path& file, const std::vector<std::string>& lines) {
+/// False, with the reason in the log, when they cannot be written.
+bool writeLines(const fs::path& file, const std::vector<std::string>& lines) {
     createFolders(file.parent_path());
+    errno = 0;
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     for (const std::string& line : lines) {
         stream << line << '\n';
     }
     stream.close();
     if (!stream) {
-        logError(fmt::format("Error writing file {}", platform::utf8FromPath(file)));
+        const std::string reason = std::generic_category().message(errno == 0 ? EIO : errno);
+        logError(
+            fmt::format("Error writing file {}: {}", platform::utf8FromPath(file), platform::readableText(reason)));
+        return false;
+    }
+    return true;
+}
+
+/// Puts a report into the file and says so with `note`; where that fails the log has the lines in the file's place.
+void writeReport(const fs::path& file, const std::vector<std::string>& lines, const std::string& note) {
+    bool isWritten = false;
+    guarded([&] { isWritten = writeLines(file, lines); });
+    if (isWritten) {
+        log(note);
+        return;
+    }
+    for (const std::string& line : lines) {
+        log(line);
     }
 }
 
@@ -186,13 +214,13 @@ void mergeOwnFiles() {
 
 void writeOfflineReport() {
     const fs::path file = fs::path("output") / "info" / "OfflineRegcodes.txt";
-    removeFile(file);
-    if (OfflineReport.empty()) {
-        return;
+    guarded([&file] { removeFile(file); });
+    const std::vector<std::string> lines = std::exchange(OfflineReport, {});
+    if (!lines.empty()) {
+        writeReport(
+            file, lines,
+            fmt::format("Offline regcode files processed, results can be found in '{}'", platform::utf8FromPath(file)));
     }
-    writeLines(file, OfflineReport);
-    OfflineReport.clear();
-    log(fmt::format("Offline regcode files processed, results can be found in '{}'", platform::utf8FromPath(file)));
 }
 
 void logSpecialLiveries() {
@@ -229,11 +257,9 @@ void gf_processInlineRegcodes(std::span<const LiveryView> liveries) {
     if (clashes.empty()) {
         return;
     }
-    guarded([&clashes] {
-        const fs::path file = fs::path("output") / "errors" / "InlineRegcodes.txt";
-        writeLines(file, clashes);
-        log(fmt::format("{} in-line regcode clashes, see '{}'", clashes.size(), platform::utf8FromPath(file)));
-    });
+    const fs::path file = fs::path("output") / "errors" / "InlineRegcodes.txt";
+    writeReport(file, clashes,
+                fmt::format("{} in-line regcode clashes, see '{}'", clashes.size(), platform::utf8FromPath(file)));
 }
 
 void lf_mergeRegcodes(const std::vector<RegEntry>& entries, std::vector<std::string>& report) {

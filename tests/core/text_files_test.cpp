@@ -194,6 +194,17 @@ TEST(ReadLines, givesTheLinesInPlaceOfTheOldOnes) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
+TEST(ReadLines, usesTheRoomThatTheLinesHave) {
+    const LogCapture log;
+    writeFile("types.txt", "A320;NEO\n");
+    Lines lines;
+    lines.reserve(1000);
+    const std::string* const room = lines.data();
+    EXPECT_EQ(readLines(Charset::ANSI, "types.txt", lines), "");
+    EXPECT_EQ(lines.data(), room);
+    EXPECT_GE(lines.capacity(), 1000U);
+}
+
 TEST(ReadLines, aUnicodeFileOfAnOddSizeReadsAsEmpty) {
     const LogCapture log;
     writeFile("odd.txt", "\xFF\xFE" + littleEndian(u"abc") + 'x');

@@ -30,4 +30,10 @@ TEST(TextParts, emptyPartsCount) {
     EXPECT_THAT(partsOf(",a,,", ','), ElementsAre("", "a", "", ""));
 }
 
+TEST(TextParts, aCharacterOfSeveralBytesCountsOnce) {
+    EXPECT_EQ(utf8Length(""), 0U);
+    EXPECT_EQ(utf8Length("PH-ABC"), 6U);
+    EXPECT_EQ(utf8Length("\xC3\x84-\xE2\x82\xAC-\xF0\x9F\x9B\xA9"), 5U);
+}
+
 } // namespace

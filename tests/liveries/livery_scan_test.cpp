@@ -11,6 +11,7 @@
 #include "tests/liveries/scan_test.h"
 #include "tests/support/eventually.h"
 #include "tests/support/message_of.h"
+#include "tests/support/sealed_input.h"
 
 namespace fs = std::filesystem;
 
@@ -231,6 +232,30 @@ TEST_F(LiveryScan, aFileThatIsRefusedDoesNotStopTheOthers) {
     makeAircraft("x/no_type", section(0, "title=Two"));
     EXPECT_TRUE(lf_scanFolders({"x"}));
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("One"));
+}
+
+// --- Titles that must not be used ---
+
+TEST_F(LiveryScan, aTitleThatStandsAloneInALineOfTheUserIsLeftOut) {
+    makeLivery("x/1", "Good");
+    makeLivery("x/2", "Bad");
+    writeFile("input/my_regcodes/own.txt", "Bad\n");
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Good"));
+    EXPECT_FALSE(fs::exists("output/errors")) << "it is no fault";
+    fs::remove("input/my_regcodes/own.txt");
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Bad", "Good"));
+}
+
+TEST_F(LiveryScan, aTitleOfTheAigFileWithoutRegistrationsIsLeftOut) {
+    makeLivery("x/1", "Good");
+    makeLivery("x/2", "Bad");
+    writeSealed("input/AIG-regcodes.enc",
+                R"(<root><meta/><AIG-regcodes><livery title="Bad"/><livery title="Good" reg="PH-ABC"/>)"
+                R"(</AIG-regcodes></root>)");
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Good"));
 }
 
 // --- Stopping ---

@@ -82,7 +82,13 @@ TEST_F(AigRegcodes, elementsWithoutTitleAreTaken) {
 TEST_F(AigRegcodes, withoutMetaItIsFaultyButRead) {
     EXPECT_FALSE(readText(R"(<root><AIG-regcodes><livery title="One" reg="PH-ABC"/></AIG-regcodes></root>)"));
     EXPECT_THAT(texts(), ElementsAre("One:PH-ABC"));
-    EXPECT_THAT(log.errors(), ElementsAre("==> No <meta> node found in XML."));
+    EXPECT_THAT(log.lines(), ElementsAre("==> No <meta> node found in XML.", "1 livery read from AIG-regcodes.xml"));
+}
+
+TEST_F(AigRegcodes, metaIsLookedAtBeforeTheSectionIs) {
+    EXPECT_FALSE(readText("<root/>"));
+    EXPECT_THAT(log.lines(),
+                ElementsAre("==> No <meta> node found in XML.", "==> No <AIG-regcodes> node found in XML."));
 }
 
 TEST_F(AigRegcodes, withoutItsSectionNothingIsRead) {
@@ -152,9 +158,26 @@ TEST_F(OwnRegcodes, ifNoneOfSeveralRemainsTheLineIsGone) {
     EXPECT_TRUE(log.contains("wrong regcode length 'CD' in my.txt"));
 }
 
-TEST_F(OwnRegcodes, ofSeveralWithOneRemainingTheMarkStillDecides) {
-    EXPECT_TRUE(read("One;AB,PH-ABC\nTwo;AB,PH-ABC;#\n"));
-    EXPECT_THAT(texts(), ElementsAre("One:PH-ABC", "Two:PH-ABC:special"));
+TEST_F(OwnRegcodes, ofSeveralWithOneRemainingTheTitleIsSpecialWithAndWithoutTheMark) {
+    EXPECT_TRUE(read("One;AB,PH-ABC\nTwo;AB,PH-ABC;#\nThree;AB,PH-ABC,PH-DEF\n"));
+    EXPECT_THAT(texts(), ElementsAre("One:PH-ABC:special", "Two:PH-ABC:special", "Three:PH-ABC,PH-DEF"));
+}
+
+TEST_F(OwnRegcodes, aRegistrationThatIsRepeatedIsOne) {
+    EXPECT_TRUE(read("One;PH-ABC,PH-ABC\nTwo;PH-DEF,PH-ABC,PH-DEF,PH-ABC\n"));
+    EXPECT_THAT(texts(), ElementsAre("One:PH-ABC:special", "Two:PH-DEF,PH-ABC"));
+}
+
+TEST_F(OwnRegcodes, aRegistrationsLengthIsThatOfItsCharacters) {
+    EXPECT_TRUE(read("One;\xC3\x84\xC3\x84\nTwo;\xC3\x84-\xC3\x84\nThree;\xC3\x84"
+                     "BCDEFGHIJKL\n"
+                     "Four;\xC3\x84"
+                     "BCDEFGHIJKLM\n"));
+    EXPECT_THAT(texts(), ElementsAre("Two:\xC3\x84-\xC3\x84:special", "Three:\xC3\x84"
+                                                                      "BCDEFGHIJKL:special"));
+    EXPECT_THAT(log.errors(), ElementsAre("==> wrong regcode length '\xC3\x84\xC3\x84' in my.txt",
+                                          "==> wrong regcode length '\xC3\x84"
+                                          "BCDEFGHIJKLM' in my.txt"));
 }
 
 TEST_F(OwnRegcodes, withoutRegistrationsBehindTheTitleTheLineIsIgnored) {

@@ -30,6 +30,11 @@ std::string pathText(const fs::path& path) {
 }
 
 class RegistrationCodes : public testing::Test {
+public:
+    RegistrationCodes(const RegistrationCodes&) = delete;
+    RegistrationCodes& operator=(const RegistrationCodes&) = delete;
+    ~RegistrationCodes() override { reset(); }
+
 protected:
     RegistrationCodes() {
         reset();
@@ -37,7 +42,6 @@ protected:
         buildAirlineTables(
             {livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("KLM", "A320", "Three")});
     }
-    ~RegistrationCodes() override { reset(); }
 
     static void takeSections(const std::vector<LiveryView>& liveries) { gf_processInlineRegcodes(liveries); }
 
@@ -79,6 +83,15 @@ TEST_F(RegistrationCodes, theyAreReadAnewForEachScan) {
     gf_loadDontUseTitles();
     EXPECT_THAT(DontUseTitles, ElementsAre("Bad"));
     EXPECT_THAT(log.lines(), Not(Contains(testing::HasSubstr("read from AIG"))));
+}
+
+TEST_F(RegistrationCodes, whatAFormerScanComplainedOfIsNotReportedAgain) {
+    writeFile("input/my_regcodes/own.txt", std::string_view("\0", 1));
+    gf_loadDontUseTitles();
+    ASSERT_EQ(OfflineReport.size(), 1U);
+    giveOwn("Bad\n");
+    gf_loadDontUseTitles();
+    EXPECT_THAT(OfflineReport, IsEmpty());
 }
 
 TEST_F(RegistrationCodes, faultsOfTheFilesStandInTheNextReport) {
@@ -230,6 +243,53 @@ TEST_F(RegistrationCodes, faultyFilesOfTheUserAreShown) {
     EXPECT_THAT(offlineReport(), testing::HasSubstr(shownMessage()));
 }
 
+TEST_F(RegistrationCodes, aFolderThatCannotBeReadDoesNotCostTheRest) {
+    fs::remove_all("input");
+    writeFile("input/my_regcodes", "not a folder");
+    giveAig(R"(<livery title="One" reg="PH-ABC" special="true"/>)");
+    gf_processOfflineRegcodes();
+    const std::string folder = pathText("input/my_regcodes");
+    const std::string fault =
+        fmt::format("There were errors processing the regcode files in folder '{}', see Log.txt", folder);
+    EXPECT_EQ(offlineReport(), fmt::format("Processing file AIG-regcodes.xml\n"
+                                           "1 new regcode added, 1 regcode defined as special\n"
+                                           "Processing files in {}\n"
+                                           "{}\n"
+                                           "0 new regcodes added\n",
+                                           folder, fault));
+    EXPECT_EQ(shownMessage(), fault);
+    EXPECT_THAT(log.lines(), Contains(testing::StartsWith("Error reading regcode files in " + folder + ", what: ")));
+    EXPECT_TRUE(log.contains("1 special liveries"));
+    EXPECT_TRUE(log.contains("1 unique liveries"));
+}
+
+TEST_F(RegistrationCodes, aFolderThatCannotBeReadBarsNothingAndIsReported) {
+    fs::remove_all("input");
+    writeFile("input/my_regcodes", "not a folder");
+    giveAig(R"(<livery title="Bad"/>)");
+    gf_loadDontUseTitles();
+    const std::string folder = pathText("input/my_regcodes");
+    EXPECT_THAT(DontUseTitles, ElementsAre("Bad"));
+    EXPECT_THAT(OfflineReport,
+                ElementsAre(fmt::format("There were errors in processing the regcode files in folder '{}', see the "
+                                        "Log.txt",
+                                        folder)));
+    EXPECT_TRUE(log.contains(fmt::format("0 don't use titles read from files in {}", folder)));
+}
+
+TEST_F(RegistrationCodes, anAigFileThatOpensButDoesNotLoadIsReported) {
+    writeSealed("input/AIG-regcodes.enc", "<root>");
+    gf_loadDontUseTitles();
+    EXPECT_THAT(OfflineReport,
+                ElementsAre("There were errors in processing the file 'AIG-regcodes.xml', see the Log.txt"));
+    EXPECT_TRUE(log.contains("0 don't use titles read"));
+    OfflineReport.clear();
+    gf_processOfflineRegcodes();
+    EXPECT_EQ(offlineReport(), "Processing file AIG-regcodes.xml\n"
+                               "There were errors processing the AIG-regcode file 'AIG-regcodes.xml', see Log.txt\n"
+                               "0 new regcodes added\n");
+}
+
 TEST_F(RegistrationCodes, anEmptyFolderOrNoneIsSkippedAndTheOldReportGoes) {
     writeFile("output/info/OfflineRegcodes.txt", "of former times\n");
     gf_processOfflineRegcodes();
@@ -275,11 +335,34 @@ TEST_F(RegistrationCodes, whatCannotBeDoneIsTold) {
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One"))) << "the result so far stands";
 }
 
+TEST_F(RegistrationCodes, aReportThatCannotBeWrittenStandsInTheLogInstead) {
+    fs::create_directories("output/info/OfflineRegcodes.txt/inside");
+    giveOwn("One;PH-ABC\n");
+    gf_processOfflineRegcodes();
+    const std::string report = pathText("output/info/OfflineRegcodes.txt");
+    EXPECT_THAT(log.errors(), Contains(testing::StartsWith("==> Error writing file " + report + ": ")));
+    EXPECT_TRUE(log.contains("Processing files in " + pathText("input/my_regcodes")));
+    EXPECT_TRUE(log.contains("1 new regcode added, 1 regcode defined as special"));
+    EXPECT_THAT(log.lines(), Not(Contains(testing::HasSubstr("results can be found in"))));
+    EXPECT_TRUE(log.contains("1 unique liveries")) << "the step goes on to its end";
+    EXPECT_THAT(OfflineReport, IsEmpty());
+}
+
+TEST_F(RegistrationCodes, clashesWhoseFileCannotBeWrittenStandInTheLogInstead) {
+    fs::create_directories("output/errors/InlineRegcodes.txt");
+    takeSections({{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
+                  {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"}});
+    EXPECT_THAT(log.lines(), ElementsAre(testing::StartsWith("==> Error writing file " +
+                                                             pathText("output/errors/InlineRegcodes.txt") + ": "),
+                                         "PH-ABC 'Two' => already in use by 'One'"));
+}
+
 TEST_F(RegistrationCodes, clashesThatCannotBeWrittenAreTold) {
     writeFile("output", "not a folder");
     takeSections({{.airl = "KLM", .type = "A320", .title = "One", .atcid = "PH-ABC"},
                   {.airl = "KLM", .type = "A320", .title = "Two", .atcid = "PH-ABC"}});
-    EXPECT_THAT(log.errors(), ElementsAre(testing::StartsWith("==> exception: ")));
+    EXPECT_THAT(log.lines(),
+                ElementsAre(testing::StartsWith("==> exception: "), "PH-ABC 'Two' => already in use by 'One'"));
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
 }
 

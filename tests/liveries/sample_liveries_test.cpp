@@ -1,12 +1,16 @@
 // tests/liveries/sample_liveries_test.cpp
 // Whole trees of liveries: the sample of ours, with what must come of it, and the files of real installations.
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <regex>
 
+#include "liveries/livery_driver.h"
 #include "liveries/livery_file.h"
 #include "liveries/livery_scan.h"
+#include "liveries/livery_tables.h"
 #include "liveries/reference_data.h"
 #include "liveries/scan_state.h"
 #include "platform/files.h"
@@ -20,36 +24,43 @@ namespace {
 
 const fs::path startFolder = fs::current_path();
 
+// The reports, in the folder "output".
+constexpr const char* airlines = "errors/InvalidAirlineCodes.txt";
+constexpr const char* models = "errors/InvalidAircraftCodes.txt";
+constexpr const char* fixes = "errors/Fixes.txt";
+constexpr const char* files = "errors/InvalidAircraftCfgFiles.txt";
+constexpr const char* sections = "errors/IncompleFltsimSections.txt";
+constexpr const char* withoutSections = "info/AircraftCfgWithNoFltsimSection.txt";
+constexpr const char* corrections = "info/AirlineModelConversions.txt";
+constexpr const char* inlineRegcodes = "errors/InlineRegcodes.txt";
+
 class LiveryTrees : public ScanTest {
+public:
+    LiveryTrees(const LiveryTrees&) = delete;
+    LiveryTrees& operator=(const LiveryTrees&) = delete;
+    ~LiveryTrees() override { resetTables(); }
+
 protected:
     LiveryTrees() {
+        resetTables();
         resetReferenceTables();
         EXPECT_TRUE(lf_readReferenceXml(startFolder / "data/dbase.xml", [](std::string_view) {}));
     }
 
-    static std::vector<std::string> linesOf(const fs::path& file) {
-        std::vector<std::string> lines;
-        std::ifstream stream(file, std::ios::binary);
-        for (std::string line; std::getline(stream, line);) {
-            lines.push_back(line);
-        }
-        return lines;
-    }
-
-    /// The lines of each report that the scan wrote, by the name of its file.
-    static std::map<std::string, std::size_t> reportCounts() {
-        std::map<std::string, std::size_t> counts;
-        for (const char* folder : {"output/errors", "output/info"}) {
-            if (!fs::is_directory(folder)) {
-                continue;
-            }
-            for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-                counts[entry.path().filename().string()] = linesOf(entry.path()).size();
-            }
-        }
-        return counts;
+    static void resetTables() {
+        clearLiveryTables();
+        resetLiveryDriver();
     }
 };
+
+std::vector<std::string> linesOf(const fs::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream stream(file, std::ios::binary);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
 
 std::string withoutDate(std::string text) {
     const std::string begin = "name=\"date\" value=\"";
@@ -102,14 +113,72 @@ std::size_t headersIn(const std::vector<std::string>& lines) {
     }));
 }
 
+std::vector<std::string> linesOfReport(const char* report) {
+    return linesOf(fs::path("output") / report);
+}
+
 /// No code in front of " in " is one that is known.
 template <typename IsKnown>
 void expectUnknown(const char* report, IsKnown isKnown) {
-    std::ifstream stream(fs::path("output/errors") / report, std::ios::binary);
-    for (std::string line; std::getline(stream, line);) {
+    for (const std::string& line : linesOfReport(report)) {
         const std::string code = line.substr(0, line.find(" in real"));
         const std::size_t last = code.find_last_not_of(' ');
         EXPECT_FALSE(isKnown(code.substr(0, last == std::string::npos ? 0 : last + 1))) << line;
+    }
+}
+
+fs::path pathFrom(std::string text) {
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return platform::pathFromUtf8(text);
+}
+
+std::string pathTextIn(const std::string& line, const char* root) {
+    const std::size_t begin = line.find(root);
+    return line.substr(begin, line.find(".cfg", begin) + 4 - begin);
+}
+
+/// The number in "[fltsim.N]", however the line goes on; -1 where there is none.
+long numberOf(const std::string& line) {
+    const std::string begin = "[fltsim.";
+    const std::size_t at = line.find(begin);
+    return at == std::string::npos ? -1 : std::strtol(line.c_str() + at + begin.size(), nullptr, 10);
+}
+
+void expectReasonsOfFiles(const char* root) {
+    for (const std::string& line : linesOfReport(files)) {
+        const std::vector<std::string> lines = linesOf(pathFrom(pathTextIn(line, root)));
+        const bool hasModel = std::any_of(lines.begin(), lines.end(),
+                                          [](const std::string& one) { return !valueOf(one, "atc_model").empty(); });
+        const bool hasHighNumber =
+            std::any_of(lines.begin(), lines.end(), [](const std::string& one) { return numberOf(one) > 10000; });
+        EXPECT_TRUE(line.starts_with("Line atc_model= is missing") ? !hasModel : hasHighNumber) << line;
+    }
+}
+
+void expectReasonsOfFixes() {
+    const std::regex form("Model fix: (.*) found in .* changed into (.*)");
+    for (const std::string& line : linesOfReport(fixes)) {
+        std::smatch parts;
+        ASSERT_TRUE(std::regex_match(line, parts, form)) << line;
+        EXPECT_FALSE(gAllTypes.contains(parts[1].str())) << line;
+        ASSERT_TRUE(gFixes.contains(parts[1].str())) << line;
+        EXPECT_EQ(gFixes.find(parts[1].str())->second, parts[2].str()) << line;
+    }
+}
+
+/// What the data base knows of the registration is what the livery was changed into.
+void expectReasonsOfCorrections() {
+    const std::regex form("(.*) (\\S+) (cargo|airl|model) (\\S+) => (\\S+)");
+    for (const std::string& line : linesOfReport(corrections)) {
+        std::smatch parts;
+        ASSERT_TRUE(std::regex_match(line, parts, form)) << line;
+        const auto record = gf_findRegcodeRecord(parts[2].str());
+        ASSERT_TRUE(record) << line;
+        const std::string airline(record->opr.empty() ? record->airl : record->opr);
+        const std::map<std::string, std::string> known{
+            {"cargo", record->cargo ? "true" : "false"}, {"airl", airline}, {"model", std::string(record->type)}};
+        EXPECT_EQ(parts[5].str(), known.at(parts[3].str())) << line;
+        EXPECT_NE(parts[4].str(), parts[5].str()) << line;
     }
 }
 
@@ -117,9 +186,7 @@ void expectUnknown(const char* report, IsKnown isKnown) {
 bool isJustifiedDrop(const std::string& line, const std::list<Livery>& liveries) {
     static const std::string missing = " or related path does not exist: ";
     if (const std::size_t at = line.find(missing); at != std::string::npos) {
-        std::string path = line.substr(at + missing.size());
-        std::replace(path.begin(), path.end(), '\\', '/');
-        EXPECT_FALSE(fs::exists(path)) << line;
+        EXPECT_FALSE(fs::exists(pathFrom(line.substr(at + missing.size())))) << line;
         return true;
     }
     if (line.ends_with("' already exists")) {
@@ -145,43 +212,66 @@ TEST_F(LiveryTrees, theSampleGivesTheFileThatIsExpected) {
     EXPECT_EQ(withoutDate(readFile(scannedLiveriesFile)), withoutDate(expected));
 }
 
+/// The report in the folder "output", and a whole line of it or the end of one.
+struct Fault {
+    const char* report;
+    std::string text;
+};
+
+const std::string ofSections = "liveries\\faults\\sections\\aircraft.cfg";
+const std::string ofB744 = "liveries\\airliners\\B744\\aircraft.cfg";
+const std::string ofIvao = "liveries\\IVAO_MTL\\IVAO_B738w\\aircraft.cfg";
+
+const std::vector<Fault> sampleFaults{
+    // Both forms of files.
+    {airlines, "QQQ          in " + ofSections + " [fltsim.0]\n"},
+    {airlines, "QQQ          in " + ofIvao + " [fltsim.5]\n"},
+    {models, "NOSUCH           in liveries\\faults\\unknown_model\\aircraft.cfg\n"},
+    {models, "NOSUCH           in liveries\\IVAO_MTL\\IVAO_NOSUCH\\aircraft.cfg\n"},
+    {files, "liveries\\faults\\high_number\\aircraft.cfg contains a [fltsim.x] section with a number < 0 or > 10000\n"},
+    {withoutSections, "liveries\\faults\\no_sections\\aircraft.cfg\n"},
+    {inlineRegcodes,
+     "PH-TWG 'Sample second of one registration' => already in use by 'Sample first of one registration'\n"},
+    {corrections, " N149ARS cargo false => true\n"},
+    {corrections, " A7-BNB airl KLM => SAA\n"},
+    {corrections, " A7-BNB model A320 => B738\n"},
+    // Ordinary files alone.
+    {fixes, "Model fix: A320N found in liveries\\faults\\fixed_model\\aircraft.cfg changed into A20N\n"},
+    {files, "Line atc_model= is missing in [General] section of liveries\\faults\\no_model\\aircraft.cfg\n"},
+    {sections, ofSections + " [fltsim.1] icao_airline is missing, or it has invalid info \n"},
+    {sections, ofSections + " [fltsim.3] has more than one title key\n"},
+    {sections, ofSections + " [fltsim.4] has more than one atc_parking_codes key\n"},
+    {sections, ofSections + " [fltsim.5] has more than one atc_parking_types key\n"},
+    {sections, ofSections + ", [fltsim.6], has more than one atc_id key\n"},
+    {sections, ofSections + " [fltsim.9] or related path does not exist: liveries\\faults\\sections\\texture.LOST\n"},
+    {sections, ofSections + " [fltsim.10] or related path does not exist: liveries\\faults\\sections\\model.LOST\n"},
+    {sections, ofSections + " [fltsim.11] or related path does not exist: liveries\\faults\\sections\\LOST.air\n"},
+    {sections, ofSections + " [fltsim.12] misses title\n"},
+    {sections, "'" + ofB744 + "' 'Sample B744 nobody' has no airline and no regcode info\n"},
+    {sections, "'" + ofB744 + "' 'Sample B744 unknown' has no airline and regcode not in dbase\n"},
+    {sections, "\\aircraft.cfg [fltsim.0] title 'Sample in two files' already exists\n"},
+    // IVAO files alone.
+    {models, "                 in liveries\\IVAO_MTL\\IVAO_A320\\deep\\aircraft.cfg\n"},
+    {sections, ofIvao + " misses airlinecode in title: Sample B738 of nobody, and no regcode\n"},
+    {sections, ofIvao + " misses airlinecode in title: Sample B738 of nobody known, and regcode unknown XX-TWY\n"},
+    {sections, "liveries\\IVAO_MTL\\IVAO_B738w\\texture.LOST [fltsim.6] does not exist\n"},
+    {sections, ofIvao + " [fltsim.7] has more than one atc_parking_types key\n"},
+    {sections, ofIvao + " [fltsim.8] misses title\n"},
+    {sections, ofIvao + " title already exists: B738 AFR Sample\n"},
+    {sections, ofIvao + " [fltsim.10] has more than one title key\n"},
+    {sections, ofIvao + ", [fltsim.11], has more than one atc_id key\n"},
+};
+
 TEST_F(LiveryTrees, theSampleHasEachFaultThatAReportKnows) {
     fs::copy(startFolder / "data/liveries", "liveries", fs::copy_options::recursive);
     EXPECT_TRUE(lf_scanFolders({"liveries"}));
-    std::string reports;
-    for (const auto& [name, count] : reportCounts()) {
-        reports +=
-            readFile((fs::exists(fs::path("output/errors") / name) ? "output/errors" : "output/info") / fs::path(name));
+    gf_processScannedLiveries(); // its report is that of the registrations
+    for (const Fault& fault : sampleFaults) {
+        EXPECT_THAT(readFile(fs::path("output") / fault.report), HasSubstr(fault.text)) << fault.report;
     }
-    for (const char* fault : {
-             "QQQ          in liveries\\faults\\sections\\aircraft.cfg [fltsim.0]\n",
-             "NOSUCH           in liveries\\faults\\unknown_model\\aircraft.cfg\n",
-             "                 in liveries\\IVAO_MTL\\IVAO_A320\\deep\\aircraft.cfg\n",
-             "Model fix: A320N found in ",
-             "Line atc_model= is missing in [General] section of ",
-             " contains a [fltsim.x] section with a number < 0 or > 10000\n",
-             " has more than one title key\n",
-             " has more than one atc_parking_codes key\n",
-             " has more than one atc_parking_types key\n",
-             ", has more than one atc_id key\n",
-             " icao_airline is missing, or it has invalid info \n",
-             " or related path does not exist: liveries\\faults\\sections\\texture.LOST\n",
-             " or related path does not exist: liveries\\faults\\sections\\model.LOST\n",
-             " or related path does not exist: liveries\\faults\\sections\\LOST.air\n",
-             "\\texture.LOST [fltsim.6] does not exist\n",
-             " misses title\n",
-             "' has no airline and no regcode info\n",
-             "' has no airline and regcode not in dbase\n",
-             " title 'Sample in two files' already exists\n",
-             " misses airlinecode in title: Sample B738 of nobody, and no regcode\n",
-             ", and regcode unknown XX-TWY\n",
-             "liveries\\faults\\no_sections\\aircraft.cfg\n",
-             " N149ARS cargo false => true\n",
-             " A7-BNB airl KLM => SAA\n",
-             " A7-BNB model A320 => B738\n",
-         }) {
-        EXPECT_THAT(reports, HasSubstr(fault));
-    }
+    expectReasonsOfFiles("liveries\\");
+    expectReasonsOfFixes();
+    expectReasonsOfCorrections();
     EXPECT_THAT(log_.lines(),
                 testing::Contains("! No text encoding detected for liveries\\faults\\no_text\\aircraft.cfg"));
     EXPECT_THAT(log_.errors(), testing::Contains("==> fltsim num 99999999999 incorrect"));
@@ -206,27 +296,32 @@ TEST_F(LiveryTrees, ofRealFilesEachRefusalHasItsReason) {
     EXPECT_TRUE(lf_scanFolders({"real"}));
     const std::list<Livery> liveries = readLiveries();
     std::cout << headers.size() << " files, " << liveries.size() << " liveries\n";
-    for (const auto& [name, count] : reportCounts()) {
-        std::cout << count << " lines in " << name << '\n';
+    for (const char* report : {airlines, models, fixes, files, sections, withoutSections, corrections}) {
+        std::cout << linesOfReport(report).size() << " lines in " << report << '\n';
     }
 
-    expectUnknown("InvalidAirlineCodes.txt", [](const std::string& code) { return gf_isIcaoAirline(code); });
-    expectUnknown("InvalidAircraftCodes.txt",
-                  [](const std::string& code) { return gAllTypes.contains(code) || gFixes.contains(code); });
+    expectUnknown(airlines, [](const std::string& code) { return gf_isIcaoAirline(code); });
+    expectUnknown(models, [](const std::string& code) { return gAllTypes.contains(code) || gFixes.contains(code); });
+    expectReasonsOfFiles("real\\");
+    expectReasonsOfFixes();
+    expectReasonsOfCorrections();
+    for (const std::string& line : linesOfReport(withoutSections)) {
+        EXPECT_EQ(headers.at(line), 0U) << line;
+    }
     std::size_t refused = 0;
-    for (const char* name : {"InvalidAircraftCodes.txt", "InvalidAircraftCfgFiles.txt"}) {
-        for (const std::string& line : linesOf(fs::path("output/errors") / name)) {
-            refused += headers[line.substr(line.find("real\\"))];
+    for (const char* report : {models, files}) {
+        for (const std::string& line : linesOfReport(report)) {
+            refused += headers.at(pathTextIn(line, "real\\"));
         }
     }
-    for (const std::string& line : linesOf("output/errors/IncompleFltsimSections.txt")) {
+    for (const std::string& line : linesOfReport(sections)) {
         refused += isJustifiedDrop(line, liveries) ? 1 : 0;
     }
-    std::size_t sections = 0;
+    std::size_t all = 0;
     for (const auto& [path, count] : headers) {
-        sections += count;
+        all += count;
     }
-    std::cout << sections << " sections, of which refused " << refused << '\n';
-    EXPECT_EQ(liveries.size() + refused, sections);
+    std::cout << all << " sections, of which refused " << refused << '\n';
+    EXPECT_EQ(liveries.size() + refused, all);
     EXPECT_GT(liveries.size(), 100);
 }

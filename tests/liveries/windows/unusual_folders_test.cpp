@@ -1,0 +1,95 @@
+// What only a machine with such names and locks can show.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <windows.h>
+
+#include "liveries/folder_walk.h"
+#include "liveries/regcode_files.h"
+#include "tests/liveries/scan_test.h"
+
+namespace fs = std::filesystem;
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+namespace {
+
+/// A file or a folder that nobody else may open while this lives.
+class Closed {
+public:
+    explicit Closed(const fs::path& path)
+        : handle_(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS,
+                              nullptr)) {}
+    ~Closed() { CloseHandle(handle_); }
+    Closed(const Closed&) = delete;
+    Closed& operator=(const Closed&) = delete;
+
+private:
+    HANDLE handle_;
+};
+
+class UnusualFolders : public ScanTest {
+protected:
+    static fs::path makeLivery(const fs::path& folder, const std::string& title) {
+        return makeAircraft(folder, general("A320") + section(0, "title=" + title + "\natc_parking_codes=KLM"));
+    }
+};
+
+TEST_F(UnusualFolders, aNameThatIsNoTextIsReadAllTheSame) {
+    const fs::path folder = fs::path("x") / (std::wstring(L"ac") + wchar_t{0xD800});
+    std::error_code refused;
+    fs::create_directories(folder, refused);
+    if (refused) {
+        GTEST_SKIP() << "this machine has no such names";
+    }
+    makeLivery(folder, "One");
+    std::vector<std::string> files;
+    walkFolder(
+        "x", [](std::string_view) { return true; },
+        [&files](const ScannedFile& file) {
+            files.push_back(file.text);
+            return true;
+        });
+    EXPECT_THAT(files, ElementsAre("x\\ac\xEF\xBF\xBD\\aircraft.cfg"));
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("One"));
+}
+
+TEST_F(UnusualFolders, aFileThatIsClosedToTheUserCostsItself) {
+    const Closed file(makeLivery("x/1", "Closed"));
+    makeLivery("x/2", "Open");
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Open"));
+    EXPECT_THAT(log_.lines(), Contains("! No text encoding detected for x\\1\\aircraft.cfg"));
+}
+
+TEST_F(UnusualFolders, aFolderThatIsClosedToTheUserCostsItself) {
+    makeLivery("x/1", "Closed");
+    makeLivery("x/2", "Open");
+    const Closed folder("x/1");
+    WIN32_FIND_DATAW found{};
+    if (HANDLE search = FindFirstFileW(L"x\\1\\*", &found); search != INVALID_HANDLE_VALUE) {
+        FindClose(search);
+        GTEST_SKIP() << "this machine closes no folder to others";
+    }
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Open"));
+}
+
+TEST_F(UnusualFolders, aFileOfRegistrationsThatIsClosedToTheUserIsNamed) {
+    writeFile("own/a.txt", "One\n");
+    writeFile("own/b.txt", "Two\n");
+    const Closed file("own/a.txt");
+    std::vector<RegEntry> entries;
+    EXPECT_FALSE(lf_readRegcodeFiles("own", entries));
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries[0].title, "Two");
+    EXPECT_THAT(log_.errors(), ElementsAre(StartsWith("==> Read failed for 'own\\a.txt': ")));
+}
+
+} // namespace
