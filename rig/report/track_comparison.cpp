@@ -15,7 +15,6 @@ constexpr double lostSeconds = 60;
 /// What comes in the very moment in which it is needed comes too late.
 constexpr double tooLateSeconds = 1;
 constexpr double reachedMetres = 15;
-constexpr std::size_t reachLegs = 12;
 constexpr double movingLegMetresPerSecond = 3 * metersPerNm / 3600;
 
 } // namespace
@@ -76,7 +75,7 @@ void TrackComparison::follow(const NearestOnLine& place, const LatLon& at) {
 
 /// Of the known legs alone: a track may cross itself where nobody knows it yet.
 bool TrackComparison::hasPassedLastKnown(const NearestOnLine& place, const LatLon& at) const {
-    const std::size_t first = place.leg < reachLegs ? 0 : place.leg - reachLegs;
+    const std::size_t first = place.leg < CrossTrack::reach ? 0 : place.leg - CrossTrack::reach;
     if (known_ <= first) {
         return known_ > 0;
     }
