@@ -24,6 +24,8 @@ struct NearestOnLine {
 /// flown; the first one is looked for along the whole line.
 class CrossTrack {
 public:
+    static constexpr std::size_t reach = 12; ///< legs before and after
+
     explicit CrossTrack(const std::vector<LatLon>& points) {
         for (std::size_t i = 0; i + 1 < points.size(); ++i) {
             legs_.push_back(legBetween(points[i], points[i + 1]));
@@ -62,8 +64,6 @@ public:
     double metres(const LatLon& position) { return nearest(position).metres; }
 
 private:
-    static constexpr std::size_t reach = 12;
-
     /// Metres east and north of its first point.
     struct Leg {
         LatLon from;

@@ -14,6 +14,10 @@ void RateFigures::add(const RateFigures& other) {
 void StateFigures::add(const StateFigures& other) {
     seconds += other.seconds;
     crossTrack.add(other.crossTrack);
+    crossTrackWithoutSamples.add(other.crossTrackWithoutSamples);
+    crossTrackOnWayBack.add(other.crossTrackOnWayBack);
+    withoutSamples += other.withoutSamples;
+    onWayBack += other.onWayBack;
     alongTrack.add(other.alongTrack);
     fromTruth.add(other.fromTruth);
     fromHeldOut.add(other.fromHeldOut);
@@ -29,6 +33,15 @@ void StateFigures::add(const StateFigures& other) {
     belowGround += other.belowGround;
     floating += other.floating;
     overlapping += other.overlapping;
+}
+
+Distribution& StateFigures::crossTrackOf(Course course) {
+    switch (course) {
+    case Course::withoutSamples: return crossTrackWithoutSamples;
+    case Course::wayBack: return crossTrackOnWayBack;
+    case Course::onTrack: break;
+    }
+    return crossTrack;
 }
 
 } // namespace rig
