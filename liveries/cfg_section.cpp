@@ -97,7 +97,7 @@ bool takeAirline(Section& section, std::string_view parkingCodes) {
 }
 
 bool isValidRegistration(std::string_view token) {
-    return !token.empty() && token != " " && token.size() <= longestRegistration &&
+    return !token.empty() && token != " " && utf8Length(token) <= longestRegistration &&
            token.find('*') == std::string_view::npos;
 }
 

@@ -292,6 +292,8 @@ TEST_F(AircraftCfg, anInvalidRegistrationIsLoggedAndLeftOut) {
         EXPECT_EQ(searchSection("title=" + title + "\natc_parking_codes=KLM\natc_id=" + id).front().atcid, "") << id;
     }
     EXPECT_EQ(searchSection("title=12\natc_parking_codes=KLM\natc_id=ABCDEFGHIJKL").front().atcid, "ABCDEFGHIJKL");
+    EXPECT_EQ(searchSection("title=letters\natc_parking_codes=KLM\natc_id=\u00C4BCDEFGHIJKL").front().atcid,
+              "\u00C4BCDEFGHIJKL");
     EXPECT_THAT(log_.lines(),
                 ElementsAre("invalid atc_id=PH-* in: ac\\aircraft.cfg", "invalid atc_id=PH-ABC, in: ac\\aircraft.cfg",
                             "invalid atc_id=PH-ABC, in: ac\\aircraft.cfg",

@@ -9,6 +9,7 @@
 
 #include "liveries/folder_walk.h"
 #include "liveries/regcode_files.h"
+#include "platform/files.h"
 #include "tests/liveries/scan_test.h"
 
 namespace fs = std::filesystem;
@@ -42,6 +43,7 @@ protected:
 
 TEST_F(UnusualFolders, aNameThatIsNoTextIsReadAllTheSame) {
     const fs::path folder = fs::path("x") / (std::wstring(L"ac") + wchar_t{0xD800});
+    EXPECT_EQ(platform::utf8FromPath(folder.filename()), "ac\xEF\xBF\xBD");
     std::error_code refused;
     fs::create_directories(folder, refused);
     if (refused) {
