@@ -2,6 +2,7 @@
 #include "engine/air_increments.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/geography.h"
 #include "engine/airport_in_use.h"
@@ -39,6 +40,8 @@ constexpr double steepestDescentFpm = -3000;
 // Heading.
 constexpr double trueHeadingFeet = 1000; ///< above ground; below it the reported heading counts
 constexpr double trueHeadingLandingFeet = 2000;
+constexpr double mostBeyondBend = 20 * radiansPerDegree; ///< the noise that a reported track may add to a bend
+constexpr double mostBeyondWay = 60 * radiansPerDegree;
 
 constexpr double lowAltitudeFeet = 10000;
 constexpr std::int32_t cruiseThrottle = 3;
@@ -164,15 +167,30 @@ bool goesByReportedHeading(const LiveAircraft& aircraft) {
     return to.hasHeading != 0 && to.roll && to.heading && aircraft.altAboveGround < below;
 }
 
+/// Where the aircraft heads at the end of a leg that no other is known to follow. In a turn the reported track lies as
+/// far beyond the way as the way beyond the heading so far; whatever else a track says of the way is an error of one of
+/// the two, and the way counts. So does it where the leg is made up, as its track is.
+double headingBehindLastLeg(const LiveAircraft& aircraft) {
+    const Sample& to = aircraft.stream[1];
+    const double way = aircraft.targetHeading;
+    if (to.track == 0 || aircraft.extensions > 0) {
+        return way;
+    }
+    const double bend = headingDifference(way, aircraft.heading);
+    const double beyond = headingDifference(to.track * radiansPerDegree, way);
+    const bool turnsOn =
+        bend * beyond > 0 && std::abs(beyond) <= std::min(std::abs(bend) + mostBeyondBend, mostBeyondWay);
+    return turnsOn ? way + beyond : way;
+}
+
 /// On the way to element 1 the aircraft turns to where the leg after it leads. A feed with more than some fifteen
-/// seconds from sample to sample hardly ever tells that leg in time: then the aircraft turns into the present one, or
-/// it would keep the heading of its birth and fly sideways and backwards.
+/// seconds from sample to sample hardly ever tells that leg in time: then the aircraft turns into the present one and
+/// on with it, or it would keep the heading of its birth and fly sideways and backwards.
 double turnAhead(const LiveAircraft& aircraft) {
     const SampleStream& stream = aircraft.stream;
-    if (stream.size() < 3) {
-        return headingDifference(aircraft.targetHeading, aircraft.heading);
-    }
-    return headingDifference(bearing(positionOf(stream[1]), positionOf(stream[2])), aircraft.heading);
+    const double ahead =
+        stream.size() < 3 ? headingBehindLastLeg(aircraft) : bearing(positionOf(stream[1]), positionOf(stream[2]));
+    return headingDifference(ahead, aircraft.heading);
 }
 
 double turnOfLeg(const LiveAircraft& aircraft) {

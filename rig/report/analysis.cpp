@@ -299,6 +299,17 @@ void collectDetails(std::istream& trace, Analysis& analysis) {
     }
 }
 
+/// A line that is out of range, or on the ground where nobody wants it, is none for the program.
+void markTaken(FeedTracks& tracks, const FeedInRange& inRange) {
+    for (auto& [hexid, aircraft] : tracks) {
+        const auto taken = inRange.takenAt.find(hexid);
+        for (FeedPoint& point : aircraft.points) {
+            point.isTaken = taken != inRange.takenAt.end() &&
+                            std::binary_search(taken->second.begin(), taken->second.end(), point.seconds);
+        }
+    }
+}
+
 double beginOf(const FeedTracks& tracks) {
     double begin = 0;
     bool isFirst = true;
@@ -322,13 +333,14 @@ Analysis analyse(const AnalysisInputs& inputs) {
     rewind(inputs.trace);
     analysis.survey = surveyTrace(inputs.trace, analysis.tracks, feedBegin, inputs.feedStart);
     analysis.knowsGround = inputs.ground != nullptr && inputs.titles != nullptr;
-    Measurement measurement(inputs, analysis);
-    readAll(inputs.trace, measurement);
-    measurement.finish();
     if (inputs.recording != nullptr) {
         analysis.inRange = feedInRange(*inputs.recording, analysis.tracks, analysis.survey, LogReasons(inputs.log),
                                        {inputs.radiusNm, inputs.takesGroundTraffic});
+        markTaken(analysis.tracks, analysis.inRange);
     }
+    Measurement measurement(inputs, analysis);
+    readAll(inputs.trace, measurement);
+    measurement.finish();
     sumUp(analysis);
     findFirstSights(analysis);
     collectDetails(inputs.trace, analysis);

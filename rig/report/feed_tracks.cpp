@@ -42,6 +42,14 @@ void fill(std::string& stored, std::string_view told) {
     }
 }
 
+/// Of several the first one that is known, for the program leaves out the lines with another one.
+void takeType(std::string& stored, std::string_view told) {
+    const auto isKnown = [](std::string_view type) { return gAllTypes.contains(type); };
+    if (stored.empty() || (!isKnown(stored) && isKnown(told))) {
+        stored = told;
+    }
+}
+
 void takeName(FeedAircraft& aircraft, std::string_view name) {
     if (!name.empty()) {
         aircraft.names.emplace(name);
@@ -94,7 +102,7 @@ private:
         takeName(aircraft, registration);
         fill(aircraft.callsign, callsign);
         fill(aircraft.registration, registration);
-        fill(aircraft.type, typeFrom(fields_[traffic_field::type]));
+        takeType(aircraft.type, typeFrom(fields_[traffic_field::type]));
         if (fields_.size() > traffic_field::category) {
             fill(aircraft.emitter, fields_[traffic_field::category]);
         }

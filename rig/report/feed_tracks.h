@@ -20,7 +20,8 @@ struct FeedPoint {
     double seconds = 0; ///< since 1970, when it was received; of the truth, when it was so
     LatLon at;
     bool onGround = false;
-    double altFeet = 0; ///< as delivered
+    double altFeet = 0;  ///< as delivered
+    bool isTaken = true; ///< false: the program's reader leaves it out
 };
 
 struct FeedAircraft {

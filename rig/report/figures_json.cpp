@@ -75,6 +75,10 @@ json stateOf(const StateFigures& figures, bool knowsGround) {
     const auto height = [knowsGround](double seconds) { return knowsGround ? numberOf(seconds, 2) : json(nullptr); };
     return {{"seconds", numberOf(figures.seconds, 2)},
             {"cross_track_m", spreadOf(figures.crossTrack)},
+            {"without_samples_s", numberOf(figures.withoutSamples, 2)},
+            {"without_samples_m", spreadOf(figures.crossTrackWithoutSamples)},
+            {"way_back_s", numberOf(figures.onWayBack, 2)},
+            {"way_back_m", spreadOf(figures.crossTrackOnWayBack)},
             {"along_track_s", signedSpreadOf(figures.alongTrack)},
             {"from_truth_m", spreadOf(figures.fromTruth)},
             {"from_held_out_m", spreadOf(figures.fromHeldOut)},

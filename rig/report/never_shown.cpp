@@ -124,6 +124,7 @@ namespace {
 struct Heard {
     std::optional<double> firstTaken;
     std::optional<double> firstInRange;
+    std::vector<double> takenAt;   ///< seconds since 1970
     const char* dropped = nullptr; ///< why, of the last line that was not taken
 };
 
@@ -162,7 +163,10 @@ std::map<std::uint32_t, Heard> hear(const Recording& recording, const Survey& su
         }
         if (!isTaken) {
             one.dropped = dropped;
-        } else if (!one.firstTaken) {
+            continue;
+        }
+        one.takenAt.push_back(row.due);
+        if (!one.firstTaken) {
             one.firstTaken = seconds;
         }
     }
@@ -195,9 +199,10 @@ FeedInRange feedInRange(const Recording& recording, const FeedTracks& tracks, co
         }
     }
     FeedInRange result;
-    for (const auto& [hexid, heard] : hear(recording, survey, reach)) {
+    for (auto& [hexid, heard] : hear(recording, survey, reach)) {
         if (heard.firstTaken) {
             result.firstSample[hexid] = *heard.firstTaken;
+            result.takenAt[hexid] = std::move(heard.takenAt);
         }
         const double first = heard.firstTaken.value_or(heard.firstInRange.value_or(0));
         const auto aircraft = tracks.find(hexid);

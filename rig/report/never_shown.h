@@ -25,6 +25,8 @@ struct NeverShown {
 struct FeedInRange {
     /// When the first line that the program takes came of each, by identity; seconds since the begin of the trace.
     std::map<std::uint32_t, double> firstSample;
+    /// When each of them came, seconds since 1970, rising.
+    std::map<std::uint32_t, std::vector<double>> takenAt;
     std::vector<NeverShown> neverShown;
 };
 

@@ -14,6 +14,10 @@ void RateFigures::add(const RateFigures& other) {
 void StateFigures::add(const StateFigures& other) {
     seconds += other.seconds;
     crossTrack.add(other.crossTrack);
+    crossTrackWithoutSamples.add(other.crossTrackWithoutSamples);
+    crossTrackOnWayBack.add(other.crossTrackOnWayBack);
+    withoutSamples += other.withoutSamples;
+    onWayBack += other.onWayBack;
     alongTrack.add(other.alongTrack);
     fromTruth.add(other.fromTruth);
     fromHeldOut.add(other.fromHeldOut);
@@ -36,11 +40,21 @@ void StateFigures::add(const StateFigures& other) {
 
 std::uint64_t StateFigures::allUnsound() const {
     std::uint64_t sum = unsoundValues;
-    for (const Distribution* values : {&crossTrack, &alongTrack, &fromTruth, &fromHeldOut, &headingRate.values,
-                                       &pitchRate.values, &bankRate.values, &bank.values}) {
+    for (const Distribution* values :
+         {&crossTrack, &crossTrackWithoutSamples, &crossTrackOnWayBack, &alongTrack, &fromTruth, &fromHeldOut,
+          &headingRate.values, &pitchRate.values, &bankRate.values, &bank.values}) {
         sum += values->noNumbers();
     }
     return sum;
+}
+
+Distribution& StateFigures::crossTrackOf(Course course) {
+    switch (course) {
+    case Course::withoutSamples: return crossTrackWithoutSamples;
+    case Course::wayBack: return crossTrackOnWayBack;
+    case Course::onTrack: break;
+    }
+    return crossTrack;
 }
 
 } // namespace rig

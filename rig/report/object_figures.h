@@ -10,6 +10,7 @@
 #include "engine/aircraft_category.h"
 #include "rig/report/distribution.h"
 #include "rig/report/feed_tracks.h"
+#include "rig/report/track_comparison.h"
 
 namespace rig {
 
@@ -25,7 +26,11 @@ struct RateFigures {
 /// In the air, or on the ground. Times in seconds, distances in metres.
 struct StateFigures {
     double seconds = 0;
-    Distribution crossTrack;
+    Distribution crossTrack; ///< on the way to a sample
+    Distribution crossTrackWithoutSamples;
+    Distribution crossTrackOnWayBack;
+    double withoutSamples = 0; ///< how long, compared or not
+    double onWayBack = 0;
     Distribution alongTrack; ///< seconds, positive ahead
     Distribution fromTruth;
     Distribution fromHeldOut;
@@ -48,6 +53,7 @@ struct StateFigures {
     void add(const StateFigures& other);
     /// unsoundValues, and what else was no number when it was measured.
     std::uint64_t allUnsound() const;
+    Distribution& crossTrackOf(Course course);
 };
 
 struct Touchdown {

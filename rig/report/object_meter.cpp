@@ -44,11 +44,6 @@ constexpr double slowestFlightKnots = 40;
 /// A bounce is no touchdown of its own.
 constexpr double shortestFlightSeconds = 3;
 
-constexpr double movingLegMetresPerSecond = 3 * metresPerSecondPerKnot;
-/// Farther from its track than this, or from its time there, an aircraft is looked for anew.
-constexpr double lostMetres = 2000;
-constexpr double lostSeconds = 60;
-
 // Beyond these no aircraft is: below the Dead Sea, above all but rockets, faster than any fighter climbs or flies. An
 // aircraft that is pushed back has a negative speed.
 constexpr double lowestFeet = -1500;
@@ -112,7 +107,7 @@ ObjectMeter::ObjectMeter(ObjectFacts facts, FeedClock clock) : facts_(std::move(
     limits_[2] = {MomentKind::bankRate, limits.maxBankRateDeg * slotsPerSecond, false, {}};
     limits_[3] = {MomentKind::bank, limits.maxBankDeg, false, {}};
     if (facts_.feed != nullptr && facts_.feed->points.size() >= 2) {
-        track_.emplace(facts_.feed->line());
+        track_.emplace(*facts_.feed, clock_);
     }
 }
 
@@ -340,32 +335,20 @@ void ObjectMeter::compare(const Frame& frame, Moments& moments) {
 }
 
 void ObjectMeter::compareWithTrack(const Frame& frame, Moments& moments) {
-    const std::vector<FeedPoint>& points = facts_.feed->points;
-    const double delayed = clock_.delayed(frame.seconds);
-    const auto timeOf = [&points](const NearestOnLine& place) {
-        return points[place.leg].seconds + place.share * (points[place.leg + 1].seconds - points[place.leg].seconds);
-    };
-    if (isNew_) {
-        track_->lookNear(facts_.feed->indexAt(delayed));
-    }
-    NearestOnLine nearest = track_->nearest(frame.position.place());
-    if (nearest.metres > lostMetres || std::abs(timeOf(nearest) - delayed) > lostSeconds) {
-        track_->lookNear(facts_.feed->indexAt(delayed));
-        nearest = track_->nearest(frame.position.place());
-    }
-    const FeedPoint& a = points[nearest.leg];
-    const FeedPoint& b = points[nearest.leg + 1];
-    const double legSeconds = b.seconds - a.seconds;
-    const double legMetres = greatCircleNm(a.at, b.at) * metersPerNm;
-    const bool isMadeUp = nearest.isBeyondEnd || (legSeconds > longestLegSeconds && a.at != b.at);
-    tell(crossTrackEpisode_, MomentKind::crossTrack, !isMadeUp && nearest.metres > usualCrossTrackMetres,
-         nearest.metres, usualCrossTrackMetres, frame, moments);
-    if (isMadeUp) {
+    const TrackPlace place = track_->take(frame.seconds, frame.position.place());
+    const double since = isNew_ ? 0 : frame.seconds - comparedBefore_;
+    comparedBefore_ = frame.seconds;
+    StateFigures& here = state();
+    here.withoutSamples += place.course == Course::withoutSamples ? since : 0;
+    here.onWayBack += place.course == Course::wayBack ? since : 0;
+    tell(crossTrackEpisode_, MomentKind::crossTrack, place.isOnLeg && place.metres > usualCrossTrackMetres,
+         place.metres, usualCrossTrackMetres, frame, moments);
+    if (!place.isOnLeg) {
         return;
     }
-    state().crossTrack.add(nearest.metres);
-    if (legSeconds > 0 && legMetres / legSeconds > movingLegMetresPerSecond) {
-        state().alongTrack.add(timeOf(nearest) - delayed);
+    here.crossTrackOf(place.course).add(place.metres);
+    if (place.moves) {
+        here.alongTrack.add(place.feedSeconds - clock_.delayed(frame.seconds));
     }
 }
 

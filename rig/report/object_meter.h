@@ -9,16 +9,13 @@
 #include <memory>
 #include <optional>
 
-#include "rig/report/cross_track.h"
 #include "rig/report/moments.h"
 #include "rig/report/object_figures.h"
 #include "rig/report/series.h"
+#include "rig/report/track_comparison.h"
 #include "rig/world/world_object.h"
 
 namespace rig {
-
-/// The simulator shows what the feed told so long ago.
-inline constexpr double feedDelaySeconds = 30;
 
 /// A step of more than three times the speed is a jump, but for one below 5 m.
 inline constexpr double jumpShare = 3;
@@ -28,16 +25,6 @@ inline constexpr double shortestJumpMetres = 5;
 int unsoundValuesOf(const Position& position);
 /// Whether all of them are numbers.
 bool isFinite(const Position& position);
-
-/// Connects the times of trace and feed.
-struct FeedClock {
-    double feedAtBegin = 0; ///< seconds since 1970 at the begin of the trace
-
-    /// What the feed told at this time is due in the trace at `traceSeconds`.
-    double delayed(double traceSeconds) const { return feedAtBegin + traceSeconds - feedDelaySeconds; }
-    double dueInTrace(double feedSeconds) const { return feedSeconds - feedAtBegin + feedDelaySeconds; }
-    double receivedInTrace(double feedSeconds) const { return feedSeconds - feedAtBegin; }
-};
 
 class ObjectMeter {
 public:
@@ -112,8 +99,9 @@ private:
     double belowFeet_ = 0;
     double floatingFeet_ = 0;
     double lastCompared_ = -1;
+    double comparedBefore_ = 0;
     bool feedOnGround_ = false;
-    std::optional<CrossTrack> track_;
+    std::optional<TrackComparison> track_;
     std::size_t nextHeldOut_ = 0;
     double stoodAt_ = 0;
     bool isPushed_ = false;

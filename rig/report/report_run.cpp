@@ -89,6 +89,13 @@ void write(const path& file, const std::string& text, std::ostream& out) {
     out << fmt::format("{}\n", name);
 }
 
+void printAstray(const char* name, double seconds, const Distribution& metres, std::ostream& out) {
+    if (metres.count() > 0) {
+        out << fmt::format("    {} {:.0f} s, beside the track median {:.1f} m, 95th {:.1f} m, worst {:.1f} m\n", name,
+                           seconds, metres.atShare(0.5), metres.atShare(0.95), metres.worst());
+    }
+}
+
 void printState(const char* name, const StateFigures& figures, std::ostream& out) {
     if (figures.seconds == 0) {
         return;
@@ -103,6 +110,8 @@ void printState(const char* name, const StateFigures& figures, std::ostream& out
             figures.crossTrack.atShare(0.5), figures.crossTrack.atShare(0.95), figures.crossTrack.worst(),
             figures.alongTrack.atShare(0.95));
     }
+    printAstray("without samples ahead", figures.withoutSamples, figures.crossTrackWithoutSamples, out);
+    printAstray("on the way back", figures.onWayBack, figures.crossTrackOnWayBack, out);
 }
 
 void printFigures(const Analysis& analysis, std::ostream& out) {

@@ -35,8 +35,8 @@ constexpr std::string_view pipePrefix = "\\\\.\\pipe\\";
 constexpr auto terminalRefresh = 500ms;
 constexpr auto plainRefresh = 5s;
 constexpr auto mapRefresh = 200ms;
-/// A computer that slept does not catch up on its frames.
-constexpr auto mostLateness = 1s;
+/// A computer that slept does not catch up on its world.
+constexpr double longestFrameSeconds = 1;
 /// For the last records of a simulator that has quit.
 constexpr int framesAfterQuit = 10;
 
@@ -206,13 +206,20 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
     const auto refresh = outIsTerminal ? duration_cast<platform::SteadyTime::duration>(terminalRefresh)
                                        : duration_cast<platform::SteadyTime::duration>(plainRefresh);
     FrameRateMeter meter;
+    const auto framePeriod = [&world] {
+        return duration_cast<platform::SteadyTime::duration>(duration<double>(1 / world.framesPerSecond()));
+    };
+    platform::SteadyTime lastFrame = begin - framePeriod();
     platform::SteadyTime nextFrame = begin;
     platform::SteadyTime nextLine = begin + refresh;
     const auto isTimeUp = [&](platform::SteadyTime now) {
         return options.seconds && now - begin >= duration<double>(*options.seconds);
     };
     while (!world.hasQuit() && !platform::stopRequested() && !isTimeUp(platform::steadyNow())) {
-        server.frame(options.speed / world.framesPerSecond());
+        // A frame that comes late is a long one: what moves goes on meanwhile, and the trace tells by its times how fast.
+        const platform::SteadyTime frame = platform::steadyNow();
+        server.frame(options.speed * std::min(duration<double>(frame - lastFrame).count(), longestFrameSeconds));
+        lastFrame = frame;
         meter.count();
         const platform::SteadyTime now = platform::steadyNow();
         map.show(world, now);
@@ -221,14 +228,13 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
             trace.flush();
             nextLine = now + refresh;
         }
-        nextFrame += duration_cast<platform::SteadyTime::duration>(duration<double>(1 / world.framesPerSecond()));
-        nextFrame = std::max(nextFrame, now - mostLateness);
+        nextFrame += framePeriod();
+        nextFrame = std::max(nextFrame, now);
         platform::sleepFor(nextFrame - now);
     }
     for (int i = 0; i < framesAfterQuit && world.hasQuit(); ++i) {
         server.frame(0);
-        platform::sleepFor(
-            duration_cast<platform::SteadyTime::duration>(duration<double>(1 / world.framesPerSecond())));
+        platform::sleepFor(framePeriod());
     }
     display.say(statusLine(world, world.framesPerSecond()));
     display.say(fmt::format("end: {}", endText(world)));

@@ -260,6 +260,40 @@ TEST_F(AirIncrements, whileTheLegAfterTheNextIsNotKnownItTurnsIntoThePresentOne)
     EXPECT_EQ(replan().dHeading, 0);
 }
 
+/// A leg to the north-east, and the heading at its end, degrees.
+class LastKnownLeg : public AirIncrements {
+protected:
+    double headingAtEnd(double headingDeg, double trackDeg, std::int32_t extensions = 0) {
+        Sample target = airSample(1, 1, 1000);
+        target.track = trackDeg;
+        aircraft->extensions = extensions;
+        aircraft->heading = headingDeg * degree;
+        aircraft->targetHeading = 45 * degree;
+        while (!aircraft->stream.empty()) {
+            aircraft->stream.popFront();
+        }
+        plan(airSample(0, 0, 0), target);
+        return (aircraft->heading + aircraft->dHeading * 1000) / degree;
+    }
+};
+
+TEST_F(LastKnownLeg, aTurnIsFlownOnToTheReportedTrack) {
+    EXPECT_NEAR(headingAtEnd(20, 70), 70, 1e-9);
+    EXPECT_NEAR(headingAtEnd(20, 89), 89, 1e-9);
+    EXPECT_NEAR(headingAtEnd(75, 10), 10, 1e-9);
+}
+
+TEST_F(LastKnownLeg, aTrackThatIsNoneOfThisTurnDoesNotCount) {
+    EXPECT_NEAR(headingAtEnd(20, 91), 45, 1e-9) << "turns more than the leg bends";
+    EXPECT_NEAR(headingAtEnd(20, 30), 45, 1e-9) << "turns the other way";
+    EXPECT_NEAR(headingAtEnd(-60, 106), 45, 1e-9) << "too far from the way";
+    EXPECT_NEAR(headingAtEnd(20, 0), 45, 1e-9) << "not known";
+}
+
+TEST_F(LastKnownLeg, aLegThatIsMadeUpHasNoTrackOfItsOwn) {
+    EXPECT_NEAR(headingAtEnd(20, 70, 8), 45, 1e-9);
+}
+
 TEST_F(AirIncrements, closeToTheGroundTheReportedHeadingCounts) {
     Sample target = airSample(1, 0, 1000);
     target.hasHeading = 1;

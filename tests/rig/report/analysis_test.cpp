@@ -97,6 +97,47 @@ TEST(Analysis, aGapOfTheFeedIsNotCompared) {
     EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
 }
 
+/// 15 seconds ahead of its time: when it passes the sample of second 60, that of second 80 has not come.
+TEST(Analysis, whatIsFlownWithoutASampleAheadIsToldApartAndSoIsTheWayBack) {
+    RowMaker rows;
+    rows.tellFlight(0, 60);
+    rows.tellFlight(80, 200);
+    const Analysis analysis = analysisOf(
+        [](double due) {
+            const double place = due + 15;
+            const double metresBeside = place <= 60 || place >= 79 ? 0 : place < 66 ? 100 : 40;
+            return flyingAt(shifted(placeAt(place), 0, metresBeside));
+        },
+        rows.recording(), None().inputs);
+    const StateFigures& air = only(analysis).air;
+    EXPECT_LT(air.crossTrack.worst(), 0.1);
+    EXPECT_NEAR(static_cast<double>(air.crossTrack.count()), 1000, 5);
+    EXPECT_NEAR(air.withoutSamples, 6, 0.2);
+    EXPECT_NEAR(air.crossTrackWithoutSamples.atShare(0.5), 100, 1.5);
+    EXPECT_NEAR(air.onWayBack, 14, 0.2);
+    EXPECT_NEAR(air.crossTrackOnWayBack.atShare(0.5), 40, 0.6);
+}
+
+TEST(Analysis, whoFliesPastASampleThatHasComeIsBesideTheTrack) {
+    const Analysis analysis =
+        analysisOfPath([](double due) { return flyingAt(shifted(placeAt(due), 0, due < 60 ? 0 : (due - 60) * 50)); });
+    EXPECT_GT(only(analysis).air.crossTrack.worst(), 1000);
+    EXPECT_EQ(only(analysis).air.withoutSamples + only(analysis).air.onWayBack, 0);
+}
+
+TEST(Analysis, aLineThatTheProgramsReaderLeavesOutIsNoSampleAhead) {
+    RowMaker rows;
+    rows.tellFlight(0, 60);
+    rows.line.category = "C1";
+    rows.tellFlight(62, 200);
+    const Analysis analysis =
+        analysisOf([](double due) { return flyingAt(shifted(placeAt(due), 0, due < 60 ? 0 : (due - 60) * 50)); },
+                   rows.recording(), None().inputs);
+    EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
+    EXPECT_GT(only(analysis).air.crossTrackWithoutSamples.worst(), 1000);
+    EXPECT_NEAR(only(analysis).air.withoutSamples, 70, 0.2);
+}
+
 TEST(Analysis, aLeapOfAHundredMetresIsOneJump) {
     const Analysis analysis =
         analysisOfPath([](double due) { return flyingAt(shifted(placeAt(due), 180, due >= 60 ? 100 : 0)); });

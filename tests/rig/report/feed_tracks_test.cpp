@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "liveries/reference_tables.h"
 #include "tests/rig/report/flown_trace.h"
 
 using ::testing::SizeIs;
@@ -48,6 +49,21 @@ TEST(FeedTracks, theCategoryIsThatOfTheEmitterUnlessTheTypeIsKnown) {
     EXPECT_EQ(categoryOf(aircraft), AircraftCategory::Heavy);
     aircraft.emitter = "A7";
     EXPECT_EQ(categoryOf(aircraft), AircraftCategory::Rotorcraft);
+}
+
+/// The program makes no aircraft of the others.
+TEST(FeedTracks, ofSeveralTypesTheFirstKnownOneCounts) {
+    gAllTypes = {"C172", "P28A"};
+    RowMaker rows;
+    for (const char* type : {"", "C72R", "C172", "P28A", "C72R"}) {
+        rows.line.type = type;
+        const double seconds = static_cast<double>(rows.rows.size());
+        rows.tell(seconds, placeAt(seconds));
+    }
+    const FeedTracks tracks = feedTracks(rows.recording());
+    gAllTypes.clear();
+    EXPECT_EQ(tracks.at(4734981).type, "C172");
+    EXPECT_EQ(feedTracks(rows.recording()).at(4734981).type, "C72R") << "none is known";
 }
 
 TEST(TruthTracks, whatIsNoTruthIsToldWithItsLine) {

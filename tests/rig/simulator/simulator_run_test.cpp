@@ -117,6 +117,41 @@ TEST_F(SimulatorRun, writesATraceOfEachFrame) {
     EXPECT_NEAR(static_cast<double>(frames), 30, 1);
 }
 
+/// Where each line takes a tenth of a second.
+class SlowTerminal : public std::stringbuf {
+public:
+    explicit SlowTerminal(platform::ManualClock& clock) : clock_(clock) {}
+
+private:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        clock_.advance(100ms);
+        return std::stringbuf::xsputn(text, size);
+    }
+
+    platform::ManualClock& clock_;
+};
+
+TEST_F(SimulatorRun, aLateFrameStandsInTheTraceWithTheTimeAtWhichItCame) {
+    platform::ManualClock clock(noon);
+    SlowTerminal terminal(clock);
+    std::ostream out(&terminal);
+    options_.trace = "flight.trace";
+    options_.seconds = 8;
+    runSimulator(options_, out, false);
+    std::vector<double> times;
+    for (const TraceItem& item : itemsOf(options_.trace)) {
+        if (const auto* frame = std::get_if<TraceFrame>(&item)) {
+            times.push_back(frame->elapsedSeconds);
+        }
+    }
+    ASSERT_GT(times.size(), 200u);
+    const auto late = std::adjacent_find(times.begin(), times.end(), [](double a, double b) { return b - a > 0.05; });
+    ASSERT_NE(late, times.end()) << "the line of second 5 makes a frame late";
+    EXPECT_NEAR(*late, 5, 0.07);
+    EXPECT_GE(late[1] - late[0], 0.1);
+    EXPECT_NEAR(times.back(), 8, 0.07);
+}
+
 TEST_F(SimulatorRun, theTraceTellsWhenItBegan) {
     const platform::ManualClock clock(noon);
     options_.trace = "flight.trace";
