@@ -47,13 +47,8 @@ struct Run {
     std::size_t active = 0;
 
     double at(double share) const { return us[static_cast<std::size_t>(share * static_cast<double>(us.size() - 1))]; }
-    double mean() const {
-        double sum = 0;
-        for (const double value : us) {
-            sum += value;
-        }
-        return sum / static_cast<double>(us.size());
-    }
+    /// Of the median slot, microseconds.
+    double perAircraft() const { return at(0.5) / static_cast<double>(active); }
 };
 
 Run fly(int aircraft, int warmUpSlots, int slots) {
@@ -94,14 +89,18 @@ int main(int argc, char** argv) {
     print(filter, "slot.allocations", fmt::format("{} allocations", many.allocations));
     print(filter, "slot.active_500", fmt::format("{} aircraft", many.active));
 
-    // Of as many aircraft as there are: with 5000 the feed's 200 records a second reach each of them every 25 seconds.
+    // Of as many aircraft as there are: the feed's 200 records a second reach each of 50 every quarter of a second, each
+    // of 500 every 2.5 seconds, each of 5000 every 25.
     const Run few = fly(50, 4000, 20000);
     const Run most = fly(5000, 4000, 4000);
-    const double fewUs = few.at(0.5) / static_cast<double>(few.active);
-    const double mostUs = most.at(0.5) / static_cast<double>(most.active);
+    const double fewUs = few.perAircraft();
+    const double manyUs = many.perAircraft();
+    const double mostUs = most.perAircraft();
     print(filter, "slot.per_aircraft_50_us", fmt::format("{:.4f} us", fewUs));
+    print(filter, "slot.per_aircraft_500_us", fmt::format("{:.4f} us", manyUs));
     print(filter, "slot.per_aircraft_5000_us", fmt::format("{:.4f} us", mostUs));
     print(filter, "slot.active_5000", fmt::format("{} aircraft", most.active));
+    print(filter, "slot.per_aircraft_500_over_50", fmt::format("{:.2f} ratio", manyUs / fewUs));
     print(filter, "slot.per_aircraft_5000_over_50", fmt::format("{:.2f} ratio", mostUs / fewUs));
     return 0;
 }

@@ -31,6 +31,9 @@ struct GroundCurve {
     bool exists() const { return !std::isnan(p3.northMetres) && !std::isnan(p3.eastMetres); }
 };
 
+/// What an aircraft that is still to be created has given up samples to.
+enum class SamplesLostTo : std::uint8_t { nothing, creationQueue, takeOffOrLanding, missingStand };
+
 inline constexpr std::int32_t initialTimeShiftSlots = 1000;
 inline constexpr double initialAltAboveGroundFeet = 2500;
 
@@ -110,6 +113,8 @@ struct alignas(64) LiveAircraft : AircraftRecord {
     std::uint8_t rollingOut = 0;    ///< the landing roll runs
     std::uint8_t leavingStand = 0;  ///< a moved sample arrived while parked
     std::uint8_t turning = 0;       ///< the heading error exceeds 3 degrees on the ground
+
+    SamplesLostTo samplesLostTo = SamplesLostTo::nothing; ///< the last time; for the log alone
 };
 
 /// No curve, and nothing travelled on it.

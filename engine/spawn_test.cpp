@@ -51,6 +51,23 @@ bool mustWaitForQueue(const LiveAircraft& aircraft) {
     return addingStack.size() + liveCreateQueue.size() > busyCreateQueue && aircraft.phase == FlightPhase::birth;
 }
 
+/// One a slot: no aircraft is created in mid-take-off or mid-landing, and one that has to wait grows older.
+void loseHeadTo(SamplesLostTo cause, LiveAircraft& aircraft) {
+    aircraft.stream.popFront();
+    aircraft.samplesLostTo = cause;
+}
+
+/// With a single position left nothing can be flown.
+const char* whyOnlyOneIsLeft(const LiveAircraft& aircraft) {
+    switch (aircraft.samplesLostTo) {
+    case SamplesLostTo::creationQueue: return "too many others were to be created";
+    case SamplesLostTo::takeOffOrLanding: return "it was not seen again after it took off or landed";
+    case SamplesLostTo::missingStand: return "it stands, and there is no stand for it";
+    case SamplesLostTo::nothing: break;
+    }
+    return "it was not seen again";
+}
+
 bool isActive(const LiveAircraft& aircraft) {
     return aircraft.lifeState == LifeState::active;
 }
@@ -131,12 +148,13 @@ void lf_spawnTest(LiveAircraft& aircraft) {
     } else if (!isDue(aircraft)) {
         return;
     } else if (stream.size() == 1) {
-        removeSaying(aircraft, "it was not seen again");
+        removeSaying(aircraft, whyOnlyOneIsLeft(aircraft));
     } else if (isBlockedGhost(aircraft)) {
         removeSaying(aircraft, "it is a ghost that was removed before");
-    } else if (isPartlyAirborne(stream) || mustWaitForQueue(aircraft)) {
-        // One a slot: no aircraft is created in mid-take-off or mid-landing, and one that has to wait grows older.
-        stream.popFront();
+    } else if (isPartlyAirborne(stream)) {
+        loseHeadTo(SamplesLostTo::takeOffOrLanding, aircraft);
+    } else if (mustWaitForQueue(aircraft)) {
+        loseHeadTo(SamplesLostTo::creationQueue, aircraft);
     } else if (const char* objection = objectionTo(aircraft)) {
         removeSaying(aircraft, objection);
     } else {

@@ -65,6 +65,7 @@ bool enterFirstPhase(LiveAircraft& aircraft) {
     }
     if (aircraft.stream[1].stationary != 0) {
         aircraft.stream.popFront(); // tried again with the next slot
+        aircraft.samplesLostTo = SamplesLostTo::missingStand;
         return false;
     }
     changePhase(aircraft, FlightPhase::taxi);

@@ -21,14 +21,16 @@ void addRate(CLI::App& command, const std::string& option, double& rate, const s
     command.add_option(option, rate, help)->check(CLI::Range(0.0, 1.0));
 }
 
-void addOptions(CLI::App& app, rig::ReplayOptions& options) {
+void addOptions(CLI::App& app, rig::ReplayOptions& options, bool& withoutReport) {
     addPath(app, "--recording", options.recording, "Recording, packed or not (docs/rig-traffic.md)")->required();
     addPath(app, "--scene", options.scene, "Scene file (docs/rig.md)")->required();
     addPath(app, "--output", options.trace, "Trace file that gets all motion and events");
     addPath(app, "--reference", options.reference, "Types and registrations (data/dbase.xml)");
     addPath(app, "--log", options.logFolder, "Folder that gets the Log.txt of the run");
-    addPath(app, "--report", options.report,
-            "Folder that gets the report (docs/rig-report.md); trace and log lie there, too, unless said otherwise");
+    CLI::Option* const report = addPath(app, "--report", options.report,
+                                        "Folder that gets the report (docs/rig-report.md); trace and log lie there, "
+                                        "too, unless said otherwise. replay-output/NAME of the recording's name");
+    app.add_flag("--no-report", withoutReport, "Without --output only the counts at the end")->excludes(report);
     addPath(app, "--truth", options.truth, "Where the aircraft of the recording really were, for the report");
     CLI::Option* const heldOut =
         addPath(app, "--held-out", options.heldOut, "Recording that gets the lines that are held out");
@@ -57,9 +59,13 @@ void addOptions(CLI::App& app, rig::ReplayOptions& options) {
 int programMain(const std::vector<std::string>& arguments) {
     CLI::App app("A recording flown by the engine in a simulated world, as fast as the machine goes.", "rig replay");
     rig::ReplayOptions options;
-    addOptions(app, options);
+    bool withoutReport = false;
+    addOptions(app, options, withoutReport);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
+        if (options.report.empty() && !withoutReport) {
+            options.report = rig::defaultReplayFolder(options.recording);
+        }
         platform::watchStopRequests();
         rig::runReplay(options, std::cout);
     } catch (const CLI::ParseError& error) {

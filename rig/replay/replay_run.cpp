@@ -210,6 +210,14 @@ void report(const ReplayOptions& options, std::ostream& out) {
 
 } // namespace
 
+fs::path defaultReplayFolder(const fs::path& recording) {
+    fs::path name = recording.filename();
+    while (name.has_extension()) {
+        name = name.stem();
+    }
+    return fs::path("replay-output") / name;
+}
+
 ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out) {
     const platform::SteadyTime begin = platform::steadyNow();
     const ReplayOptions options = withReportFiles(wanted);
@@ -226,6 +234,9 @@ ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out) {
     tell(result, std::chrono::duration<double>(platform::steadyNow() - begin).count(), out);
     if (!options.report.empty()) {
         report(options, out);
+        out << fmt::format("trace: {}\nlog: {}\nreport: {}\n", platform::utf8FromPath(options.trace),
+                           platform::utf8FromPath(options.logFolder / "Log.txt"),
+                           platform::utf8FromPath(options.report));
     }
     return result;
 }

@@ -41,7 +41,11 @@ struct ReplayResult {
     std::string end;    ///< why it ended
 };
 
-/// Tells on `out` what has been replayed, and then what the report tells. Throws std::runtime_error, with a text for
+/// Where "rig replay" leaves report, trace and log when nobody says where to: "replay-output/NAME", the recording being
+/// NAME.csv.gz.
+std::filesystem::path defaultReplayFolder(const std::filesystem::path& recording);
+
+/// Tells on `out` what has been replayed, then what the report tells, and at last where all of it lies. Throws std::runtime_error, with a text for
 /// the user, when it cannot begin, its files cannot be written or there is no line to hold out, and what ends a run as
 /// an error.
 ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out);

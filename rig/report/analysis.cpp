@@ -92,13 +92,13 @@ public:
     }
 
     void take(const TraceFrame& frame) {
-        findOverlaps(frame);
-        for (std::size_t i = 0; i < frame.objects.size(); ++i) {
-            const TraceObject& object = frame.objects[i];
-            if (ObjectMeter* meter = meterOf(object.id)) {
-                meter->take({frame.elapsedSeconds, object.position, groundUnder(object.position), overlaps_[i] != 0},
-                            analysis_.moments);
-            }
+        const auto isSound = [](const TraceObject& object) { return isFinite(object.position); };
+        if (std::all_of(frame.objects.begin(), frame.objects.end(), isSound)) {
+            takeSound(frame);
+        } else {
+            TraceFrame sound = frame;
+            takeNoNumbers(sound);
+            takeSound(sound);
         }
     }
 
@@ -113,6 +113,17 @@ public:
     }
 
 private:
+    void takeSound(const TraceFrame& frame) {
+        findOverlaps(frame);
+        for (std::size_t i = 0; i < frame.objects.size(); ++i) {
+            const TraceObject& object = frame.objects[i];
+            if (ObjectMeter* meter = meterOf(object.id)) {
+                meter->take({frame.elapsedSeconds, object.position, groundUnder(object.position), overlaps_[i] != 0},
+                            analysis_.moments);
+            }
+        }
+    }
+
     std::optional<double> groundUnder(const Position& position) const {
         return analysis_.knowsGround ? std::optional(inputs_.ground->elevationFeet(position.place())) : std::nullopt;
     }
@@ -129,6 +140,19 @@ private:
             span->second = spanMetresOf(known == analysis_.survey.objects.end() ? "" : known->second.title);
         }
         return span->second;
+    }
+
+    /// An object somewhere that is no place is counted by its meter, and is nowhere for all else.
+    void takeNoNumbers(TraceFrame& frame) {
+        std::erase_if(frame.objects, [&](const TraceObject& object) {
+            if (isFinite(object.position)) {
+                return false;
+            }
+            if (ObjectMeter* meter = meterOf(object.id)) {
+                meter->take({frame.elapsedSeconds, object.position, std::nullopt, false}, analysis_.moments);
+            }
+            return true;
+        });
     }
 
     void findOverlaps(const TraceFrame& frame) {

@@ -40,6 +40,7 @@ void Distribution::makeRoomFor(int bin) {
 
 void Distribution::add(double value) {
     if (!std::isfinite(value)) {
+        ++noNumbers_;
         return;
     }
     const double magnitude = std::abs(value);
@@ -52,6 +53,7 @@ void Distribution::add(double value) {
 }
 
 void Distribution::add(const Distribution& other) {
+    noNumbers_ += other.noNumbers_;
     if (other.count_ == 0) {
         return;
     }

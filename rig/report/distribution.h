@@ -11,11 +11,12 @@ namespace rig {
 /// Of magnitudes: the sign of a value counts only for meanSigned().
 class Distribution {
 public:
-    /// What is no finite number is left out.
+    /// What is no finite number is counted for noNumbers() alone.
     void add(double value);
     void add(const Distribution& other);
 
     std::uint64_t count() const { return count_; }
+    std::uint64_t noNumbers() const { return noNumbers_; }
     /// The magnitude that this share (0 to 1) of the values does not exceed; 0 of none.
     double atShare(double share) const;
     double worst() const { return worst_; }
@@ -28,6 +29,7 @@ private:
     int firstBin_ = 0;
     std::vector<std::uint64_t> bins_;
     std::uint64_t count_ = 0;
+    std::uint64_t noNumbers_ = 0;
     double worst_ = 0;
     double sum_ = 0;
 };

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::array<MomentKindFacts, momentKindCount> kinds{{
     {"jump", "jump", "m"},
+    {"height_jump", "jump of the height", "ft"},
     {"cross_track", "beside the recorded track", "m"},
     {"heading_rate", "turns too fast", "deg/s"},
     {"pitch_rate", "pitches too fast", "deg/s"},

@@ -14,6 +14,7 @@ namespace rig {
 
 enum class MomentKind {
     jump,         ///< metres of the step
+    heightJump,   ///< feet of the step
     crossTrack,   ///< metres beside the recorded track
     headingRate,  ///< degrees a second
     pitchRate,    ///< degrees a second
@@ -27,7 +28,7 @@ enum class MomentKind {
     hardLanding,  ///< feet a minute down at touchdown
     bankedLanding ///< degrees at touchdown
 };
-inline constexpr std::size_t momentKindCount = 13;
+inline constexpr std::size_t momentKindCount = 14;
 
 struct MomentKindFacts {
     const char* key;   ///< in figures.json

@@ -24,6 +24,9 @@ void StateFigures::add(const StateFigures& other) {
     largestStep = std::max(largestStep, other.largestStep);
     largestStepShare = std::max(largestStepShare, other.largestStepShare);
     jumps += other.jumps;
+    largestHeightStep = std::max(largestHeightStep, other.largestHeightStep);
+    heightJumps += other.heightJumps;
+    unsoundValues += other.unsoundValues;
     headingRate.add(other.headingRate);
     pitchRate.add(other.pitchRate);
     bankRate.add(other.bankRate);
@@ -33,6 +36,16 @@ void StateFigures::add(const StateFigures& other) {
     belowGround += other.belowGround;
     floating += other.floating;
     overlapping += other.overlapping;
+}
+
+std::uint64_t StateFigures::allUnsound() const {
+    std::uint64_t sum = unsoundValues;
+    for (const Distribution* values :
+         {&crossTrack, &crossTrackWithoutSamples, &crossTrackOnWayBack, &alongTrack, &fromTruth, &fromHeldOut,
+          &headingRate.values, &pitchRate.values, &bankRate.values, &bank.values}) {
+        sum += values->noNumbers();
+    }
+    return sum;
 }
 
 Distribution& StateFigures::crossTrackOf(Course course) {

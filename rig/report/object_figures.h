@@ -37,6 +37,9 @@ struct StateFigures {
     double largestStep = 0;
     double largestStepShare = 0; ///< above jumpShare it is a jump
     std::uint64_t jumps = 0;
+    double largestHeightStep = 0; ///< feet
+    std::uint64_t heightJumps = 0;
+    std::uint64_t unsoundValues = 0; ///< that are no number or out of range
     RateFigures headingRate;
     RateFigures pitchRate;
     RateFigures bankRate;
@@ -48,6 +51,8 @@ struct StateFigures {
     double overlapping = 0;
 
     void add(const StateFigures& other);
+    /// unsoundValues, and what else was no number when it was measured.
+    std::uint64_t allUnsound() const;
     Distribution& crossTrackOf(Course course);
 };
 

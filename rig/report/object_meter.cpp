@@ -6,12 +6,14 @@
 #include <utility>
 
 #include "core/geography.h"
+#include "rig/world/trace_format.h"
 
 namespace rig {
 
 namespace {
 
 constexpr double metresPerSecondPerKnot = metersPerNm / 3600;
+constexpr double feetPerMetre = feetPerNm / metersPerNm;
 constexpr double secondsPerMinute = 60;
 
 /// Rates are taken over so long: frames and slots do not keep the same step.
@@ -42,6 +44,14 @@ constexpr double slowestFlightKnots = 40;
 /// A bounce is no touchdown of its own.
 constexpr double shortestFlightSeconds = 3;
 
+// Beyond these no aircraft is: below the Dead Sea, above all but rockets, faster than any fighter climbs or flies. An
+// aircraft that is pushed back has a negative speed.
+constexpr double lowestFeet = -1500;
+constexpr double highestFeet = 100000;
+constexpr double fastestFeetPerSecond = 1000;
+constexpr double slowestKnots = -50;
+constexpr double fastestKnots = 2000;
+
 // What is usual, for the weight of moments.
 constexpr double usualCrossTrackMetres = 15;
 constexpr double usualHeightFaultFeet = 2;
@@ -56,7 +66,39 @@ double knotsOf(const Position& position) {
     return std::abs(position.trueKnots);
 }
 
+/// What a value may be. Angles are told in steps of 1e-7 radian.
+struct ValueRange {
+    double Position::*value;
+    double least;
+    double most;
+};
+constexpr double angleStep = 1e-6;
+constexpr double quarterTurn = twoPi / 4 + angleStep;
+constexpr double halfTurn = twoPi / 2 + angleStep;
+constexpr std::array<ValueRange, positionValues> ranges{{
+    {&Position::lat, -90, 90},
+    {&Position::lon, -180, 180},
+    {&Position::pitchRad, -quarterTurn, quarterTurn},
+    {&Position::bankRad, -halfTurn, halfTurn},
+    {&Position::headingRad, 0, twoPi + angleStep},
+    {&Position::altFeet, lowestFeet, highestFeet},
+    {&Position::verticalFeetPerSecond, -fastestFeetPerSecond, fastestFeetPerSecond},
+    {&Position::trueKnots, slowestKnots, fastestKnots},
+}};
+
 } // namespace
+
+int unsoundValuesOf(const Position& position) {
+    return static_cast<int>(std::count_if(ranges.begin(), ranges.end(), [&position](const ValueRange& range) {
+        const double value = position.*range.value;
+        return !(value >= range.least && value <= range.most);
+    }));
+}
+
+bool isFinite(const Position& position) {
+    return std::all_of(ranges.begin(), ranges.end(),
+                       [&position](const ValueRange& range) { return std::isfinite(position.*range.value); });
+}
 
 ObjectMeter::ObjectMeter(ObjectFacts facts, FeedClock clock) : facts_(std::move(facts)), clock_(clock) {
     const CategoryLimits& limits = limitsOf(facts_.category);
@@ -70,6 +112,10 @@ ObjectMeter::ObjectMeter(ObjectFacts facts, FeedClock clock) : facts_(std::move(
 }
 
 void ObjectMeter::take(const Frame& frame, Moments& moments) {
+    state().unsoundValues += static_cast<std::uint64_t>(unsoundValuesOf(frame.position));
+    if (!isFinite(frame.position)) {
+        return;
+    }
     const double frameSeconds = isNew_ ? 0 : frame.seconds - past_.back().seconds;
     if (isNew_) {
         figures_.firstSeen = stoodAt_ = airborneSince_ = frame.seconds;
@@ -83,6 +129,7 @@ void ObjectMeter::take(const Frame& frame, Moments& moments) {
     state().seconds += frameSeconds;
     if (!isNew_) {
         measureStep(frame, frameSeconds, moments);
+        measureHeightStep(frame, frameSeconds, moments);
         compareWithHeldOut(frame);
     }
     const std::optional<Motion> motion = motionUpTo(frame);
@@ -167,6 +214,20 @@ void ObjectMeter::measureStep(const Frame& frame, double frameSeconds, Moments& 
     if (share > jumpShare) {
         ++here.jumps;
         moments.add(momentAt(frame, MomentKind::jump, metres, share / jumpShare));
+    }
+}
+
+void ObjectMeter::measureHeightStep(const Frame& frame, double frameSeconds, Moments& moments) {
+    const Position& before = past_.back().position;
+    const double feet = std::abs(frame.position.altFeet - before.altFeet);
+    const double feetPerSecond =
+        std::max(std::abs(before.verticalFeetPerSecond), std::abs(frame.position.verticalFeetPerSecond));
+    const double share = feet / std::max(feetPerSecond * frameSeconds, shortestJumpMetres * feetPerMetre / jumpShare);
+    StateFigures& here = state();
+    here.largestHeightStep = std::max(here.largestHeightStep, feet);
+    if (share > jumpShare) {
+        ++here.heightJumps;
+        moments.add(momentAt(frame, MomentKind::heightJump, feet, share / jumpShare));
     }
 }
 

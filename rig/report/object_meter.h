@@ -21,6 +21,11 @@ namespace rig {
 inline constexpr double jumpShare = 3;
 inline constexpr double shortestJumpMetres = 5;
 
+/// How many of the eight values of a position are no number or beyond what an aircraft can have.
+int unsoundValuesOf(const Position& position);
+/// Whether all of them are numbers.
+bool isFinite(const Position& position);
+
 class ObjectMeter {
 public:
     struct Frame {
@@ -33,6 +38,7 @@ public:
     /// What `facts` points to must live as long as this.
     ObjectMeter(ObjectFacts facts, FeedClock clock);
 
+    /// A frame with a value that is no number is counted, and otherwise left out.
     void take(const Frame& frame, Moments& moments);
     void finish(Moments& moments);
 
@@ -63,6 +69,7 @@ private:
     void judgePlace(const Frame& frame);
     bool isFloating(double wheelsFeet, const Frame& frame) const;
     void measureStep(const Frame& frame, double frameSeconds, Moments& moments);
+    void measureHeightStep(const Frame& frame, double frameSeconds, Moments& moments);
     std::optional<Motion> motionUpTo(const Frame& frame);
     void measureRates(const Frame& frame, const Motion& motion, double frameSeconds, Moments& moments);
     void measureLimit(Limit& limit, RateFigures& figures, double value, const Frame& frame, double frameSeconds,

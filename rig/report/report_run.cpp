@@ -102,6 +102,8 @@ void printState(const char* name, const StateFigures& figures, std::ostream& out
     }
     out << fmt::format("{}: {:.0f} s, {} jumps, largest step {:.2f} m ({:.2f} times the speed)\n", name,
                        figures.seconds, figures.jumps, figures.largestStep, figures.largestStepShare);
+    out << fmt::format("    largest step of the height {:.1f} ft, {} of them jumps; {} unsound values\n",
+                       figures.largestHeightStep, figures.heightJumps, figures.allUnsound());
     if (figures.crossTrack.count() > 0) {
         out << fmt::format(
             "    cross-track median {:.1f} m, 95th {:.1f} m, worst {:.1f} m; along-track 95th {:.1f} s\n",

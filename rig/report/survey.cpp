@@ -9,6 +9,7 @@
 #include "rig/report/cross_track.h"
 #include "rig/world/trace_format.h"
 #include "rig/world/trace_reader.h"
+#include "sim/simconnect.h"
 
 namespace rig {
 
@@ -23,6 +24,12 @@ constexpr double userEverySeconds = 1;
 constexpr std::uint32_t userId = 1;
 /// In 2001, seconds since 1970: no trace is as long.
 constexpr double earliestWallClock = 1e9;
+
+/// The simulator's answers to a write that holds what is no number, or a number that is too large.
+bool isOfAWrittenValue(double exception) {
+    return exception == static_cast<double>(SIMCONNECT_EXCEPTION_DATA_ERROR) ||
+           exception == static_cast<double>(SIMCONNECT_EXCEPTION_OUT_OF_BOUNDS);
+}
 
 class Surveyor {
 public:
@@ -39,6 +46,7 @@ public:
         case TraceEventKind::created:
             survey.objects[event.objectId] = {event.name, event.detail, nullptr, std::nullopt};
             break;
+        case TraceEventKind::exception: survey.refusedWrites += isOfAWrittenValue(event.value) ? 1 : 0; break;
         case TraceEventKind::refused: survey.refused[event.detail] = event.name; break;
         case TraceEventKind::act:
             takeMark(event, feedBeginsAct, feedAtBegin);
@@ -52,6 +60,9 @@ public:
         ++survey.frames;
         survey.seconds = frame.elapsedSeconds;
         for (const TraceObject& object : frame.objects) {
+            if (!isFinite(object.position)) {
+                continue; // it is nowhere
+            }
             if (object.id == userId) {
                 takeUser(frame.elapsedSeconds, object.position);
             } else if (const auto known = survey.objects.find(object.id); known != survey.objects.end()) {

@@ -33,6 +33,11 @@ inline constexpr std::array<double, positionValues> traceSteps{
 };
 inline constexpr double traceTimeStep = 1e-6; ///< seconds
 
+/// So many steps at most, up or down; the differences of any two still fit.
+inline constexpr double mostTraceSteps = 4e18;
+/// These many are a value that is no number, or too large.
+inline constexpr std::int64_t noNumberSteps = 4'500'000'000'000'000'000;
+
 enum class TraceEventKind : std::uint8_t {
     created = 1,       ///< a client's aircraft: title, tail number
     appeared = 2,      ///< clients can see it: title, tail number

@@ -2,6 +2,7 @@
 #include "rig/world/trace_reader.h"
 
 #include <bit>
+#include <limits>
 #include <optional>
 
 #include <fmt/format.h>
@@ -76,7 +77,8 @@ std::int64_t sum(std::int64_t value, std::uint64_t difference) {
 Position positionFrom(const std::array<std::int64_t, positionValues>& steps) {
     std::array<double, positionValues> values{};
     for (std::size_t i = 0; i < positionValues; ++i) {
-        values[i] = static_cast<double>(steps[i]) * traceSteps[i];
+        values[i] = steps[i] == noNumberSteps ? std::numeric_limits<double>::quiet_NaN()
+                                              : static_cast<double>(steps[i]) * traceSteps[i];
     }
     return {values[0], values[1], values[2], values[3], values[4], values[5], values[6], values[7]};
 }

@@ -26,7 +26,7 @@ public:
 
 struct TraceObject {
     DWORD id = 0;
-    Position position;
+    Position position; ///< what was no number, or too large for the file, is not-a-number
 };
 
 struct TraceFrame {

@@ -14,12 +14,15 @@ namespace {
 
 constexpr std::size_t bufferBytes = std::size_t{64} << 10;
 
-/// The differences of two such values still fit.
-constexpr double mostSteps = 4e18;
-
 std::int64_t inSteps(double value, double step) {
     const double steps = value / step;
-    return std::isfinite(steps) && std::abs(steps) < mostSteps ? std::llround(steps) : 0;
+    return std::isfinite(steps) && std::abs(steps) < mostTraceSteps ? std::llround(steps) : noNumberSteps;
+}
+
+/// The world's own times are numbers.
+std::int64_t timeInSteps(double seconds) {
+    const std::int64_t steps = inSteps(seconds, traceTimeStep);
+    return steps == noNumberSteps ? 0 : steps;
 }
 
 std::array<double, positionValues> valuesOf(const Position& position) {
@@ -55,8 +58,8 @@ void TraceWriter::beginFrame(double simulatedSeconds, double elapsedSeconds) {
     changed_.clear();
     changedCount_ = 0;
     body_.clear();
-    const std::int64_t simulated = inSteps(simulatedSeconds, traceTimeStep);
-    const std::int64_t elapsed = inSteps(elapsedSeconds, traceTimeStep);
+    const std::int64_t simulated = timeInSteps(simulatedSeconds);
+    const std::int64_t elapsed = timeInSteps(elapsedSeconds);
     appendVariableLength(body_, folded(simulated - simulated_));
     appendVariableLength(body_, folded(elapsed - elapsed_));
     simulated_ = simulated;

@@ -3,7 +3,9 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <numbers>
+#include <optional>
 #include <random>
 
 #include "core/injection_radius.h"
@@ -28,13 +30,47 @@ constexpr double airportFeet = 500;
 constexpr double fastestFpm = 20000;
 constexpr double slotsPerMinute = 6000;
 
-/// What one slot may change.
+/// How an aircraft lies in the air.
 struct Attitude {
     LatLon at;
     double alt = 0;
     double pitch = 0;
     double bank = 0;
     double heading = 0;
+};
+
+/// What each slot of a leg may change, by its target and the slots that it has for it, which are 25 at least.
+struct LegBounds {
+    double lat = 0; ///< degrees
+    double lon = 0; ///< degrees
+    double climbFeet = 0;
+    double sinkFeet = 0;
+
+    LegBounds() = default;
+    /// `before` is where the leg began, in this slot.
+    LegBounds(const Attitude& before, const LiveAircraft& aircraft, std::int32_t slot) {
+        const Sample& target = aircraft.stream[0];
+        const double slots = std::max(static_cast<double>(target.slot) - slot, shortestLeg);
+        const double asked = (target.alt - before.alt) / slots;
+        const double toAirport = gAirportInUse ? (airportFeet - before.alt) / slots : 0;
+        // The mean of two vertical speeds, and what the pressure adds.
+        const double fastest = (fastestFpm + 100 * 6) / slotsPerMinute;
+        lat = std::abs(target.lat - before.at.lat) / slots;
+        lon = std::abs(longitudeDifference(target.lon, before.at.lon)) / slots;
+        climbFeet = std::max({aircraft.landing != 0 ? asked : 0, aircraft.maxClimbPerSlot, toAirport});
+        sinkFeet = std::max({-asked, fastest, -toAirport});
+    }
+
+    void expectKept(const Attitude& before, const Attitude& now) const {
+        constexpr double rounding = 1e-9;
+        // Over a pole the other side's longitude is as near.
+        if (std::abs(before.at.lat) < 89.9) {
+            ASSERT_LE(std::abs(now.at.lat - before.at.lat), lat + rounding);
+            ASSERT_LE(std::abs(longitudeDifference(now.at.lon, before.at.lon)), lon + rounding);
+        }
+        ASSERT_LE(now.alt - before.alt, climbFeet + rounding);
+        ASSERT_LE(before.alt - now.alt, sinkFeet + rounding);
+    }
 };
 
 class AnyStream : public EngineTest {
@@ -128,21 +164,6 @@ protected:
         ASSERT_LE(std::abs(aircraft.bank), limits.maxBankDeg * degree + 1e-9);
         ASSERT_LE(std::abs(aircraft.pitch - before.pitch), limits.maxPitchRateDeg * degree + 1e-12);
         ASSERT_LE(std::abs(aircraft.bank - before.bank), 2 * limits.maxBankDeg * degree / shortestLeg + 1e-9);
-        ASSERT_LE(std::abs(aircraft.alt - before.alt), std::abs(aircraft.dAlt) + 1e-9);
-    }
-
-    /// To a sample, or to the airport's height, in no less than the shortest leg; and a climb that no landing asks for
-    /// as the category can.
-    static void expectLimitedClimb(const Attitude& before, const LiveAircraft& aircraft) {
-        if (aircraft.lifeState != LifeState::active || aircraft.stream[0].stationary != 0) {
-            return;
-        }
-        const double legFeet = (std::abs(before.alt) + highestFeet) / shortestLeg;
-        const double fastestFeet = (fastestFpm + 100 * 6) / slotsPerMinute; // and what the pressure adds
-        const double toAirportFeet = gAirportInUse ? (airportFeet - before.alt) / shortestLeg : 0;
-        ASSERT_GE(aircraft.dAlt, -std::max(legFeet, fastestFeet));
-        ASSERT_LE(aircraft.dAlt,
-                  aircraft.landing != 0 ? legFeet : std::max(aircraft.maxClimbPerSlot, toAirportFeet) + 1e-9);
     }
 
     std::mt19937 random_{20260601};
@@ -160,11 +181,13 @@ TEST_F(AnyStream, isFlownWithinLimitedRates) {
             LiveAircraft& aircraft = flying(model);
             aircraft.altAboveGround = uniform(0, 3000);
             aircraft.landing = flag();
-            go(aircraft, [&aircraft](const Attitude& before, bool legBegins) {
+            LegBounds bounds;
+            go(aircraft, [&aircraft, &bounds](const Attitude& before, bool legBegins) {
                 expectLimitedRates(before, aircraft);
-                if (legBegins) {
-                    expectLimitedClimb(before, aircraft);
+                if (legBegins && aircraft.lifeState == LifeState::active) {
+                    bounds = LegBounds(before, aircraft, slotClock - 1);
                 }
+                bounds.expectKept(before, attitudeOf(aircraft));
             });
             ASSERT_FALSE(HasFatalFailure()) << model << ", round " << round;
         }
@@ -238,6 +261,35 @@ class AnyFeed : public AnyStream {
 protected:
     static constexpr int aircraftCount = 6;
 
+    struct Course {
+        std::int32_t slot = 0; ///< of the last position; 0: none yet
+        Attitude last;
+        Sample target;
+        std::optional<LegBounds> bounds; // none in the first leg, whose begin nobody has seen
+    };
+
+    /// Behind a slot. Whether a leg began with it.
+    static bool expectContinuous(Course& course, const LiveAircraft& aircraft) {
+        const Sample& target = aircraft.stream[0];
+        const bool isFirst = course.slot == 0;
+        const bool legBegins = !isFirst && (target.slot != course.target.slot || target.lat != course.target.lat ||
+                                            target.lon != course.target.lon || target.alt != course.target.alt);
+        if (legBegins) {
+            course.bounds = LegBounds(course.last, aircraft, slotClock - 1);
+        }
+        const Attitude now = attitudeOf(aircraft);
+        if (!isFirst) {
+            EXPECT_EQ(slotClock, course.slot + 1);
+        }
+        if (course.bounds) {
+            course.bounds->expectKept(course.last, now);
+        }
+        course.slot = slotClock;
+        course.last = now;
+        course.target = target;
+        return legBegins;
+    }
+
     /// One number in twenty is none, or far beyond everything.
     double broken(double value) {
         constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -278,11 +330,16 @@ TEST_F(AnyFeed, givesTheSimulatorSoundPositionsOnly) {
     gUserState.lat = testPlace.lat;
     gUserState.lon = testPlace.lon;
     int positions = 0;
-    FlightWorld world([&positions](std::uint32_t hexid, const PositionUpdate& at) {
+    int legs = 0;
+    std::map<std::uint32_t, Course> courses; // by object id
+    FlightWorld world([&](std::uint32_t hexid, const PositionUpdate& at) {
         const LiveAircraft* aircraft = findLiveByHexid(hexid);
         ASSERT_NE(aircraft, nullptr);
         expectSound(*aircraft);
+        ASSERT_TRUE(isSound(at)) << at.lat << " " << at.lon << " " << at.alt << " ft " << at.vsFps << " ft/s " << at.tas
+                                 << " kt, " << at.pitch << " " << at.bank << " " << at.heading;
         ASSERT_EQ(at.lat, aircraft->lat);
+        legs += expectContinuous(courses[at.objectId], *aircraft) ? 1 : 0;
         ASSERT_LE(std::abs(at.bank), limitsOf(aircraft->category).maxBankDeg * degree + 1e-9);
         ASSERT_LE(std::abs(at.pitch), 12 * degree);
         ++positions;
@@ -295,6 +352,7 @@ TEST_F(AnyFeed, givesTheSimulatorSoundPositionsOnly) {
     }
     EXPECT_GE(world.created(), 3u);
     EXPECT_GT(positions, 10000);
+    EXPECT_GT(legs, 100);
     EXPECT_THAT(log.lines(), Each(AllOf(Not(HasSubstr("sz:")), Not(HasSubstr("exception")))));
 }
 

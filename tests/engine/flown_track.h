@@ -97,3 +97,24 @@ inline double stepShare(double metresInFrame, double metresPerSecond) {
 inline bool isJump(double metresInFrame, double metresPerSecond) {
     return stepShare(metresInFrame, metresPerSecond) > rig::jumpShare;
 }
+
+/// The same of a change of height, against the vertical speed.
+inline double heightStepShare(double feetInFrame, double feetPerSecond) {
+    constexpr double leastFeet = rig::shortestJumpMetres / rig::jumpShare * feetPerNm / metersPerNm;
+    return std::abs(feetInFrame) / std::max(std::abs(feetPerSecond) * secondsPerFrame, leastFeet);
+}
+
+inline bool isHeightJump(double feetInFrame, double feetPerSecond) {
+    return heightStepShare(feetInFrame, feetPerSecond) > rig::jumpShare;
+}
+
+/// Whether each of the eight values is one that an aircraft in the air can have.
+inline bool isSound(const PositionUpdate& at) {
+    constexpr double rounding = 1e-9; // a fighter banks by a right angle
+    const auto lies = [](double value, double least, double most) {
+        return value >= least - rounding && value <= most + rounding;
+    };
+    return lies(at.lat, -90, 90) && lies(at.lon, -180, 180) && lies(at.alt, -1500, 60000) &&
+           lies(at.heading, 0, largestHeadingRad) && lies(at.pitch, -twoPi / 4, twoPi / 4) &&
+           lies(at.bank, -twoPi / 4, twoPi / 4) && lies(at.vsFps, -500, 500) && lies(at.tas, 0, 1500);
+}

@@ -348,6 +348,7 @@ protected:
     void changeItsMind() {
         turnRadPerSecond_ = uniform(0, 1) < 0.3 ? 0 : uniform(-4, 4) * degree;
         knotsPerSecond_ = uniform(0, 1) < 0.5 ? 0 : uniform(-1.5, 1.5);
+        vsFpm_ = uniform(0, 1) < 0.4 ? 0 : uniform(-steepestFpm, steepestFpm);
         period_ = uniform(2, 28);
         manoeuvreEnds_ = seconds_ + uniform(20, 300);
     }
@@ -360,12 +361,16 @@ protected:
         headingRad_ = normalizedHeading(headingRad_ + turnRadPerSecond_ * seconds);
         knots_ = std::clamp(knots_ + knotsPerSecond_ * seconds, 100.0, 480.0);
         at_ = project(at_, headingRad_, knots_ / 3600 * seconds * feetPerNm);
+        const double feet = altFeet_ + vsFpm_ / 60 * seconds;
+        altFeet_ = std::clamp(feet, 3000.0, 38000.0);
+        vsFpm_ = altFeet_ == feet ? vsFpm_ : 0;
     }
 
     double nextGap() { return uniform(0, 1) < 0.1 ? uniform(30, 110) : period_ * uniform(0.7, 1.3); }
 
     FeedRecord report() const {
-        Sample sample = airSample(0, 0, 0, 5000, knots_);
+        Sample sample = airSample(0, 0, 0, altFeet_, knots_);
+        sample.vs = vsFpm_;
         sample.lat = at_.lat;
         sample.lon = at_.lon;
         sample.track = headingRad_ * degreesPerRadian;
@@ -381,6 +386,11 @@ protected:
             const double speed = std::max(last_->tas, now.tas) * metersPerNm / 3600;
             worstShare = std::max(worstShare, stepShare(metres, speed));
             jumps += isJump(metres, speed) ? 1 : 0;
+            const double feet = now.alt - last_->alt;
+            const double feetPerSecond = std::max(std::abs(last_->vsFps), std::abs(now.vsFps));
+            heightJumps += isHeightJump(feet, feetPerSecond) ? 1 : 0;
+            steepestClimb = std::max(steepestClimb, feet / secondsPerFrame * 60);
+            steepestDescent = std::max(steepestDescent, -feet / secondsPerFrame * 60);
             ++frames;
         }
         last_ = now;
@@ -402,12 +412,19 @@ protected:
         }
     }
 
+    static constexpr double steepestFpm = 2500; ///< of the real aircraft
+
     int jumps = 0;
     int frames = 0;
     double worstShare = 0;
+    int heightJumps = 0;
+    double steepestClimb = 0; ///< feet a minute, as flown
+    double steepestDescent = 0;
 
 private:
     std::mt19937 random_{5};
+    double altFeet_ = 12000;
+    double vsFpm_ = 0;
     LatLon at_ = testPlace;
     double headingRad_ = 1;
     double knots_ = 250;
@@ -423,6 +440,11 @@ private:
 TEST_F(GapsAtRandom, noFrameStepsMoreThanThreeTimesTheSpeed) {
     fly(10000);
     EXPECT_EQ(jumps, 0) << "the worst step is " << worstShare << " times the speed";
+    EXPECT_EQ(heightJumps, 0);
+    const double categoryClimbs = limitsOf(AircraftCategory::Large).maxClimbPerSlotFeet * slotsPerSecond * 60;
+    EXPECT_LE(steepestClimb, categoryClimbs + 1e-6);
+    // Where it is early or late it makes up for it in the height as on the way.
+    EXPECT_LE(steepestDescent, 3 * steepestFpm);
     EXPECT_GT(frames, 200000);
 }
 

@@ -127,6 +127,41 @@ TEST_F(SpawnTest, behindElevenRequestsANewAircraftGrowsOlder) {
     EXPECT_TRUE(creates(aircraft));
 }
 
+// Why it goes in the end.
+
+TEST_F(SpawnTest, anAircraftThatLostItsSamplesWhileOthersWereCreatedGoesBecauseOfThem) {
+    LiveAircraft& aircraft = bufferedInTheAir();
+    for (std::uint32_t i = 0; i < 11; ++i) {
+        liveCreateQueue.push_back({.tailNumber = "X", .title = "X", .hexid = i});
+    }
+    EXPECT_FALSE(creates(aircraft));
+    slotClock = aircraft.stream[0].slot;
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_THAT(log.lines(),
+                ElementsAre("                   KLM123   PH-ABC KLM A320 goes: too many others were to be created"));
+}
+
+TEST_F(SpawnTest, anAircraftOfWhichALandingLeavesOnePositionGoesBecauseOfIt) {
+    LiveAircraft& aircraft = buffered(airSample(0, 0, -500, 100), groundSample(0.1, 0, due));
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_THAT(log.lines(), ElementsAre("                   KLM123   PH-ABC KLM A320 goes: "
+                                         "it was not seen again after it took off or landed"));
+}
+
+TEST_F(SpawnTest, anAircraftThatStandsWhereNoStandIsGoesBecauseOfIt) {
+    Sample standing = groundSample(0, 0, due, 0);
+    standing.stationary = 1;
+    LiveAircraft& aircraft = buffered(groundSample(0, 0, due, 0), standing);
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_EQ(log.lines().back(),
+              "                   KLM123   PH-ABC KLM A320 goes: it stands, and there is no stand for it");
+}
+
 TEST_F(SpawnTest, inABurstThoseThatAreAboutToBeRequestedCountAsWell) {
     for (std::uint32_t i = 0; i < 11; ++i) {
         addingStack.push_back(20000 + i);

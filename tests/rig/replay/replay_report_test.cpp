@@ -13,6 +13,7 @@
 #include "tests/rig/replay/replay_folder.h"
 
 using ::testing::AllOf;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 namespace rig {
@@ -94,6 +95,21 @@ TEST(ReplayReport, comesInTheSameCallWithAllThatTheReplayKnows) {
     EXPECT_TRUE(std::filesystem::exists("report/report.html"));
     EXPECT_TRUE(std::filesystem::exists("report/flight.trace"));
     EXPECT_TRUE(std::filesystem::exists("report/Log.txt"));
+}
+
+TEST(ReplayReport, withoutAWordWhereToAllLiesInAFolderOfTheRecordingsName) {
+    EXPECT_EQ(defaultReplayFolder("data/recordings/quiet_half_hour.csv.gz"), "replay-output/quiet_half_hour");
+    EXPECT_EQ(defaultReplayFolder("two.words.csv"), "replay-output/two");
+    ReplayFolder folder(overflights(1));
+    folder.options.durationSeconds = 60;
+    folder.options.trace.clear();
+    folder.options.report = defaultReplayFolder(folder.options.recording);
+    folder.replay();
+    EXPECT_EQ(figuresIn("replay-output/flights")["all"]["aircraft"], 1);
+    EXPECT_TRUE(std::filesystem::exists("replay-output/flights/flight.trace"));
+    EXPECT_THAT(folder.told, EndsWith("trace: replay-output/flights/flight.trace\n"
+                                      "log: replay-output/flights/Log.txt\n"
+                                      "report: replay-output/flights\n"));
 }
 
 TEST(ReplayReport, traceAndLogLieWhereTheyAreWanted) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 #include <fmt/format.h>
@@ -152,6 +153,69 @@ TEST(Analysis, aLeapOfAHundredMetresIsOneJump) {
     EXPECT_NEAR(jump->moment.value, 100, 1);
     EXPECT_NEAR(jump->course.front().seconds, 82, 0.1);
     EXPECT_NEAR(jump->course.back().seconds, 98, 0.1);
+}
+
+TEST(Analysis, aLeapOfTheHeightIsOneOfItsJumpsAndNoHorizontalOne) {
+    const Analysis analysis =
+        analysisOfPath([](double due) { return flyingAt(placeAt(due), due >= 60 ? 4554 : 5000); });
+    const StateFigures& air = only(analysis).air;
+    EXPECT_EQ(air.jumps, 0u);
+    EXPECT_EQ(air.heightJumps, 1u);
+    EXPECT_NEAR(air.largestHeightStep, 446, 0.001);
+    ASSERT_FALSE(analysis.worst.empty());
+    const Moment& moment = analysis.worst[0].moment;
+    EXPECT_EQ(moment.kind, MomentKind::heightJump);
+    EXPECT_NEAR(moment.seconds, 90, 0.06);
+    EXPECT_NEAR(moment.value, 446, 0.001);
+}
+
+TEST(Analysis, aStepOfTheHeightIsAJumpAboveThreeTimesTheVerticalSpeedAndFiveMetres) {
+    const auto heightJumps = [](double leapFeet, double feetPerSecond) {
+        const Analysis analysis = analysisOfPath([&](double due) {
+            Position position = flyingAt(placeAt(due), due >= 60 ? 5000 + leapFeet : 5000);
+            position.verticalFeetPerSecond = feetPerSecond;
+            return position;
+        });
+        return only(analysis).air.heightJumps;
+    };
+    EXPECT_EQ(heightJumps(16.3, 0), 0u);
+    EXPECT_EQ(heightJumps(16.5, 0), 1u);
+    EXPECT_EQ(heightJumps(-16.5, 0), 1u);
+    // In a frame of a twentieth of a second 200 feet a second are 10 feet.
+    EXPECT_EQ(heightJumps(29, 200), 0u);
+    EXPECT_EQ(heightJumps(29, -200), 0u);
+    EXPECT_EQ(heightJumps(31, 200), 1u);
+}
+
+TEST(Analysis, valuesThatAreNoNumberOrOutOfRangeAreCounted) {
+    constexpr double noNumber = std::numeric_limits<double>::quiet_NaN();
+    const Analysis analysis = analysisOfPath([](double due) {
+        Position position = flyingAt(placeAt(due));
+        const auto frame = static_cast<int>(std::lround((due - 60) * FlownTrace::framesPerSecond));
+        position.lat = frame == 0 ? noNumber : position.lat;
+        position.trueKnots = frame == 0 ? std::numeric_limits<double>::infinity() : position.trueKnots;
+        position.altFeet = frame == 1 ? 200000 : position.altFeet;
+        position.headingRad = frame == 2 ? -0.1 : frame == 3 ? twoPi : position.headingRad;
+        position.pitchRad = frame == 4 ? 1.6 : 0;
+        position.bankRad = frame == 5 ? -3.2 : 0;
+        position.verticalFeetPerSecond = frame == 6 ? -1001 : 0;
+        return position;
+    });
+    EXPECT_EQ(only(analysis).air.allUnsound(), 7u);
+    EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
+    EXPECT_EQ(only(analysis).air.jumps, 0u);
+}
+
+TEST(Analysis, whatTheSimulatorRefusedToTakeIsCounted) {
+    const Recording recording = flight();
+    FlownTrace trace;
+    for (const double exception : {20.0, 31.0, 22.0}) {
+        trace.writer().event(TraceEventKind::exception, 0, exception, "");
+    }
+    trace.create(10, "KLM1");
+    trace.fly(60, 160, {{10, [](double seconds) { return flyingAt(placeAt(seconds - 30)); }}});
+    std::istringstream bytes(trace.bytes());
+    EXPECT_EQ(analyse({.trace = bytes, .recording = &recording}).survey.refusedWrites, 2u);
 }
 
 TEST(Analysis, aStepBelowFiveMetresIsNoJumpHoweverSlowTheAircraft) {

@@ -46,11 +46,17 @@ TEST(Distribution, theSignCountsForTheMeanAlone) {
     EXPECT_NEAR(distribution.atShare(0), 2, 0.02);
 }
 
-TEST(Distribution, whatIsNoNumberIsLeftOut) {
+TEST(Distribution, whatIsNoNumberIsCountedApart) {
     Distribution distribution;
     distribution.add(std::numeric_limits<double>::quiet_NaN());
     distribution.add(std::numeric_limits<double>::infinity());
     EXPECT_EQ(distribution.count(), 0u);
+    EXPECT_EQ(distribution.noNumbers(), 2u);
+    Distribution sum;
+    sum.add(distribution);
+    sum.add(distribution);
+    EXPECT_EQ(sum.count(), 0u);
+    EXPECT_EQ(sum.noNumbers(), 4u);
 }
 
 TEST(Distribution, sumsAreAsIfAllValuesHadGoneIntoOne) {

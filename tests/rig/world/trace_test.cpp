@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <limits>
 #include <random>
 #include <sstream>
@@ -173,19 +174,28 @@ TEST(Trace, eventsHaveTheirObjectValueAndTexts) {
     EXPECT_EQ(events[1].detail, "KLM123");
 }
 
-TEST(Trace, aPositionThatIsNoNumberIsWrittenAsZero) {
+TEST(Trace, valuesThatAreNoNumberOrTooLargeAreReadAsNoNumberUntilTheyAreOneAgain) {
     std::ostringstream stream;
     {
         TraceWriter writer(stream);
         writer.beginFrame(0, 0);
         writer.object(1, {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 0, 0, 0,
-                          1e300, 0, 0});
+                          -1e300, 7, 0});
+        writer.endFrame();
+        writer.beginFrame(1, 1);
+        writer.object(1, {-80, -170, 0, 0, 0, -3.9e14, 7, 0});
         writer.endFrame();
     }
-    const Position position = readTrace(stream.str()).frames.at(0).objects.at(0).position;
-    EXPECT_EQ(position.lat, 0);
-    EXPECT_EQ(position.lon, 0);
-    EXPECT_EQ(position.altFeet, 0);
+    const auto frames = readTrace(stream.str()).frames;
+    const Position none = frames.at(0).objects.at(0).position;
+    EXPECT_TRUE(std::isnan(none.lat));
+    EXPECT_TRUE(std::isnan(none.lon));
+    EXPECT_TRUE(std::isnan(none.altFeet));
+    EXPECT_NEAR(none.verticalFeetPerSecond, 7, 1e-4);
+    const Position position = frames.at(1).objects.at(0).position;
+    EXPECT_NEAR(position.lat, -80, 1e-9);
+    EXPECT_NEAR(position.lon, -170, 1e-9);
+    EXPECT_NEAR(position.altFeet, -3.9e14, 1);
 }
 
 TEST(Trace, aFileThatIsNoTraceSaysSo) {
