@@ -89,8 +89,8 @@ int main(int argc, char** argv) {
     print(filter, "slot.allocations", fmt::format("{} allocations", many.allocations));
     print(filter, "slot.active_500", fmt::format("{} aircraft", many.active));
 
-    // Of as many aircraft as there are: the feed's 200 records a second reach each of 50 every quarter of a second, each
-    // of 500 every 2.5 seconds, each of 5000 every 25.
+    // Of as many aircraft as there are: the feed's 200 records a second reach each of 50 every quarter of a second,
+    // each of 500 every 2.5 seconds, each of 5000 every 25.
     const Run few = fly(50, 4000, 20000);
     const Run most = fly(5000, 4000, 4000);
     const double fewUs = few.perAircraft();

@@ -111,6 +111,7 @@ void spawnLiveAc(LiveAircraft& aircraft) {
         return;
     }
     initialState(aircraft);
+    aircraft.samplesLostTo = SamplesLostTo::nothing;
     aircraft.lifeState = LifeState::adding2sim;
     addingStack.push_back(aircraft.hexid);
 }

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "core/text_parts.h"
 #include "fuzz/memory_folder.h"
 #include "liveries/aircraft_cfg.h"
 #include "liveries/reference_tables.h"
@@ -46,7 +47,7 @@ void checkLiveries(const std::list<Livery>& liveries) {
         require(titles.insert(livery.title).second && platform::isValidUtf8(livery.title));
         require(livery.airl == "PVT" || gf_isIcaoAirline(livery.airl));
         require(gAllTypes.contains(livery.type) && livery.scan == 1);
-        require(livery.atcid.size() <= longestRegistration);
+        require(utf8Length(livery.atcid) <= longestRegistration);
         require(livery.airl != "ZZZ" || livery.atcid.empty());
     }
 }

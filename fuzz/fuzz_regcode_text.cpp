@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "core/text_parts.h"
 #include "fuzz/memory_folder.h"
 #include "liveries/regcode_files.h"
 
@@ -22,7 +23,8 @@ void require(bool condition) {
 }
 
 bool isRegcode(const std::string& reg) {
-    return reg.size() >= shortestRegcode && reg.size() <= longestRegcode &&
+    const std::size_t length = utf8Length(reg);
+    return length >= shortestRegcode && length <= longestRegcode &&
            reg.find_first_of(",;") == std::string::npos;
 }
 

@@ -97,8 +97,10 @@ bool ScanTasks::start(Task task, std::list<Livery>& into) {
     if (!whileWaiting_()) {
         return false;
     }
-    if (waiting_.size() >= atMost_ * tasksAhead && !collect(waiting_.size() / 2, into)) {
-        return false;
+    while (waiting_.size() >= atMost_ * tasksAhead) {
+        if (!collectOldest(into)) {
+            return false;
+        }
     }
     std::packaged_task<std::list<Livery>()> packaged(std::move(task));
     auto result = packaged.get_future();
@@ -109,7 +111,7 @@ bool ScanTasks::start(Task task, std::list<Livery>& into) {
 
 bool ScanTasks::collectAll(std::list<Livery>& into) {
     while (!waiting_.empty()) {
-        if (!collect((waiting_.size() + 1) / 2, into)) {
+        if (!collectOldest(into)) {
             return false;
         }
     }
@@ -127,28 +129,13 @@ void ScanTasks::abandon(std::list<Livery>& into) {
     workers_->tasks.clear();
 }
 
-bool ScanTasks::collect(std::size_t count, std::list<Livery>& into) {
-    // The last of them first, which mostly ends last: a wait for each in turn would be a change of threads for each file.
-    if (!waitFor(waiting_[count - 1])) {
-        return false;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        if (!waitFor(waiting_.front())) {
-            return false;
-        }
-        into.splice(into.end(), waiting_.front().get());
-        waiting_.pop_front();
-    }
-    return true;
-}
-
-bool ScanTasks::waitFor(std::future<std::list<Livery>>& result) {
-    if (result.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-        return true;
-    }
-    workers_->wakeAll();
+bool ScanTasks::collectOldest(std::list<Livery>& into) {
+    std::future<std::list<Livery>>& oldest = waiting_.front();
     const platform::SteadyTime end = platform::steadyNow() + longestWait;
-    while (result.wait_for(waitSlice) != std::future_status::ready) {
+    if (oldest.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+        workers_->wakeAll();
+    }
+    while (oldest.wait_for(waitSlice) != std::future_status::ready) {
         if (!whileWaiting_()) {
             return false;
         }
@@ -156,5 +143,7 @@ bool ScanTasks::waitFor(std::future<std::list<Livery>>& result) {
             throw std::runtime_error("Future wait timed out after 10 seconds");
         }
     }
+    into.splice(into.end(), oldest.get());
+    waiting_.pop_front();
     return true;
 }

@@ -35,9 +35,7 @@ public:
 
 private:
     struct Workers;
-    /// What the oldest tasks gave, so many of them; fails as start does.
-    bool collect(std::size_t count, std::list<Livery>& into);
-    bool waitFor(std::future<std::list<Livery>>& result);
+    bool collectOldest(std::list<Livery>& into);
 
     std::size_t atMost_;
     WhileWaiting whileWaiting_;

@@ -4,7 +4,9 @@
 
 #include "tests/engine/engine_test.h"
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 namespace {
@@ -140,6 +142,22 @@ TEST_F(SpawnTest, anAircraftThatLostItsSamplesWhileOthersWereCreatedGoesBecauseO
     EXPECT_EQ(aircraft.dropRecord, 1);
     EXPECT_THAT(log.lines(),
                 ElementsAre("                   KLM123   PH-ABC KLM A320 goes: too many others were to be created"));
+}
+
+TEST_F(SpawnTest, whatAnAircraftLostBeforeItWasCreatedIsNotWhyItGoesAfterwards) {
+    LiveAircraft& aircraft = bufferedInTheAir();
+    give(aircraft, airSample(2, 0, due + 2000));
+    for (std::uint32_t i = 0; i < 11; ++i) {
+        liveCreateQueue.push_back({.tailNumber = "X", .title = "X", .hexid = i});
+    }
+    EXPECT_FALSE(creates(aircraft));
+    liveCreateQueue.clear();
+    slotClock = aircraft.stream[0].slot;
+    ASSERT_TRUE(creates(aircraft));
+    aircraft.lifeState = LifeState::buffer; // as behind a respawn, for which the feed has gone silent
+    aircraft.stream.popBack();
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("goes: it was not seen again")));
 }
 
 TEST_F(SpawnTest, anAircraftOfWhichALandingLeavesOnePositionGoesBecauseOfIt) {

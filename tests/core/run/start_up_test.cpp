@@ -302,7 +302,7 @@ TEST_F(RunFailure, whatIsNoExceptionIsUnknown) {
 TEST(ClosingDownThreads, asksForTheStandNextToTheUser) {
     ProgramRun run;
     run.start();
-    ASSERT_TRUE(run.willLog("detected at this PC")) << run.log();
+    ASSERT_TRUE(run.willLog("Waiting for Prepar3D")) << run.log(); // the run has forgotten where the user was
     userOnGroundKnown = true;
     window_system::clickClose();
     ASSERT_TRUE(run.ends()) << run.log();
