@@ -29,7 +29,7 @@ Charset charsetOfFile(const std::filesystem::path& path);
 /// U+FFFD. Unicode of an odd size has no lines.
 std::vector<std::string> linesOf(Charset charset, std::string_view bytes);
 
-/// Reads a whole file into `lines`, in place of what they held, using the room that they have. The answer is empty on success; "open_failed", without
-/// a word in the log; or the text of the error line in the log when the charset is none or reading fails. No
-/// exceptions.
+/// Reads a whole file into `lines`, in place of what they held, using the room that they have. The answer is empty on
+/// success; "open_failed", without a word in the log; or the text of the error line in the log when the charset is none
+/// or reading fails. No exceptions.
 std::string readLines(Charset charset, const std::filesystem::path& path, std::vector<std::string>& lines);

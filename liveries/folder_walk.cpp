@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/text_parts.h"
 #include "liveries/ascii_text.h"
 #include "platform/files.h"
 
@@ -16,12 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::ptrdiff_t longestPath = 250; // characters; a path text of this length is not gone into
-
-/// Of UTF-8: every byte but those that continue a character.
-std::ptrdiff_t characterCount(std::string_view text) {
-    return std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; });
-}
+constexpr std::size_t longestPath = 250; // characters; a path text of this length is not gone into
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
@@ -128,7 +124,7 @@ bool isCfgFileName(std::string_view name) {
 }
 
 bool isFolderToScan(std::string_view path) {
-    return !contains(path, "airport") && characterCount(path) < longestPath;
+    return !contains(path, "airport") && utf8Length(path) < longestPath;
 }
 
 bool isIvaoPath(std::string_view path) {

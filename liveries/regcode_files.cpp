@@ -43,18 +43,6 @@ std::vector<std::string> registrationsOf(std::string_view list) {
     return regs;
 }
 
-/// Leaves the first of equal ones.
-void removeRepeated(std::vector<std::string>& regs) {
-    auto kept = regs.begin();
-    for (auto reg = regs.begin(); reg != regs.end(); ++reg) {
-        if (std::find(regs.begin(), kept, *reg) == kept) {
-            std::iter_swap(kept, reg);
-            ++kept;
-        }
-    }
-    regs.erase(kept, regs.end());
-}
-
 const char* liveriesWord(std::size_t count) {
     return count == 1 ? "livery" : "liveries";
 }
@@ -140,7 +128,6 @@ private:
             logError(fmt::format("{} ; regs empty?", title));
             return;
         }
-        removeRepeated(regs);
         isSpecial = isSpecial || regs.size() == 1;
         entries_.push_back({std::string(title), std::move(regs), isSpecial});
     }

@@ -16,7 +16,8 @@ struct RegEntry {
 /// should be; what could be read is in the list all the same. A file that does not load is deleted.
 bool lf_readAigRegcodes(const std::filesystem::path& file, std::vector<RegEntry>& entries);
 
-/// Appends the entries of the .txt files that lie directly in the folder, in the order of their names. A faulty line, or
-/// the faulty one of several registrations, costs itself, with a log line. An entry that ends up with one registration
-/// is special. False, with the reason in the log, when the folder or a file cannot be read.
+/// Appends the entries of the .txt files that lie directly in the folder, in the order of their names. A faulty line,
+/// or the faulty one of several registrations, costs itself, with a log line. An entry is special by its mark, or when
+/// one registration alone is left; a repeated registration stays as it was told. False, with the reason in the log,
+/// when the folder or a file cannot be read.
 bool lf_readRegcodeFiles(const std::filesystem::path& folder, std::vector<RegEntry>& entries);

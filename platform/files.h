@@ -43,8 +43,8 @@ std::vector<std::filesystem::path> programFilesFolders();
 /// new one, whole, even after a power cut.
 std::error_code replaceFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// What lies in a folder. A link is what it leads to. A linked folder is one that a walk is not to go into: natively any
-/// that a link leads to, on Windows one that lies round the link.
+/// What lies in a folder. A link is what it leads to. A linked folder is one that a walk is not to go into: natively
+/// any that a link leads to, on Windows one that lies round the link.
 struct FolderEntry {
     enum class Kind : unsigned char { file, folder, linkedFolder };
 

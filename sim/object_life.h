@@ -24,8 +24,8 @@ void staticDataArrived(const EngineMessage& message);
 /// The simulator cannot create the livery; the record goes. Throws as gf_noteFailedTitle does.
 void creationRefused(const EngineMessage& message);
 
-/// Erases the live aircraft that are marked for dropping as compactLiveTable does, and what one that was to be made anew
-/// has left on the disk. Needs no lock.
+/// Erases the live aircraft that are marked for dropping as compactLiveTable does, and what one that was to be made
+/// anew has left on the disk. Needs no lock.
 void eraseDroppedLive();
 
 /// Once a slot: counts each new object on, and makes it active 200 slots after it came into being.

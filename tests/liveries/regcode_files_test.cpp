@@ -163,11 +163,6 @@ TEST_F(OwnRegcodes, ofSeveralWithOneRemainingTheTitleIsSpecialWithAndWithoutTheM
     EXPECT_THAT(texts(), ElementsAre("One:PH-ABC:special", "Two:PH-ABC:special", "Three:PH-ABC,PH-DEF"));
 }
 
-TEST_F(OwnRegcodes, aRegistrationThatIsRepeatedIsOne) {
-    EXPECT_TRUE(read("One;PH-ABC,PH-ABC\nTwo;PH-DEF,PH-ABC,PH-DEF,PH-ABC\n"));
-    EXPECT_THAT(texts(), ElementsAre("One:PH-ABC:special", "Two:PH-DEF,PH-ABC"));
-}
-
 TEST_F(OwnRegcodes, aRegistrationsLengthIsThatOfItsCharacters) {
     EXPECT_TRUE(read("One;\xC3\x84\xC3\x84\nTwo;\xC3\x84-\xC3\x84\nThree;\xC3\x84"
                      "BCDEFGHIJKL\n"

@@ -26,9 +26,15 @@ public:
     explicit Closed(const fs::path& path)
         : handle_(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS,
                               nullptr)) {}
-    ~Closed() { CloseHandle(handle_); }
+    ~Closed() {
+        if (isClosed()) {
+            CloseHandle(handle_);
+        }
+    }
     Closed(const Closed&) = delete;
     Closed& operator=(const Closed&) = delete;
+
+    bool isClosed() const { return handle_ != INVALID_HANDLE_VALUE; }
 
 private:
     HANDLE handle_;
@@ -64,6 +70,7 @@ TEST_F(UnusualFolders, aNameThatIsNoTextIsReadAllTheSame) {
 
 TEST_F(UnusualFolders, aFileThatIsClosedToTheUserCostsItself) {
     const Closed file(makeLivery("x/1", "Closed"));
+    ASSERT_TRUE(file.isClosed());
     makeLivery("x/2", "Open");
     EXPECT_TRUE(lf_scanFolders({"x"}));
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Open"));
@@ -74,6 +81,7 @@ TEST_F(UnusualFolders, aFolderThatIsClosedToTheUserCostsItself) {
     makeLivery("x/1", "Closed");
     makeLivery("x/2", "Open");
     const Closed folder("x/1");
+    ASSERT_TRUE(folder.isClosed());
     WIN32_FIND_DATAW found{};
     if (HANDLE search = FindFirstFileW(L"x\\1\\*", &found); search != INVALID_HANDLE_VALUE) {
         FindClose(search);
@@ -87,6 +95,7 @@ TEST_F(UnusualFolders, aFileOfRegistrationsThatIsClosedToTheUserIsNamed) {
     writeFile("own/a.txt", "One\n");
     writeFile("own/b.txt", "Two\n");
     const Closed file("own/a.txt");
+    ASSERT_TRUE(file.isClosed());
     std::vector<RegEntry> entries;
     EXPECT_FALSE(lf_readRegcodeFiles("own", entries));
     ASSERT_EQ(entries.size(), 1U);

@@ -1,4 +1,6 @@
+#include <filesystem>
 #include <map>
+#include <string>
 
 #include <gtest/gtest.h>
 

@@ -10,14 +10,15 @@
 
 #include "tests/support/eventually.h"
 
-/// A link while it lives. To a folder it is a junction, to a file a symbolic link. Wine makes neither, but shows those of
-/// the machine that it runs on, so there it is one of theirs. Some machines let nobody make links.
+/// A link while it lives. To a folder it is a junction, to a file a symbolic link. Wine makes neither, but shows those
+/// of the machine that it runs on, so there it is one of theirs. Some machines let nobody make links.
 class Link {
 public:
     Link(std::filesystem::path link, const std::filesystem::path& target) : link_(std::move(link)) {
         if (isWine()) {
-            runThere("ln", L"-s " + quoted(there(absolute(target))) + L" " + quoted(there(absolute(link_))));
-            isMade_ = eventually([this] { return exists(link_); });
+            isMade_ =
+                runThere("ln", L"-s " + quoted(there(absolute(target))) + L" " + quoted(there(absolute(link_)))) &&
+                eventually([this] { return exists(link_); });
         } else if (is_directory(target)) {
             _wspawnlp(_P_WAIT, L"cmd", L"cmd", L"/c", L"mklink", L"/J",
                       quoted(link_.make_preferred().wstring()).c_str(), quoted(absolute(target).wstring()).c_str(),
@@ -30,8 +31,9 @@ public:
     }
     ~Link() {
         if (isWine()) {
-            runThere("rm", quoted(there(absolute(link_))));
-            eventually([this] { return !exists(link_); });
+            if (runThere("rm", quoted(there(absolute(link_)))) && isMade_) {
+                eventually([this] { return !exists(link_); });
+            }
         } else if (!RemoveDirectoryW(link_.c_str())) {
             DeleteFileW(link_.c_str());
         }
@@ -59,19 +61,25 @@ private:
         return {copy.begin(), copy.end()};
     }
 
-    /// Nobody can wait for a program of that machine.
-    static void runThere(const std::string& program, const std::wstring& arguments) {
+    /// Whether it has started; nobody can wait for a program of that machine.
+    static bool runThere(const std::string& program, const std::wstring& arguments) {
         const std::string unixPath = "/bin/" + program;
         wchar_t* const path = reinterpret_cast<FromThere>(wineRoutine("wine_get_dos_file_name"))(unixPath.c_str());
+        if (path == nullptr) {
+            return false; // no drive of Wine's leads there
+        }
         std::wstring command = quoted(path) + L" " + arguments;
         HeapFree(GetProcessHeap(), 0, path);
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION process{};
-        if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
-            CloseHandle(process.hProcess);
-            CloseHandle(process.hThread);
+        if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                            &process)) {
+            return false;
         }
+        CloseHandle(process.hProcess);
+        CloseHandle(process.hThread);
+        return true;
     }
 
     std::filesystem::path link_;

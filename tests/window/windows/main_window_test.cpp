@@ -9,6 +9,7 @@
 
 #include "core/parameter_file.h"
 #include "core/parameters.h"
+#include "platform/window_system.h"
 #include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/program_run.h"

@@ -1,5 +1,5 @@
-// The end of a process one of whose threads does not come out. It ends without the tests' own end, so it is a process of
-// its own.
+// The end of a process one of whose threads does not come out. It ends without the tests' own end, so it is a process
+// of its own.
 #include <gtest/gtest.h>
 
 #include <chrono>
