@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "rig/traffic/hold_out.h"
 #include "rig/world/trace_reader.h"
 #include "tests/rig/report/flown_trace.h"
 #include "tests/support/message_of.h"
@@ -133,6 +134,23 @@ TEST(Analysis, aLineThatTheProgramsReaderLeavesOutIsNoSampleAhead) {
     const Analysis analysis =
         analysisOf([](double due) { return flyingAt(shifted(placeAt(due), 0, due < 60 ? 0 : (due - 60) * 50)); },
                    rows.recording(), None().inputs);
+    EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
+    EXPECT_GT(only(analysis).air.crossTrackWithoutSamples.worst(), 1000);
+    EXPECT_NEAR(only(analysis).air.withoutSamples, 70, 0.2);
+}
+
+TEST(Analysis, whatIsHeldOutIsNoSampleAhead) {
+    const Recording recording = flight();
+    RowMaker rows;
+    rows.tellFlight(62, 200);
+    Recording kept = rows.recording();
+    takeDueTimes(kept, recording);
+    const FeedTracks heldOut = feedTracks(kept);
+    None none;
+    none.inputs.heldOut = &heldOut;
+    const Analysis analysis =
+        analysisOf([](double due) { return flyingAt(shifted(placeAt(due), 0, due < 60 ? 0 : (due - 60) * 50)); },
+                   recording, none.inputs);
     EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
     EXPECT_GT(only(analysis).air.crossTrackWithoutSamples.worst(), 1000);
     EXPECT_NEAR(only(analysis).air.withoutSamples, 70, 0.2);
