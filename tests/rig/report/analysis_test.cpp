@@ -493,6 +493,25 @@ TEST(AnalysisOfTheGround, aTouchdownTellsItsSinkAndItsBank) {
     EXPECT_NEAR(only(analysis).ground.seconds, 70, 0.2);
 }
 
+/// It is compared in every other frame, and on the ground in just those.
+TEST(AnalysisOfTheGround, whatIsFlownWithoutSamplesCountsWhereEachFrameIs) {
+    Airport airport;
+    RowMaker rows;
+    rows.tellFlight(0, 60);
+    const Analysis analysis = analysisOf(
+        [&airport](double due) {
+            const auto frame = std::lround((due + 30) * FlownTrace::framesPerSecond);
+            return flyingAt(placeAt(due), airport.standingFeet() + (frame % 2 == 0 ? 0 : 100));
+        },
+        rows.recording(), airport.inputs());
+    const StateFigures& air = only(analysis).air;
+    const StateFigures& ground = only(analysis).ground;
+    EXPECT_NEAR(ground.withoutSamples, 35, 0.2);
+    EXPECT_NEAR(air.withoutSamples, 35, 0.2);
+    EXPECT_LE(ground.withoutSamples + ground.onWayBack, ground.seconds);
+    EXPECT_LE(air.withoutSamples + air.onWayBack, air.seconds);
+}
+
 // --- Several aircraft
 
 TEST(AnalysisOfSeveral, sevenSecondsInOneAnotherAreSeven) {
