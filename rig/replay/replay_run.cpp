@@ -212,8 +212,8 @@ void report(const ReplayOptions& options, std::ostream& out) {
 
 fs::path defaultReplayFolder(const fs::path& recording) {
     fs::path name = recording.filename();
-    while (name.has_extension()) {
-        name = name.stem();
+    for (const char* const extension : {".gz", ".csv"}) {
+        name = name.extension() == extension ? name.stem() : name;
     }
     return fs::path("replay-output") / name;
 }

@@ -42,12 +42,12 @@ struct ReplayResult {
 };
 
 /// Where "rig replay" leaves report, trace and log when nobody says where to: "replay-output/NAME", the recording being
-/// NAME.csv.gz.
+/// NAME.csv.gz or NAME.csv; of any other name all of it.
 std::filesystem::path defaultReplayFolder(const std::filesystem::path& recording);
 
-/// Tells on `out` what has been replayed, then what the report tells, and at last where all of it lies. Throws std::runtime_error, with a text for
-/// the user, when it cannot begin, its files cannot be written or there is no line to hold out, and what ends a run as
-/// an error.
+/// Tells on `out` what has been replayed, then what the report tells, and at last where all of it lies. Throws
+/// std::runtime_error, with a text for the user, when it cannot begin, its files cannot be written or there is no line
+/// to hold out, and what ends a run as an error.
 ReplayResult runReplay(const ReplayOptions& wanted, std::ostream& out);
 
 } // namespace rig

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <set>
+#include <tuple>
 #include <utility>
 
 #include "core/geography.h"
@@ -310,6 +312,23 @@ void markTaken(FeedTracks& tracks, const FeedInRange& inRange) {
     }
 }
 
+/// What was held out has never come to the program. It is known by time and place: two samples may come at once.
+void markHeldOut(FeedTracks& tracks, const FeedTracks& heldOut) {
+    for (const auto& [hexid, kept] : heldOut) {
+        const auto aircraft = tracks.find(hexid);
+        if (aircraft == tracks.end()) {
+            continue;
+        }
+        std::set<std::tuple<double, double, double>> keptBack;
+        for (const FeedPoint& point : kept.points) {
+            keptBack.emplace(point.seconds, point.at.lat, point.at.lon);
+        }
+        for (FeedPoint& point : aircraft->second.points) {
+            point.isTaken = point.isTaken && !keptBack.contains({point.seconds, point.at.lat, point.at.lon});
+        }
+    }
+}
+
 double beginOf(const FeedTracks& tracks) {
     double begin = 0;
     bool isFirst = true;
@@ -337,6 +356,9 @@ Analysis analyse(const AnalysisInputs& inputs) {
         analysis.inRange = feedInRange(*inputs.recording, analysis.tracks, analysis.survey, LogReasons(inputs.log),
                                        {inputs.radiusNm, inputs.takesGroundTraffic});
         markTaken(analysis.tracks, analysis.inRange);
+        if (inputs.heldOut != nullptr) {
+            markHeldOut(analysis.tracks, *inputs.heldOut);
+        }
     }
     Measurement measurement(inputs, analysis);
     readAll(inputs.trace, measurement);

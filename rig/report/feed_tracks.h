@@ -1,5 +1,6 @@
 // rig/report/feed_tracks.h
-// Where the feed told each aircraft to be, or the truth beside it. Value types; functions without state: any thread.
+// Where the feed told each aircraft to be, or the truth beside it. Value types; the functions are for any thread once
+// the types are read: gAllTypes must be complete before, and not change meanwhile.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +22,7 @@ struct FeedPoint {
     LatLon at;
     bool onGround = false;
     double altFeet = 0;  ///< as delivered
-    bool isTaken = true; ///< false: the program's reader leaves it out
+    bool isTaken = true; ///< false: the program's reader leaves it out, or it was held out and never came
 };
 
 struct FeedAircraft {
@@ -29,7 +30,7 @@ struct FeedAircraft {
     std::set<std::string> names; ///< call signs and registrations: a tail number in the simulator is one of them
     std::string callsign;        ///< the first one that was told
     std::string registration;
-    std::string type;
+    std::string type;    ///< the first one told that gAllTypes has; when it has none of them, the first one
     std::string emitter; ///< category of the emitter, such as "A3"
     std::vector<FeedPoint> points;
 

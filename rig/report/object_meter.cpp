@@ -145,6 +145,8 @@ void ObjectMeter::take(const Frame& frame, Moments& moments) {
         compare(frame, moments);
     }
     StateFigures& here = state();
+    here.withoutSamples += course_ == Course::withoutSamples ? frameSeconds : 0;
+    here.onWayBack += course_ == Course::wayBack ? frameSeconds : 0;
     here.belowGround += belowFeet_ > 0 ? frameSeconds : 0;
     here.floating += floatingFeet_ > 0 ? frameSeconds : 0;
     here.overlapping += frame.isOverlapping ? frameSeconds : 0;
@@ -336,16 +338,13 @@ void ObjectMeter::compare(const Frame& frame, Moments& moments) {
 
 void ObjectMeter::compareWithTrack(const Frame& frame, Moments& moments) {
     const TrackPlace place = track_->take(frame.seconds, frame.position.place());
-    const double since = isNew_ ? 0 : frame.seconds - comparedBefore_;
-    comparedBefore_ = frame.seconds;
-    StateFigures& here = state();
-    here.withoutSamples += place.course == Course::withoutSamples ? since : 0;
-    here.onWayBack += place.course == Course::wayBack ? since : 0;
+    course_ = place.course;
     tell(crossTrackEpisode_, MomentKind::crossTrack, place.isOnLeg && place.metres > usualCrossTrackMetres,
          place.metres, usualCrossTrackMetres, frame, moments);
     if (!place.isOnLeg) {
         return;
     }
+    StateFigures& here = state();
     here.crossTrackOf(place.course).add(place.metres);
     if (place.moves) {
         here.alongTrack.add(place.feedSeconds - clock_.delayed(frame.seconds));

@@ -99,9 +99,9 @@ private:
     double belowFeet_ = 0;
     double floatingFeet_ = 0;
     double lastCompared_ = -1;
-    double comparedBefore_ = 0;
     bool feedOnGround_ = false;
     std::optional<TrackComparison> track_;
+    Course course_ = Course::onTrack; // as it was when last compared
     std::size_t nextHeldOut_ = 0;
     double stoodAt_ = 0;
     bool isPushed_ = false;

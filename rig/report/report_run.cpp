@@ -138,15 +138,15 @@ void runReport(const ReportOptions& options, std::ostream& out) {
     if (!trace) {
         throw std::runtime_error("cannot read " + traceName);
     }
+    if (!options.types.empty()) {
+        readTypes(options.types); // the tracks are made with them
+    }
     const auto recording = ifThere(options.recording, [&] { return loadRecording(options.recording); });
     const auto truth = ifThere(options.truth, [&] { return truthTracks(readText(options.truth)); });
     const auto heldOut = ifThere(options.heldOut, [&] { return heldOutTracks(options.heldOut, recording); });
     const std::string log = ifThere(options.log, [&] { return readText(options.log); }).value_or("");
     const auto scene = ifThere(options.scene, [&] { return readScene(options.scene); });
     const auto titles = titlesOf(options);
-    if (!options.types.empty()) {
-        readTypes(options.types);
-    }
     const AnalysisInputs inputs{.trace = trace,
                                 .recording = pointerTo(recording),
                                 .truth = pointerTo(truth),

@@ -216,7 +216,8 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
         return options.seconds && now - begin >= duration<double>(*options.seconds);
     };
     while (!world.hasQuit() && !platform::stopRequested() && !isTimeUp(platform::steadyNow())) {
-        // A frame that comes late is a long one: what moves goes on meanwhile, and the trace tells by its times how fast.
+        // A frame that comes late is a long one: what moves goes on meanwhile, and the trace tells by its times how
+        // fast.
         const platform::SteadyTime frame = platform::steadyNow();
         server.frame(options.speed * std::min(duration<double>(frame - lastFrame).count(), longestFrameSeconds));
         lastFrame = frame;

@@ -1,6 +1,7 @@
 // Streams of samples as wild as they come: whatever the feed says, what goes to the simulator stays sound.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>

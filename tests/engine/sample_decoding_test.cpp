@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
+
 #include "engine/extending_situations.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/allocation_count.h"

@@ -8,6 +8,7 @@
 
 #include "core/geography.h"
 #include "feed/traffic_line.h"
+#include "platform/files.h"
 #include "rig/report/report_run.h"
 #include "rig/traffic/recording.h"
 #include "tests/rig/replay/replay_folder.h"
@@ -99,7 +100,9 @@ TEST(ReplayReport, comesInTheSameCallWithAllThatTheReplayKnows) {
 
 TEST(ReplayReport, withoutAWordWhereToAllLiesInAFolderOfTheRecordingsName) {
     EXPECT_EQ(defaultReplayFolder("data/recordings/quiet_half_hour.csv.gz"), "replay-output/quiet_half_hour");
-    EXPECT_EQ(defaultReplayFolder("two.words.csv"), "replay-output/two");
+    EXPECT_EQ(defaultReplayFolder("flight.2026-05-01.csv"), "replay-output/flight.2026-05-01");
+    EXPECT_EQ(defaultReplayFolder("flight.2026-05-02.csv.gz"), "replay-output/flight.2026-05-02");
+    EXPECT_EQ(defaultReplayFolder("flight.gz.txt"), "replay-output/flight.gz.txt");
     ReplayFolder folder(overflights(1));
     folder.options.durationSeconds = 60;
     folder.options.trace.clear();
@@ -107,9 +110,10 @@ TEST(ReplayReport, withoutAWordWhereToAllLiesInAFolderOfTheRecordingsName) {
     folder.replay();
     EXPECT_EQ(figuresIn("replay-output/flights")["all"]["aircraft"], 1);
     EXPECT_TRUE(std::filesystem::exists("replay-output/flights/flight.trace"));
-    EXPECT_THAT(folder.told, EndsWith("trace: replay-output/flights/flight.trace\n"
-                                      "log: replay-output/flights/Log.txt\n"
-                                      "report: replay-output/flights\n"));
+    const std::filesystem::path output = std::filesystem::path("replay-output") / "flights";
+    EXPECT_THAT(folder.told, EndsWith(fmt::format(
+                                 "trace: {}\nlog: {}\nreport: {}\n", platform::utf8FromPath(output / "flight.trace"),
+                                 platform::utf8FromPath(output / "Log.txt"), platform::utf8FromPath(output))));
 }
 
 TEST(ReplayReport, traceAndLogLieWhereTheyAreWanted) {

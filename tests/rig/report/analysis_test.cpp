@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "rig/traffic/hold_out.h"
 #include "rig/world/trace_reader.h"
 #include "tests/rig/report/flown_trace.h"
 #include "tests/support/message_of.h"
@@ -133,6 +134,23 @@ TEST(Analysis, aLineThatTheProgramsReaderLeavesOutIsNoSampleAhead) {
     const Analysis analysis =
         analysisOf([](double due) { return flyingAt(shifted(placeAt(due), 0, due < 60 ? 0 : (due - 60) * 50)); },
                    rows.recording(), None().inputs);
+    EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
+    EXPECT_GT(only(analysis).air.crossTrackWithoutSamples.worst(), 1000);
+    EXPECT_NEAR(only(analysis).air.withoutSamples, 70, 0.2);
+}
+
+TEST(Analysis, whatIsHeldOutIsNoSampleAhead) {
+    const Recording recording = flight();
+    RowMaker rows;
+    rows.tellFlight(62, 200);
+    Recording kept = rows.recording();
+    takeDueTimes(kept, recording);
+    const FeedTracks heldOut = feedTracks(kept);
+    None none;
+    none.inputs.heldOut = &heldOut;
+    const Analysis analysis =
+        analysisOf([](double due) { return flyingAt(shifted(placeAt(due), 0, due < 60 ? 0 : (due - 60) * 50)); },
+                   recording, none.inputs);
     EXPECT_LT(only(analysis).air.crossTrack.worst(), 0.1);
     EXPECT_GT(only(analysis).air.crossTrackWithoutSamples.worst(), 1000);
     EXPECT_NEAR(only(analysis).air.withoutSamples, 70, 0.2);
@@ -473,6 +491,25 @@ TEST(AnalysisOfTheGround, aTouchdownTellsItsSinkAndItsBank) {
     EXPECT_NEAR(touchdown.bankDegrees, 2, 0.01);
     EXPECT_NEAR(only(analysis).air.seconds, 50, 0.2);
     EXPECT_NEAR(only(analysis).ground.seconds, 70, 0.2);
+}
+
+/// It is compared in every other frame, and on the ground in just those.
+TEST(AnalysisOfTheGround, whatIsFlownWithoutSamplesCountsWhereEachFrameIs) {
+    Airport airport;
+    RowMaker rows;
+    rows.tellFlight(0, 60);
+    const Analysis analysis = analysisOf(
+        [&airport](double due) {
+            const auto frame = std::lround((due + 30) * FlownTrace::framesPerSecond);
+            return flyingAt(placeAt(due), airport.standingFeet() + (frame % 2 == 0 ? 0 : 100));
+        },
+        rows.recording(), airport.inputs());
+    const StateFigures& air = only(analysis).air;
+    const StateFigures& ground = only(analysis).ground;
+    EXPECT_NEAR(ground.withoutSamples, 35, 0.2);
+    EXPECT_NEAR(air.withoutSamples, 35, 0.2);
+    EXPECT_LE(ground.withoutSamples + ground.onWayBack, ground.seconds);
+    EXPECT_LE(air.withoutSamples + air.onWayBack, air.seconds);
 }
 
 // --- Several aircraft
