@@ -2,7 +2,11 @@
 // What only a machine with such links can show of the folder of the user's registrations.
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -24,18 +28,39 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr fs::perms toRead = fs::perms::group_read | fs::perms::others_read;
+
 /// To the superuser nothing is closed; any other user is an ordinary one already.
 class Ordinary {
 public:
-    Ordinary() {
-        // He gets as far as the folder of the test.
-        fs::permissions(fs::current_path(), fs::perms::others_exec, fs::perm_options::add);
+    /// The folder is one that he may look at, whatever rights new folders have here. He keeps the superuser's group.
+    explicit Ordinary(const fs::path& folder) {
+        fs::permissions(fs::current_path(), fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add);
+        fs::permissions(folder, fs::perms::group_exec | fs::perms::others_exec | toRead, fs::perm_options::add);
         user_.emplace();
     }
     static bool isOne() { return geteuid() != 0; }
 
 private:
     std::optional<OtherUser> user_;
+};
+
+/// A file or a folder that nobody may open while this lives.
+class Closed {
+public:
+    explicit Closed(fs::path path) : path_(std::move(path)), rights_(fs::status(path_).permissions()) {
+        fs::permissions(path_, fs::perms::none);
+    }
+    ~Closed() {
+        std::error_code ignored;
+        fs::permissions(path_, rights_, ignored);
+    }
+    Closed(const Closed&) = delete;
+    Closed& operator=(const Closed&) = delete;
+
+private:
+    fs::path path_;
+    fs::perms rights_;
 };
 
 class RegcodeFolder : public testing::Test {
@@ -80,15 +105,14 @@ TEST_F(RegcodeFolder, aFolderThatCannotBeLookedAtIsTold) {
 
 TEST_F(RegcodeFolder, aFolderThatIsClosedToTheUserIsTold) {
     writeFile("input/my_regcodes/a.txt", "One\n");
-    fs::permissions("input/my_regcodes", fs::perms::none);
     {
-        const Ordinary user;
+        const Closed folder("input/my_regcodes");
+        const Ordinary user("input");
         if (!Ordinary::isOne()) {
             GTEST_SKIP() << "this process cannot become another user";
         }
         gf_processOfflineRegcodes();
     }
-    fs::permissions("input/my_regcodes", fs::perms::owner_all);
     EXPECT_THAT(log.lines(), Contains(AllOf(StartsWith("Error reading regcode files in input/my_regcodes, what: "),
                                             HasSubstr("Permission denied"))));
     EXPECT_THAT(shownMessage(), StartsWith("There were errors processing the regcode files in folder"));
@@ -97,10 +121,11 @@ TEST_F(RegcodeFolder, aFolderThatIsClosedToTheUserIsTold) {
 TEST_F(RegcodeFolder, aFileThatCannotBeOpenedIsNamedWithTheReasonAndTheOthersAreRead) {
     writeFile("own/a.txt", "One\n");
     writeFile("own/b.txt", "Two\n");
-    fs::permissions("own/a.txt", fs::perms::none);
+    fs::permissions("own/b.txt", toRead, fs::perm_options::add);
     std::vector<RegEntry> entries;
     {
-        const Ordinary user;
+        const Closed file("own/a.txt");
+        const Ordinary user("own");
         if (!Ordinary::isOne()) {
             GTEST_SKIP() << "this process cannot become another user";
         }
