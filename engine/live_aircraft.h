@@ -37,8 +37,8 @@ enum class SamplesLostTo : std::uint8_t { nothing, creationQueue, takeOffOrLandi
 inline constexpr std::int32_t initialTimeShiftSlots = 1000;
 inline constexpr double initialAltAboveGroundFeet = 2500;
 
-/// What each slot reads and writes stands together, from hexid to the beginning of the curve: with thousands of aircraft
-/// each line of the cache counts.
+/// What each slot reads and writes stands together, from hexid to the beginning of the curve: with thousands of
+/// aircraft each line of the cache counts.
 struct LiveAircraft : AircraftRecord {
     std::uint8_t onGround = 0;      ///< driven as a ground object
     std::uint8_t nosewheelDown = 0; ///< the pitch still goes towards groundPitch after touchdown

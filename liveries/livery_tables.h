@@ -73,8 +73,8 @@ extern std::array<std::vector<CategorizedType>, 3> RandomTypes;
 /// The list of a category in RandomTypes; null for one that has none.
 std::vector<CategorizedType>* randomTypesOf(AircraftCategory category);
 
-/// AirlineTable and AirlineModelTable, which must be empty, from the liveries, which must be sorted by airline, type and
-/// title. Fills the arena that all titles are views of.
+/// AirlineTable and AirlineModelTable, which must be empty, from the liveries, which must be sorted by airline, type
+/// and title. Fills the arena that all titles are views of.
 void lf_buildAirlineTables(std::span<const LiveryView> liveries);
 /// The title as it stands in AirlineTable; empty if it is not there.
 std::string_view lf_findTitle(std::string_view title);

@@ -40,7 +40,7 @@ struct Survey {
     double seconds = 0; ///< of the last frame
     std::uint64_t frames = 0;
     bool endedEarly = false;
-    std::uint64_t refusedWrites = 0;                 ///< of values that are no number or too large
+    std::uint64_t refusedWrites = 0;                 ///< exceptions 20 and 31, whatever they answer
     std::map<std::uint32_t, SurveyedObject> objects; ///< that the program has created, by id
     std::map<std::string, std::string> refused;      ///< tail number to title
     std::vector<UserPlace> user;                     ///< one a second
