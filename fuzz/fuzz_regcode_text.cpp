@@ -24,8 +24,7 @@ void require(bool condition) {
 
 bool isRegcode(const std::string& reg) {
     const std::size_t length = utf8Length(reg);
-    return length >= shortestRegcode && length <= longestRegcode &&
-           reg.find_first_of(",;") == std::string::npos;
+    return length >= shortestRegcode && length <= longestRegcode && reg.find_first_of(",;") == std::string::npos;
 }
 
 } // namespace
