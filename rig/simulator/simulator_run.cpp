@@ -210,7 +210,6 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
         return duration_cast<platform::SteadyTime::duration>(duration<double>(1 / world.framesPerSecond()));
     };
     platform::SteadyTime lastFrame = begin - framePeriod();
-    platform::SteadyTime nextFrame = begin;
     platform::SteadyTime nextLine = begin + refresh;
     const auto isTimeUp = [&](platform::SteadyTime now) {
         return options.seconds && now - begin >= duration<double>(*options.seconds);
@@ -229,9 +228,8 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
             trace.flush();
             nextLine = now + refresh;
         }
-        nextFrame += framePeriod();
-        nextFrame = std::max(nextFrame, now);
-        platform::sleepFor(nextFrame - now);
+        // Not sooner for one that came late, as on a screen: what moves by the real time would jump in a short frame.
+        platform::sleepFor(std::max(frame + framePeriod() - now, platform::SteadyTime::duration::zero()));
     }
     for (int i = 0; i < framesAfterQuit && world.hasQuit(); ++i) {
         server.frame(0);

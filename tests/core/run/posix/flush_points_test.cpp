@@ -3,31 +3,24 @@
 
 #include <chrono>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "core/exit_reason.h"
 #include "core/log.h"
 #include "core/run/closing_down.h"
-#include "distribution/download.h"
 #include "platform/clock.h"
-#include "platform/files.h"
 #include "platform/posix/memory_window.h"
 #include "platform/window_system.h"
-#include "rig/server/download_server.h"
+#include "tests/core/run/posix/held_start_up.h"
 #include "tests/support/eventually.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/program_run.h"
-#include "tests/support/scannable_livery.h"
-#include "tests/support/sealed_input.h"
-#include "tests/support/slow_file.h"
 #include "window/window_state.h"
 
 using namespace std::chrono_literals;
 
 namespace {
 
-class FlushPointThreads : public testing::Test {
+class FlushPointThreads : public HeldStartUp {
 protected:
     /// In the file as it lies there: ProgramRun::log would flush.
     bool isOnDisk(const std::string& text) const {
@@ -36,16 +29,10 @@ protected:
     bool willBeOnDisk(const std::string& text) const {
         return eventually([&] { return isOnDisk(text); });
     }
-
-    platform::ManualClock clock{std::chrono::sys_days(std::chrono::year(2026) / 11 / 21)};
-    ProgramRun run;
 };
 
 TEST_F(FlushPointThreads, theParametersAreOnTheDiskBeforeTheUpdateCheck) {
-    writeFile("served/downloads/versions.json", "{}");
-    std::optional<DownloadServer> server("served");
-    server->setFault(ServerFault::stall);
-    setDownloadRoot(server->root());
+    auto server = heldAtVersions();
     run.start();
     ASSERT_TRUE(eventually([&] { return !server->requests().empty(); })) << run.log();
     EXPECT_TRUE(isOnDisk("\nMAX_LIVE_SEL=500\n"));
@@ -53,12 +40,7 @@ TEST_F(FlushPointThreads, theParametersAreOnTheDiskBeforeTheUpdateCheck) {
 }
 
 TEST_F(FlushPointThreads, whetherRealTrafficIsHereIsOnTheDiskBeforeTheScan) {
-    writeScannableLivery();
-    run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
-                       {"SCAN_LIVERIES", "true"},
-                       {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});
-    writeSealed("input/AIG-regcodes.enc", "<root><meta/><AIG-regcodes/></root>");
-    const SlowFile regcodes("input/AIG-regcodes.enc");
+    const auto regcodes = heldAtScan();
     run.start();
     ASSERT_TRUE(eventually([] { return shownMessage() == "Scanning prioritized for liveries ..."; })) << run.log();
     EXPECT_TRUE(isOnDisk("\nRealTraffic not detected at this PC\n"));

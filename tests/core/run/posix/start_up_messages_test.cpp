@@ -2,23 +2,16 @@
 // waits until the test has something for it.
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <filesystem>
 #include <optional>
 #include <string>
 
 #include "distribution/download.h"
-#include "platform/clock.h"
-#include "platform/files.h"
 #include "rig/server/download_server.h"
+#include "tests/core/run/posix/held_start_up.h"
 #include "tests/support/eventually.h"
-#include "tests/support/program_run.h"
-#include "tests/support/scannable_livery.h"
 #include "tests/support/sealed_input.h"
 #include "tests/support/slow_file.h"
 #include "window/window_state.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -26,18 +19,10 @@ bool willShow(const std::string& message) {
     return eventually([&] { return shownMessage() == message; });
 }
 
-/// Time runs by the program's own sleeps.
-class StartUpMessageThreads : public testing::Test {
-protected:
-    platform::ManualClock clock{std::chrono::sys_days(std::chrono::year(2026) / 11 / 21)};
-    ProgramRun run;
-};
+class StartUpMessageThreads : public HeldStartUp {};
 
 TEST_F(StartUpMessageThreads, saysThatItLooksForNewData) {
-    writeFile("served/downloads/versions.json", "{}");
-    std::optional<DownloadServer> server("served");
-    server->setFault(ServerFault::stall);
-    setDownloadRoot(server->root());
+    auto server = heldAtVersions();
     run.start();
     EXPECT_TRUE(willShow("Looking for new data ..."));
     server.reset();
@@ -68,18 +53,12 @@ TEST_F(StartUpMessageThreads, saysWhatItReads) {
 }
 
 TEST_F(StartUpMessageThreads, saysThatItScansAndThenThatItBuildsItsTables) {
-    writeScannableLivery();
-    run.setParameters({{"SIM_INSTALL_PATH", platform::utf8FromPath(run.folder() / "Sim v5")},
-                       {"SCAN_LIVERIES", "true"},
-                       {"lfolder0", platform::utf8FromPath(run.folder() / "aircraft")}});
-    // The scan looks into it for titles that are not to be used, the tables are built with its registrations.
-    writeSealed("input/AIG-regcodes.enc", "<root><meta/><AIG-regcodes/></root>");
-    const SlowFile regcodes("input/AIG-regcodes.enc");
+    const auto regcodes = heldAtScan();
     run.start();
     EXPECT_TRUE(willShow("Scanning prioritized for liveries ..."));
-    EXPECT_TRUE(regcodes.letIn());
+    EXPECT_TRUE(regcodes->letIn());
     EXPECT_TRUE(willShow("Building the livery tables ..."));
-    EXPECT_TRUE(regcodes.letIn());
+    EXPECT_TRUE(regcodes->letIn());
     EXPECT_TRUE(willShow("Waiting for Prepar3Dv5 ..."));
 }
 
