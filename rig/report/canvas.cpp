@@ -48,6 +48,14 @@ void Canvas::text(const Pixel& at, const std::string& text, double size, const C
     cairo_new_path(context_.get());
 }
 
+void Canvas::textEndingAt(const Pixel& at, const std::string& text, double size, const Colour& colour) {
+    cairo_select_font_face(context_.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(context_.get(), size);
+    cairo_text_extents_t extents;
+    cairo_text_extents(context_.get(), platform::readableText(text).c_str(), &extents);
+    this->text({at.x - extents.x_advance, at.y}, text, size, colour);
+}
+
 void Canvas::line(const std::vector<Pixel>& points, const Colour& colour, double width) {
     choose(colour);
     cairo_set_line_width(context_.get(), width);

@@ -37,6 +37,8 @@ public:
     Canvas(int width, int height);
 
     void text(const Pixel& at, const std::string& text, double size, const Colour& colour, bool isBold = false);
+    /// The text ends at the point instead of beginning there.
+    void textEndingAt(const Pixel& at, const std::string& text, double size, const Colour& colour);
     void line(const std::vector<Pixel>& points, const Colour& colour, double width);
     void dot(const Pixel& at, double radius, const Colour& colour);
     void ring(const Pixel& at, double radius, const Colour& colour, double width);

@@ -135,8 +135,8 @@ void plot(Canvas& canvas, const Box& box, const std::string& title, const std::v
     }
     canvas.line(pixels, colour, 1.6);
     canvas.unclip();
-    canvas.text({box.left + box.width - 92, box.top + 15}, fmt::format("{:.1f} to {:.1f}", least, most), textSize - 2,
-                ink);
+    canvas.textEndingAt({box.left + box.width - 6, box.top + 15}, fmt::format("{:.1f} to {:.1f}", least, most),
+                        textSize - 2, ink);
 }
 
 std::vector<LatLon> placesOf(const std::vector<FeedPoint>& points) {
