@@ -21,6 +21,9 @@ using platform::socket_error::wouldBlock;
 /// How long the loop may take to see that it shall stop.
 constexpr std::chrono::milliseconds receiveTimeout{1000};
 constexpr int restartDelaySeconds = 15;
+/// Over a busy airport four hundred lines come in one go; the usual room holds half of them while this thread waits for
+/// its turn on a busy machine.
+constexpr int receiveRoomBytes = 1 << 20;
 
 bool isPassing(int error) {
     return error == interrupted || error == wouldBlock || error == timedOut;
@@ -60,6 +63,7 @@ void UdpReader::open(std::uint16_t port, bool local) {
     throwIfFailed(socket.create(), "failed to create the socket, error: {}");
     throwIfFailed(socket.bind(local ? platform::BindTo::thisMachine : platform::BindTo::allAddresses, port),
                   "bind to stream socket failed, error: {}");
+    socket.setReceiveRoom(receiveRoomBytes); // with less a line may be lost, which is no reason not to listen
     boundPort = socket.boundPort();
 }
 

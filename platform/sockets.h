@@ -43,6 +43,8 @@ public:
     int create();
     int bind(BindTo where, std::uint16_t port);
     int setReceiveTimeout(std::chrono::milliseconds timeout);
+    /// Asks the system to hold so many bytes that nobody has received yet; it may hold fewer. What has no room is lost.
+    int setReceiveRoom(int bytes);
 
     /// Waits for one datagram, at most as long as the time-out says: then the error is timedOut. One that does not fit
     /// in `size` bytes is lost and gives messageTooLong.

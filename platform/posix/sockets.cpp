@@ -121,9 +121,8 @@ ResolvedAddress resolve(const char* host, const std::string& service, int type) 
     return result;
 }
 
-int setOption(std::intptr_t handle, int level, int option) {
-    const int on = 1;
-    return answer(setsockopt(static_cast<int>(handle), level, option, &on, sizeof on));
+int setOption(std::intptr_t handle, int level, int option, int value = 1) {
+    return answer(setsockopt(static_cast<int>(handle), level, option, &value, sizeof value));
 }
 
 int setTimeout(std::intptr_t handle, int option, std::chrono::milliseconds timeout) {
@@ -189,6 +188,10 @@ int DatagramSocket::bind(BindTo where, std::uint16_t port) {
 
 int DatagramSocket::setReceiveTimeout(std::chrono::milliseconds timeout) {
     return setTimeout(handle_, SO_RCVTIMEO, timeout);
+}
+
+int DatagramSocket::setReceiveRoom(int bytes) {
+    return setOption(handle_, SOL_SOCKET, SO_RCVBUF, bytes);
 }
 
 SocketResult DatagramSocket::receive(char* buffer, std::size_t size) {

@@ -131,6 +131,10 @@ int DatagramSocket::setReceiveTimeout(std::chrono::milliseconds timeout) {
     return setOption(handle_, SOL_SOCKET, SO_RCVTIMEO, static_cast<DWORD>(timeout.count()));
 }
 
+int DatagramSocket::setReceiveRoom(int bytes) {
+    return setOption(handle_, SOL_SOCKET, SO_RCVBUF, static_cast<DWORD>(bytes));
+}
+
 SocketResult DatagramSocket::receive(char* buffer, std::size_t size) {
     return transferred(recv(native(handle_), buffer, static_cast<int>(size), 0));
 }

@@ -89,7 +89,8 @@ public:
         aircraft.hexid = *hexid;
         takeWords(aircraft);
         const double alt = parseDouble(fields_[traffic_field::altitude]).value_or(0);
-        takePoint(aircraft.points, {row.due, *at, alt <= 0, alt});
+        const double knots = parseDouble(fields_[traffic_field::gs]).value_or(0);
+        takePoint(aircraft.points, {row.due, *at, alt <= 0, alt, std::max(knots, 0.0)});
     }
 
     FeedTracks tracks;
@@ -191,7 +192,16 @@ std::optional<FeedPoint> FeedAircraft::at(double seconds) const {
     return FeedPoint{seconds,
                      {a.at.lat + share * (b.at.lat - a.at.lat), std::remainder(lon, 360.0)},
                      a.onGround && b.onGround,
-                     a.altFeet + share * (b.altFeet - a.altFeet)};
+                     a.altFeet + share * (b.altFeet - a.altFeet),
+                     a.knots + share * (b.knots - a.knots)};
+}
+
+double FeedAircraft::knotsAt(double seconds) const {
+    const std::size_t index = indexAt(seconds);
+    if (index + 1 >= points.size() || seconds < points[index].seconds) {
+        return 0;
+    }
+    return std::min(points[index].knots, points[index + 1].knots);
 }
 
 bool FeedAircraft::isOnGround(double seconds, double around) const {

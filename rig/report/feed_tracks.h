@@ -22,6 +22,7 @@ struct FeedPoint {
     LatLon at;
     bool onGround = false;
     double altFeet = 0;  ///< as delivered
+    double knots = 0;    ///< over the ground, as delivered; 0 when it is not told
     bool isTaken = true; ///< false: the program's reader leaves it out, or it was held out and never came
 };
 
@@ -40,6 +41,9 @@ struct FeedAircraft {
     /// The place at that time, between two points on the straight line; nothing before the first, behind the last, and
     /// in a gap longer than longestLegSeconds in which it has moved.
     std::optional<FeedPoint> at(double seconds) const;
+    /// Over the ground, knots: the lesser of what the points on both sides of the moment tell, for one alone may be wrong.
+    /// 0 before the first, behind the last, and where one does not tell it.
+    double knotsAt(double seconds) const;
     /// On the ground at all points from `seconds` minus `around` to `seconds` plus `around`, of which there must be
     /// one.
     bool isOnGround(double seconds, double around) const;

@@ -208,7 +208,9 @@ bool ObjectMeter::isFloating(double wheelsFeet, const Frame& frame) const {
 void ObjectMeter::measureStep(const Frame& frame, double frameSeconds, Moments& moments) {
     const Position& before = past_.back().position;
     const double metres = greatCircleNm(before.place(), frame.position.place()) * metersPerNm;
-    const double speed = std::max(knotsOf(before), knotsOf(frame.position)) * metresPerSecondPerKnot;
+    // What is written is the speed that suits engines and flaps, and may be well below that over the ground.
+    const double toldKnots = facts_.feed != nullptr ? facts_.feed->knotsAt(clock_.delayed(frame.seconds)) : 0;
+    const double speed = std::max({knotsOf(before), knotsOf(frame.position), toldKnots}) * metresPerSecondPerKnot;
     const double share = metres / std::max(speed * frameSeconds, shortestJumpMetres / jumpShare);
     StateFigures& here = state();
     here.largestStep = std::max(here.largestStep, metres);

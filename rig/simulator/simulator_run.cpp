@@ -216,9 +216,10 @@ void runSimulator(const SimulatorOptions& options, std::ostream& out, bool outIs
     };
     while (!world.hasQuit() && !platform::stopRequested() && !isTimeUp(platform::steadyNow())) {
         // A frame that comes late is a long one: what moves goes on meanwhile, and the trace tells by its times how
-        // fast.
+        // fast. Its time is that at which the last of what it shows has come: on a busy machine that takes a while.
+        server.receive();
         const platform::SteadyTime frame = platform::steadyNow();
-        server.frame(options.speed * std::min(duration<double>(frame - lastFrame).count(), longestFrameSeconds));
+        server.step(options.speed * std::min(duration<double>(frame - lastFrame).count(), longestFrameSeconds));
         lastFrame = frame;
         meter.count();
         const platform::SteadyTime now = platform::steadyNow();

@@ -73,12 +73,20 @@ int WireServer::listenPipe(std::string_view name) {
 }
 
 void WireServer::frame(double seconds) {
+    receive();
+    step(seconds);
+}
+
+void WireServer::receive() {
     if (!world_.hasQuit()) {
         acceptClients();
     }
     for (const auto& client : clients_) {
         takeRequests(*client);
     }
+}
+
+void WireServer::step(double seconds) {
     world_.step(seconds);
     for (const auto& client : clients_) {
         sendRecords(*client);

@@ -30,8 +30,13 @@ public:
     /// By the pipe's full name ("\\.\pipe\...").
     int listenPipe(std::string_view name);
 
-    /// One frame of the world, with all its clients. One that sends what is no packet, or does not take what it gets,
-    /// is let go, and the others notice nothing of it.
+    // One frame of the world, with all its clients. One that sends what is no packet, or does not take what it gets,
+    // is let go, and the others notice nothing of it.
+
+    /// What the clients have sent until now.
+    void receive();
+    /// The world goes on by so long, and its clients hear of it.
+    void step(double seconds);
     void frame(double seconds);
 
     std::size_t clientCount() const { return clients_.size(); }

@@ -130,6 +130,10 @@ protected:
 
     void start(bool isLocal) {
         probe.open(0, isLocal);
+        receiveOnAThread(isLocal);
+    }
+
+    void receiveOnAThread(bool isLocal) {
         running_.emplace(probe, [this, isLocal] { probe.receive(isLocal); });
     }
 
@@ -152,6 +156,17 @@ TEST_F(UdpReaderThreads, aDatagramIsDeliveredAndCounted) {
     EXPECT_THAT(probe.waitForDatagrams(2), ElementsAre("first", "second"));
     EXPECT_EQ(probe.datagramCount, 2u);
     EXPECT_TRUE(probe.allWereTerminated());
+}
+
+/// As the feed sends them, before the reader gets its turn.
+TEST_F(UdpReaderThreads, aBurstThatComesWhileItIsBusyIsNotLost) {
+    constexpr std::size_t burst = 300;
+    probe.open(0, local);
+    for (std::size_t i = 0; i < burst; ++i) {
+        send(std::string(300, static_cast<char>('a' + i % 26)));
+    }
+    receiveOnAThread(local);
+    EXPECT_EQ(probe.waitForDatagrams(burst).size(), burst);
 }
 
 TEST_F(UdpReaderThreads, aRepetitionOverTheNetworkIsDropped) {

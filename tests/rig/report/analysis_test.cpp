@@ -248,6 +248,25 @@ TEST(Analysis, aStepBelowFiveMetresIsNoJumpHoweverSlowTheAircraft) {
     EXPECT_EQ(only(standing(5.1)).air.jumps + only(standing(5.1)).ground.jumps, 1u);
 }
 
+/// What is written is not the speed over the ground: an aircraft that the feed tells to be so fast does not jump.
+TEST(Analysis, theSpeedOfAStepIsThatOfTheFeedWhereItIsFasterThanTheWrittenOne) {
+    const auto shownAtSeventyKnots = [](double toldKnots) {
+        RowMaker rows;
+        rows.line.gs = toldKnots;
+        rows.tellFlight(0, 200);
+        return analysisOf(
+            [](double due) {
+                Position position = flyingAt(placeAt(due));
+                position.trueKnots = 70;
+                return position;
+            },
+            rows.recording(), None().inputs);
+    };
+    EXPECT_EQ(only(shownAtSeventyKnots(flightKnots)).air.jumps, 0u);
+    EXPECT_NEAR(only(shownAtSeventyKnots(flightKnots)).air.largestStepShare, 1, 0.02);
+    EXPECT_GT(only(shownAtSeventyKnots(70)).air.jumps, 2000u);
+}
+
 TEST(Analysis, withoutAWordOfTheTimesTheyAreFitted) {
     const Recording recording = flight();
     FlownTrace trace;

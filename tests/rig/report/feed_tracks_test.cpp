@@ -42,6 +42,21 @@ TEST(FeedTracks, betweenTwoPointsItIsOnTheLineAndInAGapNowhere) {
     EXPECT_FALSE(aircraft.at(feedBegin + 51).has_value());
 }
 
+TEST(FeedTracks, theSpeedIsTheLesserOfThoseToldBeforeAndAfter) {
+    RowMaker rows;
+    for (const double knots : {150.0, 448.0, 160.0, -1.0}) {
+        rows.line.gs = knots;
+        const double seconds = 10.0 * static_cast<double>(rows.rows.size());
+        rows.tell(seconds, placeAt(seconds));
+    }
+    const FeedAircraft aircraft = feedTracks(rows.recording()).at(4734981);
+    EXPECT_EQ(aircraft.knotsAt(feedBegin - 1), 0);
+    EXPECT_EQ(aircraft.knotsAt(feedBegin + 5), 150);
+    EXPECT_EQ(aircraft.knotsAt(feedBegin + 15), 160);
+    EXPECT_EQ(aircraft.knotsAt(feedBegin + 25), 0);
+    EXPECT_EQ(aircraft.knotsAt(feedBegin + 31), 0);
+}
+
 TEST(FeedTracks, theCategoryIsThatOfTheEmitterUnlessTheTypeIsKnown) {
     FeedAircraft aircraft;
     EXPECT_EQ(categoryOf(aircraft), AircraftCategory::Large);

@@ -240,6 +240,19 @@ TEST_F(WorldOverTheWireThreads, aStalledWorldKeepsRequestsForLater) {
     EXPECT_TRUE(framesUntilRecord(SIMCONNECT_RECV_ID_EXCEPTION));
 }
 
+/// So that the time of a step can be that at which the last of what it shows has come.
+TEST_F(WorldOverTheWireThreads, whatComesBehindTheReceivingWaitsForTheNextOne) {
+    connect();
+    server_.receive();
+    SimConnect_AIRemoveObject(client_, 4711, requestRemove);
+    for (int i = 0; i < 30; ++i) {
+        server_.step(1.0 / 30);
+    }
+    SimConnect_CallDispatch(client_, keepRecord, &dispatched_);
+    EXPECT_EQ(std::count(dispatched_.ids.begin(), dispatched_.ids.end(), SIMCONNECT_RECV_ID_EXCEPTION), 0);
+    EXPECT_TRUE(framesUntilRecord(SIMCONNECT_RECV_ID_EXCEPTION));
+}
+
 TEST_F(WorldOverTheWireThreads, aPortThatIsTakenIsAnErrorCode) {
     listenTcp(AddressFamily::ipv4);
     std::uint16_t port = port_;
