@@ -99,6 +99,11 @@ struct Sample {
     double y = 0;
 };
 
+/// Never -0, which would be printed with its sign.
+double roundedToTenth(double value) {
+    return std::round(value * 10) / 10 + 0.0;
+}
+
 /// Values over time in a box, with the least and the greatest written beside it.
 void plot(Canvas& canvas, const Box& box, const std::string& title, const std::vector<Sample>& samples,
           double leastRange, const Colour& colour, double markedX) {
@@ -135,8 +140,9 @@ void plot(Canvas& canvas, const Box& box, const std::string& title, const std::v
     }
     canvas.line(pixels, colour, 1.6);
     canvas.unclip();
-    canvas.textEndingAt({box.left + box.width - 6, box.top + 15}, fmt::format("{:.1f} to {:.1f}", least, most),
-                        textSize - 2, ink);
+    canvas.textEndingAt({box.left + box.width - 6, box.top + 15},
+                        fmt::format("{:.1f} to {:.1f}", roundedToTenth(least), roundedToTenth(most)), textSize - 2,
+                        ink);
 }
 
 std::vector<LatLon> placesOf(const std::vector<FeedPoint>& points) {
