@@ -98,7 +98,7 @@ TEST_F(UnusualFolders, aReportThatAnotherProgramHoldsDoesNotStopTheScan) {
     makeLivery("x/1", "One");
     EXPECT_TRUE(lf_scanFolders({"x"}));
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("One"));
-    EXPECT_THAT(log_.errors(), ElementsAre(StartsWith("==> Failed to remove output\\errors\\Fixes.txt (")));
+    EXPECT_THAT(log_.errors(), Contains(StartsWith("==> Failed to remove output\\errors\\Fixes.txt (")));
 }
 
 TEST_F(UnusualFolders, aStoppedScanWhoseOldResultAnotherProgramHoldsIsStillToBeDone) {
