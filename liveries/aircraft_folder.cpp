@@ -18,7 +18,13 @@ std::string_view asWindowsReads(std::string_view name) {
 fs::path pathBeside(const ScannedFile& file, std::string_view name) {
     std::string text(name);
     std::replace(text.begin(), text.end(), '\\', '/');
-    return file.path.parent_path() / platform::pathFromUtf8(text);
+    // Not joined as paths: a name that begins at a root would take the folder's place.
+    fs::path path = file.path.parent_path() / "";
+    if (path.empty()) {
+        path = "./";
+    }
+    path += platform::pathFromUtf8(text);
+    return path;
 }
 
 bool contains(const std::vector<std::string>& names, std::string_view name) {

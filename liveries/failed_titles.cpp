@@ -29,11 +29,10 @@ void refuseToGoOn() {
 } // namespace
 
 void gf_noteFailedTitle(const AircraftRecord& aircraft) {
-    if (gf_isStopping()) {
-        return;
+    if (!gf_isStopping()) {
+        showMessage(fmt::format("{} '{}' could not be created by your Sim!", aircraft.callsign, aircraft.liveryTitle),
+                    LogCopy::yes);
     }
-    showMessage(fmt::format("{} '{}' could not be created by your Sim!", aircraft.callsign, aircraft.liveryTitle),
-                LogCopy::yes);
     FailedTitles.emplace(aircraft.liveryTitle);
     NoCreateList.insert(fmt::format("{} {}", aircraft.model, aircraft.airline));
     if (FailedTitles.size() >= tooManyTitles) {

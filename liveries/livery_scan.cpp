@@ -185,16 +185,21 @@ void sortLiveries(std::list<Livery>& liveries) {
     liveries.unique([&identity](const Livery& a, const Livery& b) { return identity(a) == identity(b); });
 }
 
-bool lf_scanFolders(const std::vector<fs::path>& folders) {
+namespace {
+
+enum class ScanEnd { written, nothingFound, stopped };
+
+ScanEnd scanFolders(const std::vector<fs::path>& folders) {
     const LiveriesEmptied emptied;
     removeOldReports();
     gf_loadDontUseTitles();
     Scan scan;
     if (!scanEach(scan, folders)) {
-        return true;
+        return ScanEnd::stopped;
     }
     if (Liveries.empty()) {
-        return false;
+        logScanReports(scan.reports());
+        return ScanEnd::nothingFound;
     }
     lf_updateFromDbase(Liveries, scan.reports());
     if (LIG_PRIORITIZE.value) {
@@ -205,7 +210,26 @@ bool lf_scanFolders(const std::vector<fs::path>& folders) {
     Liveries.clear();
     lf_writeScanReports(scan.reports());
     repaintWindow();
-    return true;
+    return ScanEnd::written;
+}
+
+/// A stopped scan is done with, unless it could not remove the old result, which the next start would take for its own.
+bool isDone(ScanEnd end) {
+    std::error_code ignored;
+    return end != ScanEnd::stopped || !fs::exists(scannedLiveriesFile, ignored);
+}
+
+void switchScanOff() {
+    SCAN_LIVERIES.value = false;
+    saveParameter(SCAN_LIVERIES);
+    showParameter(SCAN_LIVERIES);
+    repaintWindow();
+}
+
+} // namespace
+
+bool lf_scanFolders(const std::vector<fs::path>& folders) {
+    return scanFolders(folders) != ScanEnd::nothingFound;
 }
 
 void gf_scanLiveries() {
@@ -220,12 +244,12 @@ void gf_scanLiveries() {
             fmt::format("Exit {} first!   Then set one or more lfolder parameters to your liveries, see Manual 5.3",
                         programName));
     }
-    if (!lf_scanFolders(folders)) {
+    const ScanEnd end = scanFolders(folders);
+    if (end == ScanEnd::nothingFound) {
         throw kvd::UserErrorException(noLiveriesError, "no liveries found");
     }
-    SCAN_LIVERIES.value = false;
-    saveParameter(SCAN_LIVERIES);
-    showParameter(SCAN_LIVERIES);
-    repaintWindow();
+    if (isDone(end)) {
+        switchScanOff();
+    }
     log("\n++++++++++++++++++++++++ liveries scan ends ++++++++++++++++++++++++++++++++\n");
 }

@@ -11,9 +11,9 @@
 #include "liveries/livery.h"
 #include "liveries/scan_reports.h"
 
-/// Scans, and takes SCAN_LIVERIES back. Throws kvd::UserErrorException: 243 when a configured folder does not exist, 48
-/// when none is configured, 53 when there are no liveries; std::runtime_error when LiveriesScanned.xml cannot be
-/// written.
+/// Scans, and takes SCAN_LIVERIES back, but after a stopped scan only if the old LiveriesScanned.xml is gone. Throws
+/// kvd::UserErrorException: 243 when a configured folder does not exist, 48 when none is configured, 53 when there are no
+/// liveries; std::runtime_error when LiveriesScanned.xml cannot be written.
 void gf_scanLiveries();
 
 /// Whether there was a scan since the last call; what was built of the liveries is then out of date.
@@ -22,7 +22,8 @@ bool takeNewScan();
 /// The configured folders, in the order of the parameters.
 void lf_collectLfolders(std::vector<std::filesystem::path>& folders);
 
-/// True when liveries were found, or the scan was stopped, which leaves no LiveriesScanned.xml.
+/// True when liveries were found, or the scan was stopped, which leaves no LiveriesScanned.xml. Where none were found no
+/// report is written: the log has its lines.
 bool lf_scanFolders(const std::vector<std::filesystem::path>& folders);
 
 /// Corrects the liveries by what is known of their registrations.

@@ -49,7 +49,22 @@ const char* liveriesWord(std::size_t count) {
 
 // --- AIG-regcodes.xml ---
 
-/// False when elements were left out.
+void logNoRegistrationLeft(std::string_view title) {
+    logError(fmt::format("{} ; regs empty?", title));
+}
+
+/// What has a value without a registration in it is left out: a title is barred by having no value at all.
+void readLiveryElement(const pugi::xml_node& element, std::string_view title, std::vector<RegEntry>& entries) {
+    const std::string_view value = element.attribute("reg").as_string();
+    std::vector<std::string> regs = registrationsOf(value);
+    if (regs.empty() && !value.empty()) {
+        logNoRegistrationLeft(title);
+        return;
+    }
+    entries.push_back({std::string(title), std::move(regs), element.attribute("special").as_bool()});
+}
+
+/// False when elements were left out as duplicates.
 bool readLiveryElements(const pugi::xml_node& section, std::vector<RegEntry>& entries) {
     bool whole = true;
     std::string_view previous;
@@ -61,8 +76,7 @@ bool readLiveryElements(const pugi::xml_node& section, std::vector<RegEntry>& en
             continue;
         }
         previous = title;
-        entries.push_back({std::string(title), registrationsOf(element.attribute("reg").as_string()),
-                           element.attribute("special").as_bool()});
+        readLiveryElement(element, title, entries);
     }
     return whole;
 }
@@ -125,7 +139,7 @@ private:
             return true;
         });
         if (regs.empty()) {
-            logError(fmt::format("{} ; regs empty?", title));
+            logNoRegistrationLeft(title);
             return;
         }
         isSpecial = isSpecial || regs.size() == 1;

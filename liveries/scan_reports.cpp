@@ -44,17 +44,16 @@ constexpr std::array<ReportForm, scanReportCount> forms{{
 constexpr const char* errorsFolder = "output/errors";
 constexpr const char* inlineRegcodesFile = "output/errors/InlineRegcodes.txt";
 
-std::string summaryOf(ScanReport report, std::size_t count, const std::string& file) {
+std::string summaryOf(ScanReport report, std::size_t count) {
     const std::string_view plural = count == 1 ? "" : "s";
     switch (report) {
-    case ScanReport::invalidAirlineCodes: return fmt::format("{} invalid airline code{}, see {}", count, plural, file);
-    case ScanReport::invalidModelCodes: return fmt::format("{} invalid model code{}, see {}", count, plural, file);
-    case ScanReport::codeFixes: return fmt::format("{} code fixes, see {}", count, file);
-    case ScanReport::invalidFiles: return fmt::format("{} invalid aircraft.cfg files, see {}", count, file);
-    case ScanReport::incompleteSections: return fmt::format("{} incomplete [fltsim.x] sections, see {}", count, file);
-    case ScanReport::filesWithoutSections: return fmt::format("{} empty aircraft.cfg files, see {}", count, file);
-    case ScanReport::corrections:
-        return fmt::format("{} liveries updated with real live data from dbase, see {}", count, file);
+    case ScanReport::invalidAirlineCodes: return fmt::format("{} invalid airline code{}", count, plural);
+    case ScanReport::invalidModelCodes: return fmt::format("{} invalid model code{}", count, plural);
+    case ScanReport::codeFixes: return fmt::format("{} code fixes", count);
+    case ScanReport::invalidFiles: return fmt::format("{} invalid aircraft.cfg files", count);
+    case ScanReport::incompleteSections: return fmt::format("{} incomplete [fltsim.x] sections", count);
+    case ScanReport::filesWithoutSections: return fmt::format("{} empty aircraft.cfg files", count);
+    case ScanReport::corrections: return fmt::format("{} liveries updated with real live data from dbase", count);
     }
     return {};
 }
@@ -82,18 +81,53 @@ void writeLines(const fs::path& file, const std::vector<std::string>& lines) {
     }
 }
 
-void writeReport(ScanReport report, const std::vector<std::string>& added) {
-    if (added.empty()) {
-        return;
-    }
-    const ReportForm& form = forms[static_cast<std::size_t>(report)];
-    const std::string name = platform::backslashText(form.file);
-    const std::vector<std::string> lines = ordered(added, form.order);
+void writeReport(ScanReport report, const std::vector<std::string>& lines) {
+    const char* const file = forms[static_cast<std::size_t>(report)].file;
+    const std::string name = platform::backslashText(file);
     try {
-        writeLines(form.file, lines);
-        log(summaryOf(report, lines.size(), name));
+        writeLines(file, lines);
+        log(fmt::format("{}, see {}", summaryOf(report, lines.size()), name));
     } catch (const std::exception& error) {
         log(fmt::format("Error writing file {}: {}", name, platform::readableText(error.what())));
+    }
+}
+
+void logReport(ScanReport report, const std::vector<std::string>& lines) {
+    log(summaryOf(report, lines.size()));
+    for (const std::string& line : lines) {
+        log("  " + line);
+    }
+}
+
+/// Hands each list that is not empty to `put`, in the order of its report, below the headings of the log.
+template <typename Put>
+void putReports(const ScanReports& reports, Put put) {
+    std::array<std::vector<std::string>, scanReportCount> lists;
+    bool anyError = false;
+    for (std::size_t i = 0; i < scanReportCount; ++i) {
+        lists[i] = ordered(reports.lines(static_cast<ScanReport>(i)), forms[i].order);
+        anyError = anyError || (forms[i].isError && !lists[i].empty());
+    }
+    const auto putThose = [&lists, &put](bool errors) {
+        for (std::size_t i = 0; i < scanReportCount; ++i) {
+            if (forms[i].isError == errors && !lists[i].empty()) {
+                put(static_cast<ScanReport>(i), lists[i]);
+            }
+        }
+    };
+    log(anyError ? "\nErrors:" : "\nNo errors");
+    putThose(true);
+    log("\nInformation:");
+    putThose(false);
+}
+
+/// One that stays is no reason to stop the scan.
+void removeOld(const char* file) {
+    try {
+        removeFile(file);
+    } catch (const fs::filesystem_error& failure) {
+        logError(fmt::format("Failed to remove {} ({})", platform::backslashText(file),
+                             platform::readableText(failure.code().message())));
     }
 }
 
@@ -112,11 +146,11 @@ std::vector<std::string> ScanReports::lines(ScanReport report) const {
 }
 
 void removeOldReports() {
-    removeFile(scannedLiveriesFile);
-    removeFile(inlineRegcodesFile);
+    removeOld(scannedLiveriesFile);
+    removeOld(inlineRegcodesFile);
     for (const ReportForm& form : forms) {
         if (form.vanishesAtScan) {
-            removeFile(form.file);
+            removeOld(form.file);
         }
     }
     // Files of others may lie in the folder, which then stays.
@@ -125,21 +159,9 @@ void removeOldReports() {
 }
 
 void lf_writeScanReports(const ScanReports& reports) {
-    std::array<std::vector<std::string>, scanReportCount> lists;
-    bool anyError = false;
-    for (std::size_t i = 0; i < scanReportCount; ++i) {
-        lists[i] = reports.lines(static_cast<ScanReport>(i));
-        anyError = anyError || (forms[i].isError && !lists[i].empty());
-    }
-    const auto write = [&lists](bool errors) {
-        for (std::size_t i = 0; i < scanReportCount; ++i) {
-            if (forms[i].isError == errors) {
-                writeReport(static_cast<ScanReport>(i), lists[i]);
-            }
-        }
-    };
-    log(anyError ? "\nErrors:" : "\nNo errors");
-    write(true);
-    log("\nInformation:");
-    write(false);
+    putReports(reports, writeReport);
+}
+
+void logScanReports(const ScanReports& reports) {
+    putReports(reports, logReport);
 }

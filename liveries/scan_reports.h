@@ -36,8 +36,11 @@ private:
 };
 
 /// Removes LiveriesScanned.xml and what the last scan reported, but for the corrections, and then the folder of the
-/// errors if nothing is left in it. Throws std::filesystem::filesystem_error.
+/// errors if nothing is left in it. A file that stays is an error line in the log.
 void removeOldReports();
 
 /// One file per list that is not empty, and the log's summary. A file that cannot be written is a line in the log.
 void lf_writeScanReports(const ScanReports& reports);
+
+/// The same lines and counts in the log and in no file: for a scan that leaves none.
+void logScanReports(const ScanReports& reports);

@@ -1,7 +1,9 @@
 // tests/liveries/aircraft_cfg_test.cpp
 #include "liveries/aircraft_cfg.h"
 
+#include "liveries/cfg_section.h"
 #include "tests/liveries/scan_test.h"
+#include "tests/support/allocation_count.h"
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -128,6 +130,13 @@ TEST_F(AircraftCfg, aFileWithoutSectionsIsReported) {
     EXPECT_THAT(report(ScanReport::invalidFiles), IsEmpty());
 }
 
+TEST_F(AircraftCfg, aFileWithNeitherSectionsNorModelStandsInBothReports) {
+    EXPECT_THAT(searchText("[General]\n"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::filesWithoutSections), ElementsAre(path));
+    EXPECT_THAT(report(ScanReport::invalidFiles),
+                ElementsAre(std::string("Line atc_model= is missing in [General] section of ") + path));
+}
+
 TEST_F(AircraftCfg, survivesALineOfTenMegabytes) {
     const std::string longLine(10 * 1024 * 1024, 'x');
     EXPECT_THAT(titlesOf(searchText("// " + longLine + "\n" + general("A320") +
@@ -144,6 +153,14 @@ TEST_F(AircraftCfg, sectionTenThousandIsTakenAndTheNextStopsTheFile) {
     EXPECT_THAT(searchText(general("A320") + section(10001, values)), IsEmpty());
     EXPECT_THAT(report(ScanReport::invalidFiles),
                 ElementsAre(std::string(path) + " contains a [fltsim.x] section with a number < 0 or > 10000"));
+}
+
+TEST_F(AircraftCfg, theNumbersAreLookedAtBeforeTheType) {
+    EXPECT_THAT(searchText(section(10001, "title=One")), IsEmpty());
+    EXPECT_THAT(searchText(general("CONC") + section(10001, "title=One")), IsEmpty());
+    const std::string fault = std::string(path) + " contains a [fltsim.x] section with a number < 0 or > 10000";
+    EXPECT_THAT(report(ScanReport::invalidFiles), ElementsAre(fault, fault));
+    EXPECT_THAT(report(ScanReport::invalidModelCodes), IsEmpty());
 }
 
 TEST_F(AircraftCfg, aNumberThatDoesNotFitStopsTheFile) {
@@ -287,7 +304,7 @@ TEST_F(AircraftCfg, twoRegistrationsAreNoneAndNoFault) {
 
 TEST_F(AircraftCfg, anInvalidRegistrationIsLoggedAndLeftOut) {
     int number = 0;
-    for (const char* id : {"PH-*", "PH-ABC,", "PH-ABC, ", "ABCDEFGHIJKLM", "; none"}) {
+    for (const char* id : {"PH-*", "PH-ABC,", "PH-ABC, ", "PH-ABC, ,PH-ABD", "ABCDEFGHIJKLM", "; none"}) {
         const std::string title = std::to_string(++number);
         EXPECT_EQ(searchSection("title=" + title + "\natc_parking_codes=KLM\natc_id=" + id).front().atcid, "") << id;
     }
@@ -297,6 +314,7 @@ TEST_F(AircraftCfg, anInvalidRegistrationIsLoggedAndLeftOut) {
     EXPECT_THAT(log_.lines(),
                 ElementsAre("invalid atc_id=PH-* in: ac\\aircraft.cfg", "invalid atc_id=PH-ABC, in: ac\\aircraft.cfg",
                             "invalid atc_id=PH-ABC, in: ac\\aircraft.cfg",
+                            "invalid atc_id=PH-ABC, ,PH-ABD in: ac\\aircraft.cfg",
                             "invalid atc_id=ABCDEFGHIJKLM in: ac\\aircraft.cfg",
                             "invalid atc_id= in: ac\\aircraft.cfg"));
 }
@@ -343,6 +361,14 @@ TEST_F(AircraftCfg, aFileIsNoModelAndAFolderNoAirFile) {
     EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nmodel=M\nsim=folder\n" + end), IsEmpty());
 }
 
+TEST_F(AircraftCfg, aValueThatNamesARootLeadsNowhereElse) {
+    writeFile("elsewhere/S.air", "");
+    const std::string root = std::filesystem::absolute("elsewhere/S").string();
+    const std::string end = "\nmodel=M\ntexture=T\natc_parking_codes=KLM\ntitle=";
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nsim=" + root + end + "One"), IsEmpty());
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nsim=\\S" + end + "Two"), SizeIs(1));
+}
+
 TEST_F(AircraftCfg, withoutAValueTheFolderHasNoEnding) {
     std::filesystem::create_directories("ac/model");
     std::filesystem::create_directories("ac/texture");
@@ -356,6 +382,14 @@ TEST_F(AircraftCfg, theNamesThatTheWalkSawSpareTheDisk) {
     EXPECT_THAT(lf_searchLiveriesinFile(1, file, scan_), IsEmpty());
     file.names = std::make_shared<FolderNames>(FolderNames{{"model.M", "texture.T"}, {"S.air"}});
     EXPECT_THAT(lf_searchLiveriesinFile(1, file, scan_), SizeIs(1));
+}
+
+TEST_F(AircraftCfg, airlineThenFilesThenTitleAreLookedAt) {
+    EXPECT_THAT(searchText(general("A320") + "[fltsim.0]\nmodel=M\nsim=S\ntexture=X\n"), IsEmpty());
+    const std::string begin = std::string(path) + " [fltsim.0] ";
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(begin + "icao_airline is missing, or it has invalid info ",
+                            begin + "or related path does not exist: ac\\texture.X"));
 }
 
 TEST_F(AircraftCfg, aSectionWithoutTitleIsReported) {
@@ -374,6 +408,66 @@ TEST_F(AircraftCfg, aTitleStandsOnceInAScan) {
     EXPECT_THAT(searchSection("title=One\natc_parking_codes=DLH"), IsEmpty());
     EXPECT_THAT(report(ScanReport::incompleteSections),
                 ElementsAre(std::string(path) + " [fltsim.0] title 'One' already exists"));
+}
+
+/// As the file of the scan, where a text ends at a zero.
+TEST_F(AircraftCfg, aTitleEndsAtAZero) {
+    const std::string zero(1, '\0');
+    const std::string text = "\xEF\xBB\xBF" + general("A320");
+    const auto titled = [&text](const std::string& title) {
+        return text + section(0, "atc_parking_codes=KLM\ntitle=" + title);
+    };
+    EXPECT_THAT(titlesOf(searchText(titled("One " + zero + "a"))), ElementsAre("One"));
+    EXPECT_THAT(searchText(titled("One" + zero + "b")), IsEmpty());
+    EXPECT_THAT(searchText(titled("One")), IsEmpty());
+    EXPECT_THAT(searchText(titled(zero + "c")), IsEmpty());
+    scan_.dontUseTitles.insert("Two");
+    EXPECT_THAT(searchText(titled("Two" + zero)), IsEmpty());
+    const std::string begin = std::string(path) + " [fltsim.0] ";
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(begin + "title 'One' already exists", begin + "title 'One' already exists",
+                            begin + "misses title"));
+}
+
+// --- What there is no memory for ---
+
+TEST_F(AircraftCfg, aFileThatThrowsCostsItself) {
+    const std::string longText = "//" + std::string(100000, 'x') + "\n" + general("A320");
+    const auto file = makeAircraft("ac", longText + section(0, "title=One\natc_parking_codes=KLM"));
+    {
+        const FailingAllocation noMemoryForTheFile(longText.size());
+        EXPECT_THAT(search(file), IsEmpty());
+    }
+    EXPECT_THAT(log_.lines(), ElementsAre("! Exception in lf_searchLiveriesinFile ac\\aircraft.cfg: std::bad_alloc"));
+    EXPECT_THAT(titlesOf(searchText(longText + section(0, "title=Two\natc_parking_codes=KLM"))), ElementsAre("Two"));
+}
+
+TEST_F(IvaoCfg, aFileThatThrowsCostsItself) {
+    const std::string longText = "//" + std::string(100000, 'x') + "\n";
+    const auto file = makeAircraft("x/IVAO_MTL/IVAO_B738", longText + section(0, "title=B738 KLM 1"));
+    {
+        const FailingAllocation noMemoryForTheFile(longText.size());
+        EXPECT_THAT(lf_searchLiveriesinIVAOFile(3, scannedFile(file), scan_), IsEmpty());
+    }
+    EXPECT_THAT(log_.lines(), ElementsAre("! Exception in lf_searchLiveriesinIVAOFile " + path_ + ": std::bad_alloc"));
+    EXPECT_THAT(searchIvao("x/IVAO_MTL/IVAO_B738", longText + section(0, "title=B738 KLM 2")), SizeIs(1));
+}
+
+TEST_F(AircraftCfg, aSectionThatThrowsCostsItself) {
+    const ScannedFile file = scannedFile(makeAircraft("ac", ""));
+    const std::string title = "title=" + std::string(5000, 'x');
+    const auto livery = [&](std::string_view titleLine) {
+        const std::vector<std::string_view> lines{"[fltsim.0]", "model=M", "sim=S",
+                                                  "texture=T",  titleLine, "atc_parking_codes=KLM"};
+        return lf_procesFltSimSection(SectionForm::ordinary, lines, {file, "A320", 1}, scan_);
+    };
+    {
+        const FailingAllocation noMemoryForTheTitle(5000);
+        EXPECT_FALSE(livery(title));
+    }
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("Exception in lf_procesFltSimSection: std::bad_alloc, file: ac\\aircraft.cfg"));
+    EXPECT_TRUE(livery(title + "y"));
 }
 
 // --- The IVAO form ---
@@ -413,9 +507,18 @@ TEST_F(IvaoCfg, anUnknownOrMissingFolderCodeIsReported) {
                             "                 in x\\ivao_x-csl\\B738\\aircraft.cfg"));
 }
 
-TEST_F(IvaoCfg, anUnknownAirlineInTheTitleIsReported) {
-    EXPECT_THAT(searchIvaoSection("title=B738 QQQ"), IsEmpty());
-    EXPECT_THAT(report(ScanReport::invalidAirlineCodes), ElementsAre("QQQ          in " + path_ + " [fltsim.0]"));
+TEST_F(IvaoCfg, anUnknownAirlineInTheTitleIsReportedAndTheRegistrationMayStillTellOne) {
+    EXPECT_THAT(searchIvaoSection("title=B738 QQQ\natc_id=PH-BXA"),
+                ElementsAre(Livery{"KLM", "B738", "B738 QQQ", "PH-BXA", 3, false}));
+    EXPECT_THAT(report(ScanReport::incompleteSections), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=B738 RRR\natc_id=PH-QQQ"), IsEmpty());
+    EXPECT_THAT(searchIvaoSection("title=B738 SSS"), IsEmpty());
+    EXPECT_THAT(report(ScanReport::invalidAirlineCodes),
+                ElementsAre("QQQ          in " + path_ + " [fltsim.0]", "RRR          in " + path_ + " [fltsim.0]",
+                            "SSS          in " + path_ + " [fltsim.0]"));
+    EXPECT_THAT(report(ScanReport::incompleteSections),
+                ElementsAre(path_ + " misses airlinecode in title: B738 RRR, and regcode unknown PH-QQQ",
+                            path_ + " misses airlinecode in title: B738 SSS, and no regcode"));
 }
 
 TEST_F(IvaoCfg, aGenericLiveryHasNoRegistration) {

@@ -66,16 +66,16 @@ TEST_F(FailedTitlesTest, whatIsRefusedAgainCountsOnce) {
     EXPECT_THAT(NoCreateList, UnorderedElementsAre("A320 SWR", "A321 SWR"));
 }
 
-TEST_F(FailedTitlesTest, nothingIsNotedOnceTheRunStopsOrTheUserCloses) {
+TEST_F(FailedTitlesTest, onceTheRunStopsOrTheUserClosesATitleIsKeptButNobodyTold) {
     gf_stopRun(ExitReason::newFlight, 0);
     gf_noteFailedTitle(refused("One"));
     gf_resetExitReason();
     gf_userCloses();
-    gf_noteFailedTitle(refused("One"));
+    gf_noteFailedTitle(refused("Two", "A321"));
     EXPECT_EQ(shownMessage(), "");
     EXPECT_THAT(log.lines(), IsEmpty());
-    EXPECT_THAT(FailedTitles, IsEmpty());
-    EXPECT_THAT(NoCreateList, IsEmpty());
+    EXPECT_THAT(FailedTitles, UnorderedElementsAre("One", "Two"));
+    EXPECT_THAT(NoCreateList, UnorderedElementsAre("A320 SWR", "A321 SWR"));
 }
 
 TEST_F(FailedTitlesTest, nineteenRefusedTitlesDoNotEndTheProgram) {

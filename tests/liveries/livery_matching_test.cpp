@@ -77,6 +77,7 @@ const std::vector<Case> ofLiveAlone{
     {"similar type of another category", {"EZE", "E190"}, {"", "", "", ""}},
     {"similar type of the data base's airline", {"XXX", "A320", "D-SIMI"}, {"", "", "3 DLH A321", "3 DLH A321"}},
     {"without airline, not by the data base", {"", "A320", "PH-OPR"}, {"", "", "", "4 Generic A320"}},
+    {"without airline, no similar type by the data base", {"", "A320", "D-SIMI"}, {"", "", "", "4 Generic A320"}},
 };
 
 template <typename Match>
@@ -177,6 +178,39 @@ TEST_F(LiveryMatching, atTheGenericStageARefusedTitleIsTheEnd) {
     FailedTitles = {"Generic C172"};
     EXPECT_EQ(live({"XXX", "C172"}), "");
     EXPECT_EQ(parked({"XXX", "C172"}), "");
+}
+
+TEST_F(LiveryMatching, aRefusedTitleNeverLeadsBackIntoItsList) {
+    clearLiveryTables();
+    installLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("ZZZ", "A320", "Generic")});
+    FailedTitles = {"One"};
+    EXPECT_EQ(live({"KLM", "A320"}), "4 Generic");
+    EXPECT_EQ(parked({"KLM", "A320"}), "4 Generic");
+}
+
+TEST_F(LiveryMatching, aPrivateOwnerWhoseGenericTitleWasRefusedGoesOnWithTheAirlineSteps) {
+    clearLiveryTables();
+    installLiveries({livery("PVT", "C172", "Private"), livery("TST", "C182", "Club"), livery("ZZZ", "C172", "Generic"),
+                     livery("ZZZ", "C182", "Other generic")});
+    DbaseTable.insert("PH-CLB", {"TST", "C182", "TST", false});
+    FailedTitles = {"Generic", "Other generic"};
+    MATCHING_DEPTH.value = 2;
+    EXPECT_EQ(live({"PVT", "C172"}), "2 Private");
+    EXPECT_EQ(parked({"PVT", "C172"}), "2 Private");
+    EXPECT_EQ(live({"PVT", "C182", "PH-CLB"}), "2 Club");
+    EXPECT_EQ(parked({"PVT", "C182", "PH-CLB"}), "2 Club");
+}
+
+TEST_F(LiveryMatching, aPrivateOwnerWhoseGenericTitleWasRefusedIsNotGivenItAgain) {
+    clearLiveryTables();
+    // Reserved, the generic title is no candidate where the type's liveries of all airlines are.
+    installLiveries({livery("TST", "C172", "Club"), livery("ZZZ", "C172", "Generic")},
+                    [] { ReservedTitles = {lf_findTitle("Generic")}; });
+    FailedTitles = {"Generic"};
+    MATCHING_DEPTH.value = 3;
+    EXPECT_EQ(live({"PVT", "C172"}), "5 Club");
+    EXPECT_EQ(parked({"PVT", "C172"}), "5 Club");
+    EXPECT_EQ(live({"XXX", "C172"}), "") << "for whom the generic title is the end";
 }
 
 TEST_F(LiveryMatching, aFreighterWhoseTitleWasRefusedDoesNotTakeThePassengerLiveryOfThatStep) {

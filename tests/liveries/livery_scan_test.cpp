@@ -20,6 +20,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
+using testing::StartsWith;
 
 namespace {
 
@@ -96,6 +97,16 @@ TEST_F(LiveryScan, withoutLiveriesThereIsAnErrorAndNoFile) {
     EXPECT_FALSE(fs::exists(scannedLiveriesFile));
     EXPECT_FALSE(fs::exists("output/errors"));
     EXPECT_TRUE(SCAN_LIVERIES.value);
+}
+
+TEST_F(LiveryScan, withoutLiveriesTheReasonsStandInTheLog) {
+    makeAircraft("x/1", general("CONC") + section(0, "title=One"));
+    makeAircraft("x/2", general("A320"));
+    setFolder(0, "x");
+    EXPECT_EQ(codeOf(gf_scanLiveries), 53);
+    expectLinesInOrder({"Errors:", "1 invalid model code", "  CONC             in x\\1\\aircraft.cfg",
+                        "Information:", "1 empty aircraft.cfg files", "  x\\2\\aircraft.cfg"});
+    EXPECT_FALSE(fs::exists("output"));
 }
 
 TEST_F(LiveryScan, whatIsNoFolderIsSkipped) {
@@ -217,6 +228,15 @@ TEST_F(LiveryScan, leavesReportsOfOthersInTheirFolder) {
     EXPECT_EQ(readFile("output/errors/Others.txt"), "kept");
 }
 
+TEST_F(LiveryScan, aReportThatCannotBeRemovedDoesNotStopIt) {
+    makeLivery("liveries/ac", "One");
+    setFolder(0, "liveries");
+    fs::create_directories("output/errors/Fixes.txt/inside");
+    gf_scanLiveries();
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("One"));
+    EXPECT_FALSE(SCAN_LIVERIES.value);
+}
+
 TEST_F(LiveryScan, aFileThatCannotBeWrittenLeavesTheScanToBeDone) {
     makeLivery("liveries/ac", "One");
     setFolder(0, "liveries");
@@ -252,7 +272,7 @@ TEST_F(LiveryScan, aTitleOfTheAigFileWithoutRegistrationsIsLeftOut) {
     makeLivery("x/1", "Good");
     makeLivery("x/2", "Bad");
     writeSealed("input/AIG-regcodes.enc",
-                R"(<root><meta/><AIG-regcodes><livery title="Bad"/><livery title="Good" reg="PH-ABC"/>)"
+                R"(<root><meta/><AIG-regcodes><livery title="Bad"/><livery title="Good" reg=","/>)"
                 R"(</AIG-regcodes></root>)");
     EXPECT_TRUE(lf_scanFolders({"x"}));
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Good"));
@@ -270,6 +290,20 @@ TEST_F(LiveryScan, aStopLeavesNoFileAndTurnsTheScanOff) {
     EXPECT_FALSE(SCAN_LIVERIES.value);
     EXPECT_THAT(Liveries, IsEmpty());
     EXPECT_EQ(codeOf([] { lf_readLiveries(); }), 51);
+}
+
+/// Else the next start would take the old result for that of this scan.
+TEST_F(LiveryScan, aStopThatLeavesAnOldResultBehindLeavesTheScanToBeDone) {
+    makeLivery("liveries/ac", "One");
+    setFolder(0, "liveries");
+    fs::create_directories("output/LiveriesScanned.xml/inside");
+    gf_stopRun(ExitReason::newSettings, 0);
+    gf_scanLiveries();
+    EXPECT_TRUE(SCAN_LIVERIES.value);
+    EXPECT_THAT(log_.errors(), Contains(StartsWith("==> Failed to remove output\\LiveriesScanned.xml (")));
+    fs::remove_all("output/LiveriesScanned.xml");
+    gf_scanLiveries();
+    EXPECT_FALSE(SCAN_LIVERIES.value);
 }
 
 TEST_F(LiveryScan, theCloseButtonStopsIt) {
@@ -301,6 +335,15 @@ TEST_F(LiveryScan, aLowerFolderWinsAnAirlineAndTypeWholesale) {
     LIG_PRIORITIZE.value = false;
     EXPECT_TRUE(lf_scanFolders({"low", "high"}));
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Three", "One", "Two"));
+}
+
+TEST_F(LiveryScan, whatTheDataBaseMakesOfALiveryCountsForThePriorities) {
+    DbaseTable.insert("PH-COR", {"KLM", "A320", {}, false});
+    makeLivery("low/ac", "One");
+    makeAircraft("high/ac", general("B738") + section(0, "title=Two\natc_parking_codes=DLH\natc_id=PH-COR") +
+                                section(1, "title=Three\natc_parking_codes=DLH"));
+    EXPECT_TRUE(lf_scanFolders({"low", "high"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Three", "One"));
 }
 
 TEST_F(LiveryScan, prioritizingKeepsWhatOnlyAHigherFolderHasAndAllOfOneFolder) {

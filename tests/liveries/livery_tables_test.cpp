@@ -1,9 +1,15 @@
 #include "liveries/livery_tables.h"
 
+#include <filesystem>
+#include <map>
+#include <string>
+
 #include <gmock/gmock.h>
 
 #include <fmt/format.h>
+#include <pugixml.hpp>
 
+#include "core/parameter_file.h"
 #include "core/parameters.h"
 #include "liveries/livery_matching.h"
 #include "tests/support/log_capture.h"
@@ -182,6 +188,21 @@ TEST_F(CategorySummary, whatTheUserHasNotIsSwitchedOff) {
         EXPECT_THAT(lines, Contains(fmt::format("Category {}: No livery found", category)));
     }
     EXPECT_FALSE(LIGHT_AIRCRAFT.value || HIGH_PERF_AIRCRAFT.value || HELICOPTERS.value);
+}
+
+TEST_F(CategorySummary, whatIsSwitchedOffIsSaved) {
+    std::filesystem::create_directories(gf_parameterFolder());
+    installLiveries({livery("KLM", "F16", "1")});
+    summarizeCategories();
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_file(gf_parameterFile().c_str()));
+    std::map<std::string, std::string> saved;
+    for (const pugi::xml_node node : document.child("root").child("parameters").children("parameter")) {
+        saved[node.attribute("name").as_string()] = node.attribute("value").as_string();
+    }
+    EXPECT_EQ(saved["LIGHT_AIRCRAFT"], "false");
+    EXPECT_EQ(saved["HELICOPTERS"], "false");
+    EXPECT_FALSE(saved.contains("HIGH_PERF_AIRCRAFT"));
 }
 
 TEST_F(CategorySummary, whatIsOffAlreadyIsNotSwitchedOff) {

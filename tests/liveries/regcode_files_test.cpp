@@ -58,6 +58,14 @@ TEST_F(AigRegcodes, titlesRegistrationsAndTheSpecialMarkAreRead) {
     EXPECT_THAT(log.lines(), ElementsAre("4 liveries read from AIG-regcodes.xml"));
 }
 
+TEST_F(AigRegcodes, whereNoneOfTheRegistrationsIsOneTheTitleIsLeftOutAndNotBarred) {
+    EXPECT_TRUE(read(R"(<livery title="One" reg=","/><livery title="Two" reg=" , "/><livery title="Three" reg=" "/>)"
+                     R"(<livery title="Four" reg=",PH-ABC,"/>)"));
+    EXPECT_THAT(texts(), ElementsAre("Four:PH-ABC"));
+    EXPECT_THAT(log.lines(), ElementsAre("==> One ; regs empty?", "==> Two ; regs empty?", "==> Three ; regs empty?",
+                                         "1 livery read from AIG-regcodes.xml"));
+}
+
 TEST_F(AigRegcodes, oneLiveryIsALivery) {
     EXPECT_TRUE(read(R"(<livery title="One" reg="PH-ABC"/>)"));
     EXPECT_THAT(texts(), ElementsAre("One:PH-ABC"));

@@ -6,8 +6,11 @@
 #include <iostream>
 #include <map>
 #include <regex>
+#include <set>
 
+#include "core/text_files.h"
 #include "liveries/ascii_text.h"
+#include "liveries/folder_walk.h"
 #include "liveries/livery_driver.h"
 #include "liveries/livery_file.h"
 #include "liveries/livery_scan.h"
@@ -234,6 +237,17 @@ TEST_F(LiveryTrees, theSampleGivesTheFileThatIsExpected) {
     EXPECT_EQ(withoutDate(readFile(scannedLiveriesFile)), withoutDate(expected));
 }
 
+TEST_F(LiveryTrees, theSampleComesInEveryEncodingAndWithoutOne) {
+    std::set<Charset> charsets;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(startFolder / "data/liveries")) {
+        if (isCfgFileName(platform::utf8FromPath(entry.path().filename()))) {
+            charsets.insert(charsetOfFile(entry.path()));
+        }
+    }
+    EXPECT_THAT(charsets, testing::ElementsAre(Charset::ANSI, Charset::Unicode, Charset::Unicode_big_endian,
+                                               Charset::UTF8_with_BOM, Charset::UTF8_without_BOM, Charset::none_found));
+}
+
 /// The report in the folder "output", and a whole line of it or the end of one.
 struct Fault {
     const char* report;
@@ -276,6 +290,7 @@ const std::vector<Fault> sampleFaults{
     {models, "                 in liveries\\IVAO_MTL\\IVAO_A320\\deep\\aircraft.cfg\n"},
     {sections, ofIvao + " misses airlinecode in title: Sample B738 of nobody, and no regcode\n"},
     {sections, ofIvao + " misses airlinecode in title: Sample B738 of nobody known, and regcode unknown XX-TWY\n"},
+    {sections, ofIvao + " misses airlinecode in title: B738 QQQ Sample, and no regcode\n"},
     {sections, "liveries\\IVAO_MTL\\IVAO_B738w\\texture.LOST [fltsim.6] does not exist\n"},
     {sections, ofIvao + " [fltsim.7] has more than one atc_parking_types key\n"},
     {sections, ofIvao + " [fltsim.8] misses title\n"},

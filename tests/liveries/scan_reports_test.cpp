@@ -64,7 +64,11 @@ TEST_F(Reports, areSortedButForTheFixesAndOnlyIncompleteSectionsLoseDuplicates) 
         }
     }
     lf_writeScanReports(reports_);
-    EXPECT_EQ(readFile("output/errors/InvalidAirlineCodes.txt"), "a\nb\nb\n");
+    for (const char* file :
+         {"errors/InvalidAirlineCodes.txt", "errors/InvalidAircraftCodes.txt", "errors/InvalidAircraftCfgFiles.txt",
+          "info/AircraftCfgWithNoFltsimSection.txt", "info/AirlineModelConversions.txt"}) {
+        EXPECT_EQ(readFile(fs::path("output") / file), "a\nb\nb\n") << file;
+    }
     EXPECT_EQ(readFile("output/errors/Fixes.txt"), "b\na\nb\n");
     EXPECT_EQ(readFile("output/errors/IncompleFltsimSections.txt"), "a\nb\n");
     EXPECT_TRUE(log_.contains("2 incomplete [fltsim.x] sections, see output\\errors\\IncompleFltsimSections.txt"));
@@ -82,4 +86,29 @@ TEST_F(Reports, aFileThatCannotBeWrittenIsALineInTheLog) {
     reports_.add(ScanReport::codeFixes, "a");
     lf_writeScanReports(reports_);
     EXPECT_THAT(log_.lines(), testing::Contains(StartsWith("Error writing file output\\errors\\Fixes.txt: ")));
+}
+
+TEST_F(Reports, inTheLogEachListStandsBelowItsCountInTheOrderOfItsFile) {
+    for (const char* line : {"b", "a", "b"}) {
+        reports_.add(ScanReport::codeFixes, line);
+        reports_.add(ScanReport::incompleteSections, line);
+    }
+    reports_.add(ScanReport::invalidModelCodes, "CONC");
+    reports_.add(ScanReport::filesWithoutSections, "empty");
+    logScanReports(reports_);
+    EXPECT_THAT(log_.lines(), ElementsAre("", "Errors:", "1 invalid model code", "  CONC", "3 code fixes", "  b", "  a",
+                                          "  b", "2 incomplete [fltsim.x] sections", "  a", "  b", "",
+                                          "Information:", "1 empty aircraft.cfg files", "  empty"));
+    EXPECT_FALSE(fs::exists("output"));
+}
+
+TEST_F(Reports, anOldOneThatCannotBeRemovedIsALineInTheLogAndTheOthersGo) {
+    fs::create_directories("output/errors/InvalidAirlineCodes.txt/inside");
+    writeFile("output/errors/Fixes.txt", "old");
+    writeFile("output/info/AircraftCfgWithNoFltsimSection.txt", "old");
+    removeOldReports();
+    EXPECT_FALSE(fs::exists("output/errors/Fixes.txt"));
+    EXPECT_FALSE(fs::exists("output/info/AircraftCfgWithNoFltsimSection.txt"));
+    EXPECT_THAT(log_.errors(),
+                ElementsAre(StartsWith("==> Failed to remove output\\errors\\InvalidAirlineCodes.txt (")));
 }

@@ -692,12 +692,12 @@ TEST_F(ObjectLife, aHexidAbove10000IsLiveAndOneUpToItStatic) {
     EXPECT_THAT(FailedTitles, IsEmpty());
 }
 
-TEST_F(ObjectLife, duringAnExitARefusedRecordGoesWithoutANote) {
+TEST_F(ObjectLife, duringAnExitARefusedRecordGoesWithoutAWordAndItsTitleIsNoted) {
     addLive(FlightPhase::flying).liveryTitle = "FSX A320 Swiss";
     gf_stopRun(ExitReason::newFlight, 0);
     creationRefused(refusalOf(liveHexid));
     EXPECT_THAT(liveTable, IsEmpty());
-    EXPECT_THAT(FailedTitles, IsEmpty());
+    EXPECT_THAT(FailedTitles, ElementsAre("FSX A320 Swiss"));
     EXPECT_EQ(shownMessage(), "");
 }
 

@@ -91,6 +91,27 @@ TEST_F(UnusualFolders, aFolderThatIsClosedToTheUserCostsItself) {
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Open"));
 }
 
+TEST_F(UnusualFolders, aReportThatAnotherProgramHoldsDoesNotStopTheScan) {
+    writeFile("output/errors/Fixes.txt", "old");
+    const Closed report("output/errors/Fixes.txt");
+    ASSERT_TRUE(report.isClosed());
+    makeLivery("x/1", "One");
+    EXPECT_TRUE(lf_scanFolders({"x"}));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("One"));
+    EXPECT_THAT(log_.errors(), Contains(StartsWith("==> Failed to remove output\\errors\\Fixes.txt (")));
+}
+
+TEST_F(UnusualFolders, aStoppedScanWhoseOldResultAnotherProgramHoldsIsStillToBeDone) {
+    writeFile(scannedLiveriesFile, "old");
+    const Closed result(scannedLiveriesFile);
+    ASSERT_TRUE(result.isClosed());
+    makeLivery("x/1", "One");
+    setFolder(0, "x");
+    gf_stopRun(ExitReason::newSettings, 0);
+    gf_scanLiveries();
+    EXPECT_TRUE(SCAN_LIVERIES.value);
+}
+
 TEST_F(UnusualFolders, aFileOfRegistrationsThatIsClosedToTheUserIsNamed) {
     writeFile("own/a.txt", "One\n");
     writeFile("own/b.txt", "Two\n");
