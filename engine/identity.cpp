@@ -33,15 +33,17 @@ void fill(std::string& stored, const std::string& told) {
     }
 }
 
+bool differs(const std::string& stored, const std::string& told) {
+    return !told.empty() && stored != told;
+}
+
 void fillIn(LiveAircraft& aircraft, const FeedRecord& record) {
     fill(aircraft.destination, record.destination);
     fill(aircraft.origin, record.origin);
-    fill(aircraft.callsign, record.callsign);
+    if (differs(aircraft.callsign, record.callsign)) {
+        takeCallsign(aircraft, record.callsign);
+    }
     fill(aircraft.registration, record.registration);
-}
-
-bool differs(const std::string& stored, const std::string& told) {
-    return !told.empty() && stored != told;
 }
 
 bool announcesReturn(const LiveAircraft& aircraft, const FeedRecord& record) {
@@ -151,9 +153,7 @@ bool checkCallsign(LiveAircraft& aircraft, const FeedRecord& record, Change& cha
     if (!isUsableCallsign(record.callsign)) {
         return true;
     }
-    aircraft.callsign = record.callsign;
-    aircraft.flightCode1 = record.callsign;
-    aircraft.flightCode2.clear();
+    takeCallsign(aircraft, record.callsign);
     change.any = true;
     return true;
 }

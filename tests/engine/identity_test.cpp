@@ -53,6 +53,24 @@ TEST_F(Identity, inTheBufferWhatIsToldIsFilledIn) {
     EXPECT_EQ(aircraft->lifeState, LifeState::buffer);
 }
 
+TEST_F(Identity, inTheBufferTheFlightCodesFollowTheCallSign) {
+    aircraft->lifeState = LifeState::buffer;
+    aircraft->flightCode1 = "KLM123";
+    aircraft->flightCode2 = "KL5";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->flightCode1, "KLM123");
+    EXPECT_EQ(aircraft->flightCode2, "KL5") << "the call sign is the same";
+    record.callsign = "AFR1";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->flightCode1, "AFR1");
+    EXPECT_EQ(aircraft->flightCode2, "");
+    aircraft->flightCode2 = "AF5";
+    record.callsign = "";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->flightCode1, "AFR1");
+    EXPECT_EQ(aircraft->flightCode2, "AF5") << "nothing was told";
+}
+
 TEST_F(Identity, duringTakeOffAndLandingNothingChanges) {
     record.callsign = "AFR1";
     aircraft->takingOff = 1;
