@@ -199,12 +199,11 @@ bool checkIdentity(LiveAircraft& aircraft, const FeedRecord& record) {
     Change change;
     checkRoute(aircraft, record, change);
     checkRegistration(aircraft, record, change);
-    if (!checkCallsign(aircraft, record, change)) {
-        return false;
-    }
+    const bool isOfItself = checkCallsign(aircraft, record, change);
     if (!change.any || !GUID_CHANGES.value) {
-        return true;
+        return isOfItself;
     }
+    // Also when it is a ghost's: its other texts are taken by now, and no later record would tell of a change.
     respawn(aircraft, change);
     return false;
 }

@@ -301,6 +301,35 @@ TEST_F(Identity, aGhostMayHaveALongerCallSignThanItsRealSelf) {
     EXPECT_EQ(aircraft->callsign, "KLM123");
 }
 
+TEST_F(Identity, whatAGhostsRecordHasChangedBesidesIsCarriedOut) {
+    flying().callsign = "KLM9";
+    record.callsign = "KLM9_";
+    record.origin = "LHR";
+    record.destination = "JFK";
+    aircraft->registration = "";
+    aircraft->onGround = 1;
+    aircraft->heading = 1;
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(respawned());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->targetHeading, 1) << "it would taxi on, had it kept its livery";
+    EXPECT_EQ(aircraft->destination, "JFK");
+    EXPECT_EQ(aircraft->model, "B77W");
+    EXPECT_EQ(aircraft->callsign, "KLM123");
+}
+
+TEST_F(Identity, withoutGuidChangesAGhostsRecordIsDroppedAsWell) {
+    GUID_CHANGES.value = false;
+    flying().callsign = "KLM9";
+    record.callsign = "KLM9_";
+    record.origin = "LHR";
+    record.destination = "JFK";
+    EXPECT_FALSE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->destination, "JFK");
+}
+
 // Without changes of objects.
 
 TEST_F(Identity, withoutGuidChangesOnlyTheTextsChange) {
