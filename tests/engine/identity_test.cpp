@@ -147,13 +147,21 @@ TEST_F(Identity, onTheGroundAnotherRouteLetsItTaxiOn) {
     EXPECT_EQ(aircraft->targetHeading, 1);
 }
 
-TEST_F(Identity, onAStandAnotherRouteLeavesItThere) {
+TEST_F(Identity, onAStandOrOnItsWayToItAnotherRouteLeavesItThere) {
     record.origin = "LHR";
     record.destination = "JFK";
     aircraft->onGround = 1;
-    aircraft->phase = FlightPhase::parked;
-    EXPECT_FALSE(check());
-    EXPECT_EQ(aircraft->phase, FlightPhase::parked);
+    aircraft->heading = 1;
+    for (const FlightPhase phase : {FlightPhase::parked, FlightPhase::parking}) {
+        aircraft->phase = phase;
+        aircraft->lifeState = LifeState::active;
+        aircraft->destination = "CDG";
+        aircraft->origin = "AMS";
+        EXPECT_FALSE(check());
+        EXPECT_TRUE(respawned());
+        EXPECT_EQ(aircraft->phase, phase);
+        EXPECT_EQ(aircraft->targetHeading, 0);
+    }
 }
 
 // The registration.
@@ -223,6 +231,26 @@ TEST_F(Identity, aLiveryOfItsOwnThatItHasAlreadyIsNoChange) {
     EXPECT_EQ(aircraft->airline, "KLM");
 }
 
+TEST_F(Identity, aLiveryOfItsOwnWithoutTitleIsNone) {
+    aircraft->registration = "";
+    RegcodeTable["PH-ABC"] = "";
+    knowRegistration("PH-ABC", "TRA", "B77W", "MPH");
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->airline, "MPH");
+    EXPECT_EQ(aircraft->model, "B77W");
+}
+
+TEST_F(Identity, aLiveryOfItsOwnOfAnUnknownRegistrationChangesTheLiveryAlone) {
+    aircraft->registration = "";
+    RegcodeTable["PH-ABC"] = "Own Livery";
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(respawned());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->airline, "KLM");
+    EXPECT_EQ(aircraft->model, "A320");
+}
+
 TEST_F(Identity, anotherRegistrationMustGoWithTheCallSign) {
     aircraft->registration = "PH-XYZ";
     knowRegistration("PH-ABC", "TRA", "B77W");
@@ -246,6 +274,34 @@ TEST_F(Identity, anotherRegistrationMayGoWithTheCallSignByItsThirdCode) {
     knowRegistration("PH-ABC", "MPH", "B77W", "KLM");
     EXPECT_FALSE(check());
     EXPECT_EQ(aircraft->airline, "KLM");
+}
+
+TEST_F(Identity, anotherRegistrationOfTheSameAirlineAndModelIsNoChange) {
+    aircraft->registration = "PH-XYZ";
+    knowRegistration("PH-ABC", "KLM", "A320");
+    EXPECT_TRUE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->registration, "PH-ABC");
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+}
+
+TEST_F(Identity, anotherRegistrationWhoseThirdCodeItHasAlreadyIsNoChange) {
+    aircraft->registration = "PH-XYZ";
+    knowRegistration("PH-ABC", "TRA", "B77W", "KLM");
+    EXPECT_TRUE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->registration, "PH-ABC");
+    EXPECT_EQ(aircraft->airline, "KLM");
+    EXPECT_EQ(aircraft->model, "A320");
+}
+
+TEST_F(Identity, anotherRegistrationThatIsUnknownIsOnlyTaken) {
+    aircraft->registration = "PH-XYZ";
+    RegcodeTable["PH-ABC"] = "Own Livery"; // is asked for the first real registration alone
+    EXPECT_TRUE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->registration, "PH-ABC");
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
 }
 
 TEST_F(Identity, anEmptyRegistrationTellsNothing) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "core/user_error.h"
+#include "feed/real_traffic_link.h"
 #include "sim/flight_plan.h"
 #include "sim/frame_flush.h"
 #include "sim/simulator_link.h"
@@ -237,6 +238,26 @@ TEST_F(Slot, copiesTheUsersStateOnceASecond) {
     setUserState({});
 }
 
+TEST_F(Slot, tellsRealTrafficWhereTheUserIsOnceASecond) {
+    gRealTrafficHere = true;
+    UserState state;
+    state.lat = testPlace.lat;
+    state.lon = testPlace.lon;
+    setUserState(state);
+    gUserState = state;
+    std::vector<std::int32_t> toldIn;
+    for (std::int32_t slot = 0; slot <= 250; ++slot) {
+        clientConnected = true; // without a connection: telling it fails, which shows that it was tried
+        slots(1);
+        if (!clientConnected) {
+            toldIn.push_back(slot);
+        }
+    }
+    clientConnected = false;
+    setUserState({});
+    EXPECT_THAT(toldIn, ElementsAre(0, 100, 200));
+}
+
 // The inbox.
 
 TEST_F(Slot, onTheGroundTheHeightIsTheSimulatorsOwn) {
@@ -311,6 +332,19 @@ TEST_F(Slot, aBlockedActiveAircraftIsRemoved) {
     readInbox();
     EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
     EXPECT_TRUE(log.contains("         KLM123   PH-ABC removed from simulator immediately while blocked"));
+}
+
+TEST_F(Slot, aBlockedAircraftThatIsUnderWayToTheSimulatorOrFromItIsLeftAlone) {
+    LiveAircraft& aircraft = flying();
+    for (const LifeState state : {LifeState::adding2sim, LifeState::liveryrespawn, LifeState::removingfromsim}) {
+        aircraft.lifeState = state;
+        tell(EngineMessageKind::blockAircraft, 0, testHexid);
+        readInbox();
+        EXPECT_EQ(aircraft.lifeState, state);
+        EXPECT_EQ(aircraft.dropRecord + aircraft.dropRecordQueued + aircraft.removeWhenAdded, 0);
+        EXPECT_THAT(removalQueue, IsEmpty());
+        EXPECT_THAT(log.lines(), IsEmpty());
+    }
 }
 
 TEST_F(Slot, aRemovalThatTheSimulatorConfirmsErasesTheRecord) {
