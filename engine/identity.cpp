@@ -17,7 +17,7 @@
 
 namespace {
 
-/// What the aircraft's object must follow. The texts are in the record by then; the rest is done only if it is made
+/// What the aircraft's object must follow. The texts are in the record by then; the rest is done only when it is made
 /// anew, for an active aircraft without livery or out of its phase would never move again.
 struct Change {
     bool any = false;
@@ -171,15 +171,18 @@ void taxiOn(LiveAircraft& aircraft) {
     }
 }
 
+/// The livery goes only when the object does.
 void respawn(LiveAircraft& aircraft, const Change& change) {
+    log(fmt::format("          {} respawns", shortLine(aircraft)));
+    if (!liveryRespawn(aircraft, change.ofLivery ? StandOnRespawn::soughtAnew : StandOnRespawn::kept)) {
+        return;
+    }
     if (change.ofRoute) {
         taxiOn(aircraft);
     }
     if (change.ofLivery) {
         dropLivery(aircraft);
     }
-    log(fmt::format("          {} respawns", shortLine(aircraft)));
-    liveryRespawn(aircraft);
 }
 
 } // namespace

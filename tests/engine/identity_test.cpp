@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
+
 #include "tests/engine/engine_test.h"
+#include "tests/support/allocation_count.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -310,6 +313,17 @@ TEST_F(Identity, anEmptyRegistrationTellsNothing) {
     EXPECT_EQ(aircraft->registration, "PH-ABC");
 }
 
+TEST_F(Identity, onAStandAnotherLiveryLeavesWhatIsToComeAndItsPlaceIsSoughtAnew) {
+    give(*aircraft, airSample(1, 0, 900));
+    aircraft->phase = FlightPhase::parked;
+    aircraft->registration = "";
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->previousPhase, FlightPhase::parked);
+    EXPECT_EQ(aircraft->stream.size(), 3u);
+}
+
 // The call sign.
 
 TEST_F(Identity, anotherCallSignMakesItAnew) {
@@ -384,6 +398,43 @@ TEST_F(Identity, withoutGuidChangesAGhostsRecordIsDroppedAsWell) {
     EXPECT_FALSE(check());
     EXPECT_FALSE(respawned());
     EXPECT_EQ(aircraft->destination, "JFK");
+}
+
+// A respawn that fails.
+
+/// As full as its ring: one sample more needs a larger one.
+constexpr int ringOfFirstSamples = 8;
+constexpr std::size_t largerRing = 2 * ringOfFirstSamples * sizeof(void*);
+
+TEST_F(Identity, aChangeOfLiveryWhoseRespawnFailsLeavesTheAircraftFlyingInItsOwn) {
+    for (int i = 1; i < ringOfFirstSamples; ++i) {
+        give(*aircraft, airSample(i, 0, 500 + 100 * i));
+    }
+    aircraft->previousPhase = FlightPhase::take_off;
+    aircraft->registration = "";
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    const FailingAllocation noMemory(largerRing);
+    EXPECT_FALSE(check());
+    EXPECT_THAT(log.lines(),
+                ElementsAre("          AMS->LHR KLM123   PH-ABC respawns", "liveryRespawn: std::bad_alloc"));
+    EXPECT_EQ(aircraft->lifeState, LifeState::active);
+    EXPECT_EQ(aircraft->phase, FlightPhase::flying);
+    EXPECT_EQ(aircraft->previousPhase, FlightPhase::take_off);
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+    EXPECT_TRUE(hexidLiveries.contains(testHexid));
+}
+
+TEST_F(Identity, aChangeOfLiveryThatCannotEvenBeSaidLeavesTheAircraftFlyingInItsOwn) {
+    aircraft->destination = std::string(5000, 'X'); // there is no memory for the line that names it
+    record.destination = "";
+    aircraft->registration = "";
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    const FailingAllocation noMemory(5000);
+    EXPECT_THROW(check(), std::bad_alloc);
+    EXPECT_EQ(aircraft->lifeState, LifeState::active);
+    EXPECT_EQ(aircraft->phase, FlightPhase::flying);
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+    EXPECT_TRUE(hexidLiveries.contains(testHexid));
 }
 
 // Without changes of objects.
