@@ -17,7 +17,7 @@
 
 namespace {
 
-/// What the aircraft's object must follow. The texts are in the record by then; the rest is done only if it is made
+/// What the aircraft's object must follow. The texts are in the record by then; the rest is done only when it is made
 /// anew, for an active aircraft without livery or out of its phase would never move again.
 struct Change {
     bool any = false;
@@ -33,15 +33,17 @@ void fill(std::string& stored, const std::string& told) {
     }
 }
 
+bool differs(const std::string& stored, const std::string& told) {
+    return !told.empty() && stored != told;
+}
+
 void fillIn(LiveAircraft& aircraft, const FeedRecord& record) {
     fill(aircraft.destination, record.destination);
     fill(aircraft.origin, record.origin);
-    fill(aircraft.callsign, record.callsign);
+    if (differs(aircraft.callsign, record.callsign)) {
+        takeCallsign(aircraft, record.callsign);
+    }
     fill(aircraft.registration, record.registration);
-}
-
-bool differs(const std::string& stored, const std::string& told) {
-    return !told.empty() && stored != told;
 }
 
 bool announcesReturn(const LiveAircraft& aircraft, const FeedRecord& record) {
@@ -151,9 +153,7 @@ bool checkCallsign(LiveAircraft& aircraft, const FeedRecord& record, Change& cha
     if (!isUsableCallsign(record.callsign)) {
         return true;
     }
-    aircraft.callsign = record.callsign;
-    aircraft.flightCode1 = record.callsign;
-    aircraft.flightCode2.clear();
+    takeCallsign(aircraft, record.callsign);
     change.any = true;
     return true;
 }
@@ -171,15 +171,18 @@ void taxiOn(LiveAircraft& aircraft) {
     }
 }
 
+/// The livery goes only when the object does.
 void respawn(LiveAircraft& aircraft, const Change& change) {
+    log(fmt::format("          {} respawns", shortLine(aircraft)));
+    if (!liveryRespawn(aircraft, change.ofLivery ? StandOnRespawn::soughtAnew : StandOnRespawn::kept)) {
+        return;
+    }
     if (change.ofRoute) {
         taxiOn(aircraft);
     }
     if (change.ofLivery) {
         dropLivery(aircraft);
     }
-    log(fmt::format("          {} respawns", shortLine(aircraft)));
-    liveryRespawn(aircraft);
 }
 
 } // namespace
@@ -199,12 +202,11 @@ bool checkIdentity(LiveAircraft& aircraft, const FeedRecord& record) {
     Change change;
     checkRoute(aircraft, record, change);
     checkRegistration(aircraft, record, change);
-    if (!checkCallsign(aircraft, record, change)) {
-        return false;
-    }
+    const bool isOfItself = checkCallsign(aircraft, record, change);
     if (!change.any || !GUID_CHANGES.value) {
-        return true;
+        return isOfItself;
     }
+    // Also when it is a ghost's: its other texts are taken by now, and no later record would tell of a change.
     respawn(aircraft, change);
     return false;
 }

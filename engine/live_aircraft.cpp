@@ -8,6 +8,12 @@ static_assert(std::is_nothrow_move_constructible_v<LiveAircraft> && std::is_noth
 
 #include <utility>
 
+void takeCallsign(LiveAircraft& aircraft, const std::string& callsign) {
+    aircraft.callsign = callsign;
+    aircraft.flightCode1 = callsign;
+    aircraft.flightCode2.clear();
+}
+
 void changePhase(LiveAircraft& aircraft, FlightPhase phase) {
     if (aircraft.phase != phase) {
         aircraft.previousPhase = std::exchange(aircraft.phase, phase);

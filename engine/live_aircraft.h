@@ -120,5 +120,8 @@ struct LiveAircraft : AircraftRecord {
 /// No curve, and nothing travelled on it.
 void clearCurve(LiveAircraft& aircraft);
 
+/// Takes the call sign, and with it the flight codes: the first is its copy, the second empty.
+void takeCallsign(LiveAircraft& aircraft, const std::string& callsign);
+
 /// Writes the new phase and keeps the old one in previousPhase; nothing when it would not change.
 void changePhase(LiveAircraft& aircraft, FlightPhase phase);

@@ -44,20 +44,33 @@ void queueRemoval(const LiveAircraft& aircraft) {
     removalQueue.push_back(aircraft.objectId);
 }
 
+/// Both or neither.
+void leadOnAndLeave(LiveAircraft& aircraft, const Sample& first) {
+    aircraft.stream.pushFront(first);
+    try {
+        queueRemoval(aircraft);
+    } catch (...) {
+        aircraft.stream.popFront();
+        throw;
+    }
+}
+
 } // namespace
 
-void liveryRespawn(LiveAircraft& aircraft) {
+bool liveryRespawn(LiveAircraft& aircraft, StandOnRespawn stand) {
     try {
         if (aircraft.stream.firstOrLog("liveryRespawn") == nullptr) {
-            return;
+            return false;
         }
-        Sample first = aircraft.phase == FlightPhase::parked ? parkedPlace(aircraft) : presentPlace(aircraft);
+        const bool staysOnStand = aircraft.phase == FlightPhase::parked && stand == StandOnRespawn::kept;
+        Sample first = staysOnStand ? parkedPlace(aircraft) : presentPlace(aircraft);
         first.slot = slotClock + 1;
-        aircraft.stream.pushFront(first);
+        leadOnAndLeave(aircraft, first);
         aircraft.lifeState = LifeState::liveryrespawn;
         aircraft.respawnHeading = aircraft.heading;
-        queueRemoval(aircraft);
+        return true;
     } catch (const std::exception& failure) {
         log(fmt::format("{}: {}", "liveryRespawn", failure.what()));
+        return false;
     }
 }

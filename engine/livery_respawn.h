@@ -4,6 +4,9 @@
 
 #include "engine/live_aircraft.h"
 
+/// What becomes of the place of an aircraft on its stand.
+enum class StandOnRespawn { kept, soughtAnew };
+
 /// Removes the object of an active aircraft; when the simulator has confirmed it the aircraft goes the way of a new
-/// one, from where it is now.
-void liveryRespawn(LiveAircraft& aircraft);
+/// one, from where it is now. False when that failed, which is logged: the aircraft then flies on as it is.
+bool liveryRespawn(LiveAircraft& aircraft, StandOnRespawn stand = StandOnRespawn::kept);

@@ -1,6 +1,8 @@
 // engine/slot.cpp
 #include "engine/slot.h"
 
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -76,15 +78,22 @@ void serve(const EngineMessage& message) {
     }
 }
 
+/// Without memory of its own, for it may be want of memory that has failed; what is longer is cut.
+void logFailedStep(const char* function, const std::exception& failure) {
+    std::array<char, 500> line{};
+    const auto end = fmt::format_to_n(line.data(), line.size(), "{} exception: {}", function, failure.what());
+    log({line.data(), std::min(end.size, line.size())});
+}
+
 /// What fails costs itself; the user's errors alone end the run.
 template <typename Action>
-void attempt(const char* function, Action action) {
+void attempt(const char* function, const Action& action) {
     try {
         action();
     } catch (const kvd::UserErrorException&) {
         throw;
     } catch (const std::exception& failure) {
-        log(fmt::format("{} exception: {}", function, failure.what()));
+        logFailedStep(function, failure);
     }
 }
 
@@ -104,10 +113,10 @@ void serveMessages() {
 void updateAll() {
     bool drops = false;
     for (LiveAircraft& aircraft : liveTable) {
-        drops = updateLiveAc(aircraft) || drops;
+        attempt("updateLiveAc", [&aircraft, &drops] { drops = updateLiveAc(aircraft) || drops; });
     }
     if (drops) {
-        eraseDroppedLive();
+        attempt("eraseDroppedLive", eraseDroppedLive);
     }
 }
 
@@ -141,31 +150,34 @@ CreateRequest createRequestFor(const LiveAircraft& aircraft, const Sample& first
             .hexid = aircraft.hexid};
 }
 
+void queueCreation(LiveAircraft& aircraft) {
+    if (aircraft.callsign.empty()) {
+        log(fmt::format("{} {} objectid = 0?", "lf_handleAddingStack", shortLine(aircraft)));
+        return;
+    }
+    if (const Sample* first = aircraft.stream.firstOrLog("lf_handleAddingStack")) {
+        liveCreateQueue.push_back(createRequestFor(aircraft, *first));
+    }
+}
+
+/// It leaves the stack only when it is done: after a failure the next slot tries again.
 void requestCreation() {
     if (addingStack.empty()) {
         return;
     }
-    LiveAircraft* aircraft = findLiveByHexid(addingStack.back());
+    if (LiveAircraft* aircraft = findLiveByHexid(addingStack.back())) {
+        queueCreation(*aircraft);
+    }
     addingStack.pop_back();
-    if (aircraft == nullptr) {
-        return;
-    }
-    if (aircraft->callsign.empty()) {
-        log(fmt::format("{} {} objectid = 0?", "lf_handleAddingStack", shortLine(*aircraft)));
-        return;
-    }
-    if (const Sample* first = aircraft->stream.firstOrLog("lf_handleAddingStack")) {
-        liveCreateQueue.push_back(createRequestFor(*aircraft, *first));
-    }
 }
 
 void askSimulator() {
     if (slotClock % (flareInProgress ? flareRangeRequestSlots : rangeRequestSlots) == 0 && !simFailed) {
-        requestAircraftInRange();
+        attempt("requestAircraftInRange", requestAircraftInRange);
     }
     if (slotClock % slotsPerSecond == 0) {
-        sendUserState();
-        gUserState = requestUserPosition();
+        attempt("sendUserState", sendUserState);
+        attempt("requestUserPosition", [] { gUserState = requestUserPosition(); });
     }
 }
 
@@ -181,9 +193,9 @@ void lf_handleAddingStack() {
     readInbox();
     updateAll();
     swapPositions();
-    stepObjectQueues(slotClock);
+    attempt("stepObjectQueues", [] { stepObjectQueues(slotClock); });
     takeRecords();
-    requestCreation();
+    attempt("requestCreation", requestCreation);
     askSimulator();
     ++slotClock;
 }

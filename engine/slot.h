@@ -2,8 +2,9 @@
 // One slot of the engine, a hundred times a second, and the order of everything that happens in it. Run thread only.
 #pragma once
 
-/// One slot, while the flight runs. A bad message, record or aircraft costs itself; only kvd::UserErrorException is
-/// thrown, when the simulator refuses too many liveries.
+/// One slot, while the flight runs. What fails in it, be it a message, a record, an aircraft or a step, costs itself and
+/// one line in the log, and the rest of the slot is done; only kvd::UserErrorException is thrown, when the simulator
+/// refuses too many liveries.
 void lf_handleAddingStack();
 
 /// What the simulator has told since the last slot, and the objects that are coming into being. While the flight is

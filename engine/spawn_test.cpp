@@ -108,7 +108,7 @@ void takeAirframe(LiveAircraft& aircraft) {
 void completeIdentity(LiveAircraft& aircraft) {
     takeAirframe(aircraft);
     if (!hasUsableCallsign(aircraft) && !aircraft.registration.empty()) {
-        aircraft.callsign = aircraft.registration;
+        takeCallsign(aircraft, aircraft.registration);
     }
     if (aircraft.airline.empty()) {
         aircraft.airline = airlineFromCallsign(aircraft.callsign);

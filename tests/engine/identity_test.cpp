@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
+
 #include "tests/engine/engine_test.h"
+#include "tests/support/allocation_count.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -51,6 +54,24 @@ TEST_F(Identity, inTheBufferWhatIsToldIsFilledIn) {
     EXPECT_EQ(aircraft->callsign, "AFR1");
     EXPECT_EQ(aircraft->registration, "F-ABCD");
     EXPECT_EQ(aircraft->lifeState, LifeState::buffer);
+}
+
+TEST_F(Identity, inTheBufferTheFlightCodesFollowTheCallSign) {
+    aircraft->lifeState = LifeState::buffer;
+    aircraft->flightCode1 = "KLM123";
+    aircraft->flightCode2 = "KL5";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->flightCode1, "KLM123");
+    EXPECT_EQ(aircraft->flightCode2, "KL5") << "the call sign is the same";
+    record.callsign = "AFR1";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->flightCode1, "AFR1");
+    EXPECT_EQ(aircraft->flightCode2, "");
+    aircraft->flightCode2 = "AF5";
+    record.callsign = "";
+    EXPECT_TRUE(check());
+    EXPECT_EQ(aircraft->flightCode1, "AFR1");
+    EXPECT_EQ(aircraft->flightCode2, "AF5") << "nothing was told";
 }
 
 TEST_F(Identity, duringTakeOffAndLandingNothingChanges) {
@@ -129,13 +150,21 @@ TEST_F(Identity, onTheGroundAnotherRouteLetsItTaxiOn) {
     EXPECT_EQ(aircraft->targetHeading, 1);
 }
 
-TEST_F(Identity, onAStandAnotherRouteLeavesItThere) {
+TEST_F(Identity, onAStandOrOnItsWayToItAnotherRouteLeavesItThere) {
     record.origin = "LHR";
     record.destination = "JFK";
     aircraft->onGround = 1;
-    aircraft->phase = FlightPhase::parked;
-    EXPECT_FALSE(check());
-    EXPECT_EQ(aircraft->phase, FlightPhase::parked);
+    aircraft->heading = 1;
+    for (const FlightPhase phase : {FlightPhase::parked, FlightPhase::parking}) {
+        aircraft->phase = phase;
+        aircraft->lifeState = LifeState::active;
+        aircraft->destination = "CDG";
+        aircraft->origin = "AMS";
+        EXPECT_FALSE(check());
+        EXPECT_TRUE(respawned());
+        EXPECT_EQ(aircraft->phase, phase);
+        EXPECT_EQ(aircraft->targetHeading, 0);
+    }
 }
 
 // The registration.
@@ -205,6 +234,26 @@ TEST_F(Identity, aLiveryOfItsOwnThatItHasAlreadyIsNoChange) {
     EXPECT_EQ(aircraft->airline, "KLM");
 }
 
+TEST_F(Identity, aLiveryOfItsOwnWithoutTitleIsNone) {
+    aircraft->registration = "";
+    RegcodeTable["PH-ABC"] = "";
+    knowRegistration("PH-ABC", "TRA", "B77W", "MPH");
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->airline, "MPH");
+    EXPECT_EQ(aircraft->model, "B77W");
+}
+
+TEST_F(Identity, aLiveryOfItsOwnOfAnUnknownRegistrationChangesTheLiveryAlone) {
+    aircraft->registration = "";
+    RegcodeTable["PH-ABC"] = "Own Livery";
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(respawned());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->airline, "KLM");
+    EXPECT_EQ(aircraft->model, "A320");
+}
+
 TEST_F(Identity, anotherRegistrationMustGoWithTheCallSign) {
     aircraft->registration = "PH-XYZ";
     knowRegistration("PH-ABC", "TRA", "B77W");
@@ -230,10 +279,49 @@ TEST_F(Identity, anotherRegistrationMayGoWithTheCallSignByItsThirdCode) {
     EXPECT_EQ(aircraft->airline, "KLM");
 }
 
+TEST_F(Identity, anotherRegistrationOfTheSameAirlineAndModelIsNoChange) {
+    aircraft->registration = "PH-XYZ";
+    knowRegistration("PH-ABC", "KLM", "A320");
+    EXPECT_TRUE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->registration, "PH-ABC");
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+}
+
+TEST_F(Identity, anotherRegistrationWhoseThirdCodeItHasAlreadyIsNoChange) {
+    aircraft->registration = "PH-XYZ";
+    knowRegistration("PH-ABC", "TRA", "B77W", "KLM");
+    EXPECT_TRUE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->registration, "PH-ABC");
+    EXPECT_EQ(aircraft->airline, "KLM");
+    EXPECT_EQ(aircraft->model, "A320");
+}
+
+TEST_F(Identity, anotherRegistrationThatIsUnknownIsOnlyTaken) {
+    aircraft->registration = "PH-XYZ";
+    RegcodeTable["PH-ABC"] = "Own Livery"; // is asked for the first real registration alone
+    EXPECT_TRUE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->registration, "PH-ABC");
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+}
+
 TEST_F(Identity, anEmptyRegistrationTellsNothing) {
     record.registration = "";
     EXPECT_TRUE(check());
     EXPECT_EQ(aircraft->registration, "PH-ABC");
+}
+
+TEST_F(Identity, onAStandAnotherLiveryLeavesWhatIsToComeAndItsPlaceIsSoughtAnew) {
+    give(*aircraft, airSample(1, 0, 900));
+    aircraft->phase = FlightPhase::parked;
+    aircraft->registration = "";
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->previousPhase, FlightPhase::parked);
+    EXPECT_EQ(aircraft->stream.size(), 3u);
 }
 
 // The call sign.
@@ -281,6 +369,72 @@ TEST_F(Identity, aGhostMayHaveALongerCallSignThanItsRealSelf) {
     record.callsign = "KLM12345_";
     EXPECT_FALSE(check());
     EXPECT_EQ(aircraft->callsign, "KLM123");
+}
+
+TEST_F(Identity, whatAGhostsRecordHasChangedBesidesIsCarriedOut) {
+    flying().callsign = "KLM9";
+    record.callsign = "KLM9_";
+    record.origin = "LHR";
+    record.destination = "JFK";
+    aircraft->registration = "";
+    aircraft->onGround = 1;
+    aircraft->heading = 1;
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    EXPECT_FALSE(check());
+    EXPECT_TRUE(respawned());
+    EXPECT_TRUE(hasDroppedLivery());
+    EXPECT_EQ(aircraft->targetHeading, 1) << "it would taxi on, had it kept its livery";
+    EXPECT_EQ(aircraft->destination, "JFK");
+    EXPECT_EQ(aircraft->model, "B77W");
+    EXPECT_EQ(aircraft->callsign, "KLM123");
+}
+
+TEST_F(Identity, withoutGuidChangesAGhostsRecordIsDroppedAsWell) {
+    GUID_CHANGES.value = false;
+    flying().callsign = "KLM9";
+    record.callsign = "KLM9_";
+    record.origin = "LHR";
+    record.destination = "JFK";
+    EXPECT_FALSE(check());
+    EXPECT_FALSE(respawned());
+    EXPECT_EQ(aircraft->destination, "JFK");
+}
+
+// A respawn that fails.
+
+/// As full as its ring: one sample more needs a larger one.
+constexpr int ringOfFirstSamples = 8;
+constexpr std::size_t largerRing = 2 * ringOfFirstSamples * sizeof(void*);
+
+TEST_F(Identity, aChangeOfLiveryWhoseRespawnFailsLeavesTheAircraftFlyingInItsOwn) {
+    for (int i = 1; i < ringOfFirstSamples; ++i) {
+        give(*aircraft, airSample(i, 0, 500 + 100 * i));
+    }
+    aircraft->previousPhase = FlightPhase::take_off;
+    aircraft->registration = "";
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    const FailingAllocation noMemory(largerRing);
+    EXPECT_FALSE(check());
+    EXPECT_THAT(log.lines(),
+                ElementsAre("          AMS->LHR KLM123   PH-ABC respawns", "liveryRespawn: std::bad_alloc"));
+    EXPECT_EQ(aircraft->lifeState, LifeState::active);
+    EXPECT_EQ(aircraft->phase, FlightPhase::flying);
+    EXPECT_EQ(aircraft->previousPhase, FlightPhase::take_off);
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+    EXPECT_TRUE(hexidLiveries.contains(testHexid));
+}
+
+TEST_F(Identity, aChangeOfLiveryThatCannotEvenBeSaidLeavesTheAircraftFlyingInItsOwn) {
+    aircraft->destination = std::string(5000, 'X'); // there is no memory for the line that names it
+    record.destination = "";
+    aircraft->registration = "";
+    knowRegistration("PH-ABC", "TRA", "B77W");
+    const FailingAllocation noMemory(5000);
+    EXPECT_THROW(check(), std::bad_alloc);
+    EXPECT_EQ(aircraft->lifeState, LifeState::active);
+    EXPECT_EQ(aircraft->phase, FlightPhase::flying);
+    EXPECT_EQ(aircraft->liveryTitle, "Some Livery");
+    EXPECT_TRUE(hexidLiveries.contains(testHexid));
 }
 
 // Without changes of objects.

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <deque>
+#include <optional>
+#include <vector>
+
 #include "tests/engine/engine_test.h"
 #include "tests/support/allocation_count.h"
 
@@ -73,6 +77,21 @@ TEST_F(LiveryRespawn, aFailureIsLoggedAndLeavesTheAircraftFlying) {
     EXPECT_EQ(aircraft.lifeState, LifeState::active);
     EXPECT_EQ(aircraft.stream.size(), 8u);
     EXPECT_THAT(removalQueue, IsEmpty());
+}
+
+TEST_F(LiveryRespawn, aRemovalThatCannotBeQueuedLeavesTheAircraftFlying) {
+    LiveAircraft& aircraft = give(flying(), airSample(1, 0, 500), airSample(2, 0, 900));
+    // The queue's block of 512 bytes is full but for the last place, which is never left without a next block.
+    constexpr std::size_t block = 512;
+    const std::vector<std::uint32_t> others(block / sizeof(std::uint32_t) - 1, 4711);
+    removalQueue = std::deque<std::uint32_t>(others.begin(), others.end());
+    const FailingAllocation noMemoryForABlockMore(block);
+    liveryRespawn(aircraft);
+    EXPECT_THAT(log.lines(), ElementsAre("liveryRespawn: std::bad_alloc"));
+    EXPECT_EQ(removalQueue.size(), others.size());
+    EXPECT_EQ(aircraft.stream.size(), 2u);
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_EQ(aircraft.respawnHeading, std::nullopt);
 }
 
 TEST_F(LiveryRespawn, withoutSamplesItOnlySaysSo) {

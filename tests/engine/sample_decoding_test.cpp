@@ -10,6 +10,7 @@
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 namespace {
 
@@ -64,6 +65,20 @@ TEST_F(SampleDecoding, unbornSamplesStayInOrderOfTime) {
     LiveAircraft& aircraft = unborn(airSample(0, 0, 100));
     decodeExisting(aircraft, airSample(1, 0, 90));
     EXPECT_THAT(slotsOf(aircraft), ElementsAre(100, 101));
+}
+
+TEST_F(SampleDecoding, anUnbornAircraftInTheAirTakesNoSampleOfTheSamePosition) {
+    LiveAircraft& aircraft = unborn(airSample(0, 0, 100));
+    decodeExisting(aircraft, airSample(0, 0, 1500));
+    EXPECT_THAT(slotsOf(aircraft), ElementsAre(100));
+}
+
+TEST_F(SampleDecoding, anUnbornAircraftOnTheGroundStandsWhereItIsSeenAgain) {
+    LiveAircraft& aircraft = unborn(groundSample(0, 0, 100));
+    decodeExisting(aircraft, groundSample(0, 0, 1500, 3));
+    ASSERT_THAT(slotsOf(aircraft), ElementsAre(100, 1500));
+    EXPECT_EQ(aircraft.stream[1].stationary, 1);
+    EXPECT_EQ(aircraft.stream[1].gs, 0);
 }
 
 TEST_F(SampleDecoding, anUnbornAircraftWithoutSamplesTakesNone) {
@@ -198,6 +213,18 @@ TEST_F(SampleDecoding, aWaitOfUpToFiveReportsIsSeen) {
     }
 }
 
+TEST_F(SampleDecoding, aWaitThatEndsInTheAirStays) {
+    LiveAircraft& aircraft = waiting();
+    decodeExisting(aircraft, airSample(0.2, 0, 1000, 300, 140));
+    EXPECT_THAT(slotsOf(aircraft), ElementsAre(100, 400, 700, 1000));
+}
+
+TEST_F(SampleDecoding, whatHoversThroughoutKeepsItsSamples) {
+    LiveAircraft& aircraft = give(flying("EC35"), stationary(airSample(0, 0, 100)), stationary(airSample(0, 0, 400)));
+    decodeExisting(aircraft, airSample(0, 0, 1000));
+    EXPECT_THAT(slotsOf(aircraft), ElementsAre(100, 400, 1000));
+}
+
 TEST_F(SampleDecoding, aPairIsNoWaitingPeriod) {
     LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 100), stationary(groundSample(0, 0, 400)));
     decodeExisting(aircraft, groundSample(0.2, 0, 4000));
@@ -254,6 +281,24 @@ TEST_F(TouchAndGo, itNeedsAnActiveAircraftThatRollsOut) {
     aircraft->lifeState = LifeState::adding2sim;
     decodeExisting(*aircraft, airSample(0.2, 0, 700, 600, 140));
     EXPECT_EQ(aircraft->takingOff, 0);
+}
+
+TEST_F(TouchAndGo, itNeedsAnAircraftOnTheGround) {
+    aircraft->onGround = 0;
+    decodeExisting(*aircraft, airSample(0.1, 0, 400, 300, 140));
+    EXPECT_EQ(aircraft->stream.size(), 2u);
+    EXPECT_EQ(aircraft->takingOff, 0);
+    EXPECT_EQ(aircraft->landing, 1);
+    EXPECT_THAT(events(), IsEmpty());
+}
+
+TEST_F(TouchAndGo, oneThatTakesOffAlreadyIsLeftAlone) {
+    aircraft->takingOff = 1;
+    decodeExisting(*aircraft, airSample(0.1, 0, 400, 300, 140));
+    EXPECT_EQ(aircraft->stream.size(), 2u);
+    EXPECT_EQ(aircraft->landing, 1);
+    EXPECT_EQ(aircraft->maxLater, 1000);
+    EXPECT_THAT(events(), IsEmpty());
 }
 
 // The filter of positions.

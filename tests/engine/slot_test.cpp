@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "core/user_error.h"
+#include "feed/real_traffic_link.h"
 #include "sim/flight_plan.h"
 #include "sim/frame_flush.h"
 #include "sim/simulator_link.h"
@@ -124,6 +125,24 @@ TEST_F(Slot, doesNotCreateWhatHasNoCallSign) {
     EXPECT_TRUE(log.contains("lf_handleAddingStack                   PH-ABC objectid = 0?"));
 }
 
+TEST_F(Slot, aRequestForWhichThereIsNoMemoryIsMadeInTheNextSlot) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 100), airSample(1, 0, 1000));
+    aircraft.lifeState = LifeState::adding2sim;
+    aircraft.callsign = std::string(5000, 'X'); // the request has a copy of it
+    addingStack = {4711, testHexid};
+    ++slotClock; // nothing is asked of the simulator in these slots
+    const FailingAllocation noMemory(5000);
+    slots(1);
+    EXPECT_THAT(log.lines(), ElementsAre("requestCreation exception: std::bad_alloc"));
+    EXPECT_EQ(slotClock, testSlot + 2);
+    EXPECT_THAT(addingStack, ElementsAre(4711, testHexid));
+    EXPECT_THAT(liveCreateQueue, IsEmpty());
+    slots(1);
+    EXPECT_THAT(addingStack, ElementsAre(4711));
+    ASSERT_THAT(liveCreateQueue, SizeIs(1));
+    EXPECT_EQ(liveCreateQueue[0].hexid, testHexid);
+}
+
 TEST_F(Slot, forgetsARequestWhoseAircraftIsGone) {
     addingStack.push_back(4711);
     slots(1);
@@ -187,6 +206,60 @@ TEST_F(Slot, anAircraftThatFailsCostsItsSlotAndNothingElse) {
     EXPECT_EQ(slotClock, testSlot + 1);
 }
 
+TEST_F(Slot, anAircraftWhoseFailureCannotEvenBeLoggedCostsItsSlotAndNothingElse) {
+    Sample banked = airSample(0, 0, 0);
+    banked.roll = 0.1; // is judged by the category
+    LiveAircraft& failing = give(flying(), banked, airSample(1, 0, 1000));
+    failing.lifeState = LifeState::buffer;
+    failing.category = static_cast<AircraftCategory>(9);
+    failing.destination = std::string(5000, 'X'); // there is no memory for the line that names it
+    give(flying(), airSample(0, 0, 500)).objectId = 78;
+    feed(20000);
+    const FailingAllocation noMemory(5000);
+    slots(1);
+    EXPECT_THAT(log.lines(), ElementsAre("updateLiveAc exception: std::bad_alloc"));
+    ASSERT_THAT(positionBack, SizeIs(1));
+    EXPECT_EQ(positionBack[0].objectId, 78u);
+    EXPECT_EQ(liveTable.size(), 3u);
+    EXPECT_EQ(slotClock, testSlot + 1);
+}
+
+TEST_F(Slot, aRemovalThatCannotBeHandedOnWaitsAndTheRestOfTheSlotIsDone) {
+    removalQueue.push_back(4711);
+    removeRequests.resize(removeRequests.capacity());
+    const std::size_t waiting = removeRequests.size();
+    feed(20000);
+    const FailingAllocation noMemory(waiting * sizeof(removeRequests[0]));
+    slots(1);
+    EXPECT_THAT(log.lines(), ElementsAre("stepObjectQueues exception: std::bad_alloc"));
+    EXPECT_THAT(removalQueue, ElementsAre(4711));
+    EXPECT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(slotClock, testSlot + 1);
+    slots(10);
+    EXPECT_THAT(removalQueue, IsEmpty());
+    EXPECT_EQ(removeRequests.back(), 4711u);
+}
+
+TEST_F(Slot, aDroppedRecordThatCannotBeErasedGoesInTheNextSlotAndTheRestOfTheSlotIsDone) {
+    ASSERT_TRUE(gf_createFlightPlanFolder());
+    LiveAircraft& dropped = flying();
+    dropped.lifeState = LifeState::buffer;
+    dropped.dropRecord = 1;
+    dropped.hasFlightPlan = 1;
+    feed(20000);
+    {
+        const FailingAllocation noMemoryForThePathOfThePlan(lf_flightPlanPath(testHexid).native().size());
+        slots(1);
+    }
+    EXPECT_THAT(log.lines(), ElementsAre("eraseDroppedLive exception: std::bad_alloc"));
+    EXPECT_EQ(liveTable.size(), 2u);
+    EXPECT_EQ(slotClock, testSlot + 1);
+    slots(1);
+    ASSERT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(liveTable[0].hexid, 20000u);
+    gf_removeFlightPlanFolder();
+}
+
 TEST_F(Slot, aRecordThatFailsIsLoggedAndTheNextIsTakenInTheSameSlot) {
     // The longest text of the record is copied, for which there is no memory.
     FeedRecord failing = recordOf(airSample(0, 0, 3000));
@@ -234,6 +307,56 @@ TEST_F(Slot, copiesTheUsersStateOnceASecond) {
     EXPECT_EQ(gUserState.lat, 0);
     slots(1);
     EXPECT_EQ(gUserState.lat, 12);
+    setUserState({});
+}
+
+TEST_F(Slot, tellsRealTrafficWhereTheUserIsOnceASecond) {
+    gRealTrafficHere = true;
+    UserState state;
+    state.lat = testPlace.lat;
+    state.lon = testPlace.lon;
+    setUserState(state);
+    gUserState = state;
+    std::vector<std::int32_t> toldIn;
+    for (std::int32_t slot = 0; slot <= 250; ++slot) {
+        clientConnected = true; // without a connection: telling it fails, which shows that it was tried
+        slots(1);
+        if (!clientConnected) {
+            toldIn.push_back(slot);
+        }
+    }
+    clientConnected = false;
+    setUserState({});
+    EXPECT_THAT(toldIn, ElementsAre(0, 100, 200));
+}
+
+TEST_F(Slot, whatCannotBeAskedOfTheSimulatorCostsNothingElse) {
+    UserState state;
+    state.lat = 12;
+    setUserState(state);
+    const FailingAllocation noMemoryToAskForTheAircraftInRange(1);
+    slots(1);
+    EXPECT_THAT(log.lines(), ElementsAre("requestAircraftInRange exception: std::bad_alloc"));
+    EXPECT_EQ(gUserState.lat, 12);
+    EXPECT_EQ(slotClock, testSlot + 1);
+    setUserState({});
+}
+
+TEST_F(Slot, whatCannotBeToldToRealTrafficCostsNothingElse) {
+    gRealTrafficHere = true;
+    clientConnected = true;
+    UserState state;
+    state.lat = 12;
+    setUserState(state);
+    gUserState = state;
+    gUserState.lon = 3;
+    simFailed = true; // the simulator is asked nothing
+    const FailingAllocation noMemoryForTheReport(40);
+    slots(1);
+    EXPECT_THAT(log.lines(), ElementsAre("sendUserState exception: std::bad_alloc"));
+    EXPECT_EQ(gUserState.lon, 0);
+    EXPECT_EQ(slotClock, testSlot + 1);
+    clientConnected = false;
     setUserState({});
 }
 
@@ -311,6 +434,19 @@ TEST_F(Slot, aBlockedActiveAircraftIsRemoved) {
     readInbox();
     EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
     EXPECT_TRUE(log.contains("         KLM123   PH-ABC removed from simulator immediately while blocked"));
+}
+
+TEST_F(Slot, aBlockedAircraftThatIsUnderWayToTheSimulatorOrFromItIsLeftAlone) {
+    LiveAircraft& aircraft = flying();
+    for (const LifeState state : {LifeState::adding2sim, LifeState::liveryrespawn, LifeState::removingfromsim}) {
+        aircraft.lifeState = state;
+        tell(EngineMessageKind::blockAircraft, 0, testHexid);
+        readInbox();
+        EXPECT_EQ(aircraft.lifeState, state);
+        EXPECT_EQ(aircraft.dropRecord + aircraft.dropRecordQueued + aircraft.removeWhenAdded, 0);
+        EXPECT_THAT(removalQueue, IsEmpty());
+        EXPECT_THAT(log.lines(), IsEmpty());
+    }
 }
 
 TEST_F(Slot, aRemovalThatTheSimulatorConfirmsErasesTheRecord) {

@@ -297,9 +297,12 @@ TEST_F(SpawnTest, theThirdCodeReplacesTheAirline) {
 TEST_F(SpawnTest, withoutUsableCallSignTheRegistrationStandsInForIt) {
     for (const char* callsign : {"", "@@@@@@@@", "TOOLONG12"}) {
         LiveAircraft& aircraft = bufferedInTheAir();
-        aircraft.callsign = callsign;
+        aircraft.callsign = aircraft.flightCode1 = callsign;
+        aircraft.flightCode2 = "KL5";
         EXPECT_TRUE(creates(aircraft)) << callsign;
         EXPECT_EQ(aircraft.callsign, "PH-ABC");
+        EXPECT_EQ(aircraft.flightCode1, "PH-ABC");
+        EXPECT_EQ(aircraft.flightCode2, "");
     }
 }
 

@@ -69,6 +69,15 @@ TEST_F(Spawning, whatStandsAtItsSecondPositionStandsAtItsFirst) {
     EXPECT_EQ(aircraft.stream[3].gs, 9);
 }
 
+TEST_F(Spawning, whatMovesAtItsThirdPositionKeepsItsSpeedThere) {
+    LiveAircraft& aircraft =
+        buffered(groundSample(0, 0, 100, 9), stationary(groundSample(0, 0, 400, 9)), groundSample(0.1, 0, 700, 9));
+    aircraft.phase = FlightPhase::taxi;
+    spawnLiveAc(aircraft);
+    EXPECT_EQ(aircraft.stream[1].gs, 0);
+    EXPECT_EQ(aircraft.stream[2].gs, 9);
+}
+
 TEST_F(Spawning, whatIsToBeDroppedIsNotCreated) {
     LiveAircraft& aircraft = buffered(airSample(0, 0, 100), airSample(1, 0, 1000));
     aircraft.dropRecord = 1;
