@@ -260,6 +260,17 @@ TEST_F(AirIncrements, whileTheLegAfterTheNextIsNotKnownItTurnsIntoThePresentOne)
     EXPECT_EQ(replan().dHeading, 0);
 }
 
+/// A helicopter that reports one position after it has come to it: nothing tells of a leg there.
+TEST_F(AirIncrements, towardsAPlaceWhereItHoversItTurnsIntoThePresentLeg) {
+    LiveAircraft& helicopter = give(flying("EC35"), airSample(0, 0, 0, 500, 60), airSample(-1, 0, 6000, 500, 60),
+                                    airSample(-1, 0, 6300, 500, 0));
+    helicopter.heading = 175 * degree;
+    helicopter.targetHeading = 180 * degree;
+    airIncrements(helicopter);
+    EXPECT_NEAR(helicopter.dHeading * 6000, 5 * degree, 1e-9);
+    EXPECT_NEAR(helicopter.dBank * 6000, -5 * degree, 1e-9);
+}
+
 /// A leg to the north-east, and the heading at its end, degrees.
 class LastKnownLeg : public AirIncrements {
 protected:
