@@ -208,6 +208,15 @@ void changeHeight(const LiveAircraft& aircraft, Sample& next) {
     next.alt = std::max(next.alt, 0.0);
 }
 
+/// In the air it flies straight on: what was reported of a turn would keep it banked all the way.
+void forgetAttitude(const LiveAircraft& aircraft, Sample& next) {
+    if (aircraft.onGround == 0) {
+        next.hasHeading = 0;
+        next.heading.reset();
+        next.roll.reset();
+    }
+}
+
 /// The slot clock must not run over at the end of a week on a stand.
 std::int32_t laterSlot(std::int32_t slot, std::int32_t seconds) {
     const std::int64_t later = std::int64_t{slot} + std::int64_t{seconds} * slotsPerSecond;
@@ -221,6 +230,7 @@ void extendBy(LiveAircraft& aircraft, std::int32_t count) {
     changeSpeed(aircraft, next);
     moveAhead(aircraft, next);
     changeHeight(aircraft, next);
+    forgetAttitude(aircraft, next);
     next.slot = laterSlot(next.slot, isParked ? parkedStepSeconds : stepSeconds(aircraft));
     if (isParked) {
         aircraft.seenAtStand = 0;

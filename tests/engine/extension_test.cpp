@@ -45,6 +45,25 @@ TEST_F(Extension, aLostAircraftFliesStraightOnSlowingALittle) {
     EXPECT_EQ(aircraft.extensions, 8);
 }
 
+/// What was reported of the turn, it does not go on with: it flies straight on.
+TEST_F(Extension, anAircraftThatIsLostInATurnLevelsOff) {
+    Sample last = airSample(0, 0, 0, 900, 200);
+    last.roll = -15 * radiansPerDegree;
+    last.hasHeading = 1;
+    last.heading = 50 * radiansPerDegree;
+    LiveAircraft& aircraft = give(flying(), last);
+    aircraft.altAboveGround = 900;
+    aircraft.bank = -15 * radiansPerDegree;
+    aircraft.heading = 40 * radiansPerDegree;
+    nextPosMain(aircraft);
+    const std::int32_t end = aircraft.stream[0].slot;
+    for (; slotClock < end; ++slotClock) {
+        perSlotStep(aircraft);
+    }
+    EXPECT_NEAR(aircraft.bank, 0, 0.001);
+    EXPECT_NEAR(aircraft.heading, 40 * radiansPerDegree, 0.001);
+}
+
 TEST_F(Extension, aSlowOneKeepsOneKnot) {
     EXPECT_EQ(extended(give(flying(), airSample(0, 0, 0, 5000, 1))).gs, 1);
 }
