@@ -26,10 +26,64 @@ protected:
         gUserState.lon = testPlace.lon;
     }
 
+    /// What the log says of an aircraft whose samples end here.
+    std::string whyItGoes(LiveAircraft& aircraft) {
+        const std::size_t before = log.lines().size();
+        nextPosMain(aircraft);
+        EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+        const std::vector<std::string> lines = log.lines();
+        return lines.size() == before + 1 ? lines.back().substr(lines.back().find("goes: ")) : "not one line";
+    }
+
     static double milesBetween(const Sample& a, const Sample& b) {
         return greatCircleNm({a.lat, a.lon}, {b.lat, b.lon});
     }
 };
+
+// Why it goes.
+
+TEST_F(Extension, whatHasFlownOnForAMinuteHasNoPositionsAnyMore) {
+    for (const std::int32_t extensions : {1, -1}) {
+        LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0));
+        aircraft.extensions = extensions;
+        EXPECT_EQ(whyItGoes(aircraft), "goes: no positions any more") << extensions;
+    }
+}
+
+TEST_F(Extension, theLogTellsOfTheEdgeOfTheRange) {
+    gRadiusNm = 6;
+    placeUser(5.6);
+    EXPECT_EQ(whyItGoes(give(flying(), airSample(0, 0, 0))), "goes: its positions end at the edge of the range");
+}
+
+TEST_F(Extension, theLogTellsThatTheCategoryIsNotWantedAnyMore) {
+    LIGHT_AIRCRAFT.value = false;
+    EXPECT_EQ(whyItGoes(give(flying("C172"), airSample(0, 0, 0))),
+              "goes: its positions end, and its category is not wanted");
+}
+
+TEST_F(Extension, theLogTellsThatOnlyWhatIsAirborneIsWanted) {
+    AIRBORNE_ONLY.value = true;
+    LiveAircraft& low = give(flying(), airSample(0, 0, 0));
+    low.alt = 999;
+    EXPECT_EQ(whyItGoes(low), "goes: its positions end, and only what is airborne is wanted");
+    LiveAircraft& held = give(taxiing(), groundSample(0, 0, 0));
+    held.holding = 1;
+    EXPECT_EQ(whyItGoes(held), "goes: its positions end, and only what is airborne is wanted");
+}
+
+TEST_F(Extension, theLogTellsThatItHasHeldForTooLong) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0));
+    aircraft.holding = 1;
+    aircraft.holdStartSlot = testSlot - 6000 * (MAX_HOLDING_MINUTES.value + 1);
+    EXPECT_EQ(whyItGoes(aircraft), "goes: it held for too long");
+}
+
+TEST_F(Extension, theLogTellsThatAnotherOneIsInTheWay) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0));
+    taxiing().objectId = testObject + 1;
+    EXPECT_EQ(whyItGoes(aircraft), "goes: its positions end where another one is in the way");
+}
 
 // In the air.
 
