@@ -118,6 +118,19 @@ TEST_F(Extension, anAircraftThatIsLostInATurnLevelsOff) {
     EXPECT_NEAR(aircraft.heading, 40 * radiansPerDegree, 0.001);
 }
 
+TEST_F(Extension, itFliesWhereItsNosePointsAndNotWhereItsTrackOrItsLegLed) {
+    Sample last = airSample(0, 0, 0, 5000, 200);
+    last.track = 10;
+    last.hasHeading = 1;
+    last.heading = 3;
+    LiveAircraft& aircraft = give(flying(), last);
+    aircraft.heading = 2;
+    aircraft.targetHeading = 1;
+    const Sample next = extended(aircraft);
+    EXPECT_NEAR(bearing(testPlace, {next.lat, next.lon}), 2, 1e-3);
+    EXPECT_NEAR(milesBetween(aircraft.stream[0], next), 190 * 8.0 / 3600, 1e-6);
+}
+
 TEST_F(Extension, aSlowOneKeepsOneKnot) {
     EXPECT_EQ(extended(give(flying(), airSample(0, 0, 0, 5000, 1))).gs, 1);
 }
@@ -287,6 +300,19 @@ TEST_F(Extension, inTakeOffItClimbs) {
     const Sample next = extended(aircraft);
     EXPECT_EQ(next.vs, 1500);
     EXPECT_EQ(next.alt, 300);
+}
+
+TEST_F(Extension, inTakeOffItClimbsOnlyWhileItMoves) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 100, 150));
+    aircraft.stream[0].stationary = 1;
+    aircraft.stream[0].vs = 7;
+    aircraft.phase = FlightPhase::take_off;
+    aircraft.takingOff = 1;
+    const Sample next = extended(aircraft);
+    EXPECT_EQ(next.vs, 7);
+    EXPECT_EQ(next.alt, 100);
+    EXPECT_EQ(next.gs, 0);
+    EXPECT_EQ(next.stationary, 1);
 }
 
 /// On its way to the stand it neither holds nor rolls on: it waits where the feed left it.

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "engine/spawning.h"
 #include "tests/engine/engine_test.h"
 
 using ::testing::ElementsAre;
@@ -42,6 +43,27 @@ TEST_F(LiveUpdate, whatStandsHasNoSpeedAndDoesNotMove) {
     EXPECT_EQ(aircraft.tas, 0);
     EXPECT_EQ(aircraft.lat, testPlace.lat);
     EXPECT_THAT(positionFront, SizeIs(1));
+}
+
+/// Its first state has the stand's heading as increment as well: nothing may ever add it.
+TEST_F(LiveUpdate, whatIsBornOnAStandKeepsTheStandsHeading) {
+    Sample still = groundSample(0, 0, 100, 0);
+    still.stationary = 1;
+    Sample stillThere = still;
+    stillThere.slot += 300;
+    LiveAircraft& aircraft = give(taxiing(), still, stillThere);
+    aircraft.phase = FlightPhase::parked;
+    aircraft.standHeading = 2;
+    initialState(aircraft);
+    ASSERT_EQ(aircraft.dHeading, 2);
+    for (int slot = 0; slot < 1000; ++slot) {
+        updateLiveAc(aircraft);
+        ++slotClock;
+    }
+    EXPECT_EQ(aircraft.heading, 2);
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_EQ(aircraft.extensions, 1) << "both of its samples are passed";
+    EXPECT_EQ(positionFront.back().heading, 2);
 }
 
 TEST_F(LiveUpdate, whatEndsWritesNoPosition) {
