@@ -157,8 +157,8 @@ TEST_F(LateHandOver, tenSecondsLateItFliesOnAtItsSpeedAndStaysLate) {
     }
 }
 
-/// Its first target lies ten seconds in the past, as far as the window reaches, so no time is left for the way there. It
-/// is planned for a quarter of a second, and the next slot plans the leg behind it already: the target is not reached
+/// Its first target lies ten seconds in the past, as far as the window reaches, so no time is left for the way there.
+/// It is planned for a quarter of a second, and the next slot plans the leg behind it already: the target is not reached
 /// but left aside after a single large step, and the next leg makes up for what is left of the five seconds.
 TEST_F(LateHandOver, fifteenSecondsLateItMakesOneLargeStepAndIsTenSecondsLateAfterTheNextLeg) {
     const std::vector<double> metres = steps(1500, 500);
