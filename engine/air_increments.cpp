@@ -183,13 +183,18 @@ double headingBehindLastLeg(const LiveAircraft& aircraft) {
     return turnsOn ? way + beyond : way;
 }
 
+/// Of two samples at one place, as a helicopter reports them that is going to hover, none tells of a leg.
+bool isLegAfterNextKnown(const SampleStream& stream) {
+    return stream.size() >= 3 && !isSamePosition(positionOf(stream[1]), positionOf(stream[2]));
+}
+
 /// On the way to element 1 the aircraft turns to where the leg after it leads. A feed with more than some fifteen
 /// seconds from sample to sample hardly ever tells that leg in time: then the aircraft turns into the present one and
 /// on with it, or it would keep the heading of its birth and fly sideways and backwards.
 double turnAhead(const LiveAircraft& aircraft) {
     const SampleStream& stream = aircraft.stream;
-    const double ahead =
-        stream.size() < 3 ? headingBehindLastLeg(aircraft) : bearing(positionOf(stream[1]), positionOf(stream[2]));
+    const double ahead = isLegAfterNextKnown(stream) ? bearing(positionOf(stream[1]), positionOf(stream[2]))
+                                                     : headingBehindLastLeg(aircraft);
     return headingDifference(ahead, aircraft.heading);
 }
 

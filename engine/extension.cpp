@@ -92,9 +92,18 @@ bool isInTheWayOf(const LiveAircraft& aircraft, const LiveAircraft& other) {
                holdingClearance * (aircraft.halfWingSpan + other.halfWingSpan);
 }
 
-bool mayHoldLonger(const LiveAircraft& aircraft) {
+SamplesLostTo objectionToHolding(const LiveAircraft& aircraft) {
+    if (AIRBORNE_ONLY.value) {
+        return SamplesLostTo::airborneOnly;
+    }
     const std::int32_t minutes = (slotClock - aircraft.holdStartSlot) / slotsPerMinute;
-    return !AIRBORNE_ONLY.value && minutes <= MAX_HOLDING_MINUTES.value;
+    return minutes > MAX_HOLDING_MINUTES.value ? SamplesLostTo::longHolding : SamplesLostTo::nothing;
+}
+
+/// Whether there is no objection; the log tells it otherwise.
+bool isAllowed(LiveAircraft& aircraft, SamplesLostTo objection) {
+    aircraft.samplesLostTo = objection;
+    return objection == SamplesLostTo::nothing;
 }
 
 /// Two that stand in each other's way would stand there for good, so this one ends.
@@ -102,11 +111,12 @@ bool hold(LiveAircraft& aircraft) {
     if (std::any_of(liveTable.begin(), liveTable.end(),
                     [&aircraft](const LiveAircraft& other) { return isInTheWayOf(aircraft, other); })) {
         endHolding(aircraft);
+        aircraft.samplesLostTo = SamplesLostTo::otherInTheWay;
         return false;
     }
     if (aircraft.holding == 0) {
         aircraft.holdStartSlot = slotClock;
-    } else if (!mayHoldLonger(aircraft)) {
+    } else if (!isAllowed(aircraft, objectionToHolding(aircraft))) {
         return false;
     }
     aircraft.holding = 1;
@@ -124,18 +134,26 @@ bool isBeyondRange(const LiveAircraft& aircraft) {
     return isPosition(user) && greatCircleNm(user, positionOf(aircraft)) >= gRadiusNm - rangeMarginNm;
 }
 
-bool mayFlyOn(const LiveAircraft& aircraft) {
-    return !isBeyondRange(aircraft) &&
-           (!AIRBORNE_ONLY.value || aircraft.alt >= airportAltitudeOr(0) + airborneOnlyFeet);
+bool isTooLow(const LiveAircraft& aircraft) {
+    return AIRBORNE_ONLY.value && aircraft.alt < airportAltitudeOr(0) + airborneOnlyFeet;
 }
 
-/// 0: not at all.
-std::int32_t allowedExtensions(const LiveAircraft& aircraft) {
+SamplesLostTo objectionToExtension(const LiveAircraft& aircraft) {
     if (!isCategoryWanted(aircraft.category)) {
-        return 0;
+        return SamplesLostTo::unwantedCategory;
     }
+    if (aircraft.onGround != 0) {
+        return SamplesLostTo::nothing;
+    }
+    if (isBeyondRange(aircraft)) {
+        return SamplesLostTo::rangeEdge;
+    }
+    return isTooLow(aircraft) ? SamplesLostTo::airborneOnly : SamplesLostTo::nothing;
+}
+
+std::int32_t firstExtensions(const LiveAircraft& aircraft) {
     if (aircraft.onGround == 0) {
-        return mayFlyOn(aircraft) ? airExtensions : 0;
+        return airExtensions;
     }
     return aircraft.phase == FlightPhase::parked ? parkedExtensions : groundExtensions;
 }
@@ -208,6 +226,15 @@ void changeHeight(const LiveAircraft& aircraft, Sample& next) {
     next.alt = std::max(next.alt, 0.0);
 }
 
+/// In the air it flies straight on: what was reported of a turn would keep it banked all the way.
+void forgetAttitude(const LiveAircraft& aircraft, Sample& next) {
+    if (aircraft.onGround == 0) {
+        next.hasHeading = 0;
+        next.heading.reset();
+        next.roll.reset();
+    }
+}
+
 /// The slot clock must not run over at the end of a week on a stand.
 std::int32_t laterSlot(std::int32_t slot, std::int32_t seconds) {
     const std::int64_t later = std::int64_t{slot} + std::int64_t{seconds} * slotsPerSecond;
@@ -221,6 +248,7 @@ void extendBy(LiveAircraft& aircraft, std::int32_t count) {
     changeSpeed(aircraft, next);
     moveAhead(aircraft, next);
     changeHeight(aircraft, next);
+    forgetAttitude(aircraft, next);
     next.slot = laterSlot(next.slot, isParked ? parkedStepSeconds : stepSeconds(aircraft));
     if (isParked) {
         aircraft.seenAtStand = 0;
@@ -244,11 +272,14 @@ bool extendStream(LiveAircraft& aircraft) {
         aircraft.extensions = -1;
         return false;
     }
-    const std::int32_t left = aircraft.extensions > 1 ? aircraft.extensions - 1 : allowedExtensions(aircraft);
-    if (left == 0) {
+    if (aircraft.extensions > 1) {
+        extendBy(aircraft, aircraft.extensions - 1);
+        return true;
+    }
+    if (!isAllowed(aircraft, objectionToExtension(aircraft))) {
         return false;
     }
-    extendBy(aircraft, left);
+    extendBy(aircraft, firstExtensions(aircraft));
     return true;
 }
 

@@ -5,7 +5,8 @@
 
 #include "engine/live_aircraft.h"
 
-/// For a stream of one element: appends one more, or answers false, which ends the aircraft.
+/// For a stream of one element: appends one more, or answers false, which ends the aircraft; samplesLostTo tells why
+/// then, and is `nothing` when no more may be made up.
 bool extendStream(LiveAircraft& aircraft);
 
 /// Real samples are there again: nothing is made up any more, and the aircraft finds back to its track.

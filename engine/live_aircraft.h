@@ -31,8 +31,20 @@ struct GroundCurve {
     bool exists() const { return !std::isnan(p3.northMetres) && !std::isnan(p3.eastMetres); }
 };
 
-/// What an aircraft that is still to be created has given up samples to.
-enum class SamplesLostTo : std::uint8_t { nothing, creationQueue, takeOffOrLanding, missingStand };
+/// What an aircraft that is still to be created has given up samples to, or why none are made up for one that flies.
+enum class SamplesLostTo : std::uint8_t {
+    nothing,
+    // Before it is created.
+    creationQueue,
+    takeOffOrLanding,
+    missingStand,
+    // When its feed has ended.
+    otherInTheWay,
+    longHolding,
+    airborneOnly,
+    unwantedCategory,
+    rangeEdge,
+};
 
 inline constexpr std::int32_t initialTimeShiftSlots = 1000;
 inline constexpr double initialAltAboveGroundFeet = 2500;

@@ -57,17 +57,6 @@ void loseHeadTo(SamplesLostTo cause, LiveAircraft& aircraft) {
     aircraft.samplesLostTo = cause;
 }
 
-/// With a single position left nothing can be flown.
-const char* whyOnlyOneIsLeft(const LiveAircraft& aircraft) {
-    switch (aircraft.samplesLostTo) {
-    case SamplesLostTo::creationQueue: return "too many others were to be created";
-    case SamplesLostTo::takeOffOrLanding: return "it was not seen again after it took off or landed";
-    case SamplesLostTo::missingStand: return "it stands, and there is no stand for it";
-    case SamplesLostTo::nothing: break;
-    }
-    return "it was not seen again";
-}
-
 bool isActive(const LiveAircraft& aircraft) {
     return aircraft.lifeState == LifeState::active;
 }
@@ -148,7 +137,8 @@ void lf_spawnTest(LiveAircraft& aircraft) {
     } else if (!isDue(aircraft)) {
         return;
     } else if (stream.size() == 1) {
-        removeSaying(aircraft, whyOnlyOneIsLeft(aircraft));
+        // With a single position left nothing can be flown.
+        removeSaying(aircraft, whyLost(aircraft.samplesLostTo, "it was not seen again"));
     } else if (isBlockedGhost(aircraft)) {
         removeSaying(aircraft, "it is a ghost that was removed before");
     } else if (isPartlyAirborne(stream)) {

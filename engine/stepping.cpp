@@ -132,7 +132,7 @@ void stepVertically(LiveAircraft& aircraft) {
 void nextPosMain(LiveAircraft& aircraft) {
     try {
         if (!hasTarget(aircraft)) {
-            removeSaying(aircraft, "no positions any more");
+            removeSaying(aircraft, whyLost(aircraft.samplesLostTo, "no positions any more"));
             return;
         }
         planLeg(aircraft);

@@ -126,6 +126,20 @@ TEST_F(AirIncrements, theFinalDescentIsAtLeast601FeetPerMinute) {
     EXPECT_EQ(aircraft->vsFpm, -601);
 }
 
+TEST_F(AirIncrements, aLowQnhMakesTheDescentOverTheRunwayFlatter) {
+    openAirport(500);
+    gQnh = 990;
+    aircraft->landing = 1;
+    aircraft->altAboveGround = 900;
+    plan(withVs(airSample(0, 0, 0, 1500), -800), withVs(airSample(1, 0, 1000, 1500), -1000));
+    EXPECT_DOUBLE_EQ(aircraft->vsFpm, -760.5);
+    EXPECT_DOUBLE_EQ(aircraft->stream[1].vs, -760.5);
+    EXPECT_DOUBLE_EQ(aircraft->dAlt, -760.5 / 6000);
+    aircraft->stream[0] = withVs(groundSample(0, 0, 0), -800);
+    aircraft->stream[1] = withVs(groundSample(1, 0, 1000), -1000);
+    EXPECT_DOUBLE_EQ(replan().vsFpm, -760.5);
+}
+
 TEST_F(AirIncrements, fromAHundredFeetAboveGroundTheDescentIs600FeetPerMinute) {
     gQnh = 1014;
     aircraft->altAboveGround = 100;
@@ -144,6 +158,19 @@ TEST_F(AirIncrements, aLowPassIsFlownOn) {
     EXPECT_DOUBLE_EQ(aircraft->dAlt, 601.0 / 6000);
     EXPECT_EQ(aircraft->stream[1].vs, 601);
     EXPECT_TRUE(setsGearDown());
+}
+
+/// The climb may be told far behind the next sample, and so may what makes up for it.
+TEST_F(AirIncrements, theVerticalSpeedsOfAllSamplesTellALowPass) {
+    give(*aircraft, withVs(groundSample(0, 0, 0), 50), withVs(groundSample(1, 0, 1000), 50),
+         withVs(groundSample(2, 0, 2000), 0), withVs(groundSample(3, 0, 3000), 0));
+    EXPECT_EQ(replan().vsFpm, -601);
+    aircraft->stream[1].vs = 50;
+    aircraft->stream[3].vs = 1;
+    EXPECT_DOUBLE_EQ(replan().dAlt, 601.0 / 6000);
+    aircraft->stream[1].vs = 500;
+    aircraft->stream[3].vs = -450;
+    EXPECT_EQ(replan().vsFpm, -601);
 }
 
 TEST_F(AirIncrements, aLowPassKeepsTheVerticalSpeedOfItsReport) {
@@ -177,6 +204,44 @@ TEST_F(AirIncrements, aLowPassGoesStraightToTheNextAirborneSample) {
     EXPECT_NEAR(aircraft->dAlt, 0.1, 1e-3);
     EXPECT_NEAR(aircraft->lat + aircraft->dLat * legSlots(*aircraft), aircraft->stream[1].lat, 1e-9);
     EXPECT_TRUE(setsGearDown());
+}
+
+/// A low pass over so many samples, one of them in the air.
+class LowPassTo : public AirIncrements {
+protected:
+    /// How many samples are left.
+    std::size_t samplesLeft(std::size_t samples, std::size_t airborneIndex) {
+        while (!aircraft->stream.empty()) {
+            aircraft->stream.popFront();
+        }
+        for (std::size_t i = 0; i < samples; ++i) {
+            const auto miles = static_cast<double>(i);
+            const auto slots = static_cast<std::int32_t>(1440 * i);
+            give(*aircraft, i == airborneIndex ? airSample(miles, 0, slots) : groundSample(miles, 0, slots, 250));
+        }
+        aircraft->stream[0].vs = 600;
+        aircraft->alt = 0;
+        replan();
+        return aircraft->stream.size();
+    }
+};
+
+TEST_F(LowPassTo, anAirborneSampleAtTheEndOfThreeIsNotGoneToAtOnce) {
+    EXPECT_EQ(samplesLeft(3, 2), 3u);
+    EXPECT_EQ(samplesLeft(4, 2), 3u);
+}
+
+TEST_F(LowPassTo, theLastSampleIsNeverGoneToAtOnce) {
+    EXPECT_EQ(samplesLeft(10, 9), 10u);
+    EXPECT_EQ(samplesLeft(11, 9), 3u);
+}
+
+TEST_F(LowPassTo, theTenthSampleIsTheLastOneThatItGoesTo) {
+    EXPECT_EQ(samplesLeft(13, 9), 5u);
+    EXPECT_EQ(aircraft->stream[1].airborne, 1);
+    EXPECT_EQ(samplesLeft(13, 10), 13u);
+    EXPECT_EQ(aircraft->stream[1].airborne, 0);
+    EXPECT_DOUBLE_EQ(aircraft->dAlt, 601.0 / 6000);
 }
 
 /// A Rotorcraft reports that it hovers where it was in a sample that is passed over.
@@ -260,6 +325,17 @@ TEST_F(AirIncrements, whileTheLegAfterTheNextIsNotKnownItTurnsIntoThePresentOne)
     EXPECT_EQ(replan().dHeading, 0);
 }
 
+/// A helicopter that reports one position after it has come to it: nothing tells of a leg there.
+TEST_F(AirIncrements, towardsAPlaceWhereItHoversItTurnsIntoThePresentLeg) {
+    LiveAircraft& helicopter = give(flying("EC35"), airSample(0, 0, 0, 500, 60), airSample(-1, 0, 6000, 500, 60),
+                                    airSample(-1, 0, 6300, 500, 0));
+    helicopter.heading = 175 * degree;
+    helicopter.targetHeading = 180 * degree;
+    airIncrements(helicopter);
+    EXPECT_NEAR(helicopter.dHeading * 6000, 5 * degree, 1e-9);
+    EXPECT_NEAR(helicopter.dBank * 6000, -5 * degree, 1e-9);
+}
+
 /// A leg to the north-east, and the heading at its end, degrees.
 class LastKnownLeg : public AirIncrements {
 protected:
@@ -308,9 +384,26 @@ TEST_F(AirIncrements, closeToTheGroundTheReportedHeadingCounts) {
     EXPECT_DOUBLE_EQ(replan().dHeading, 0.2 / 1000);
     aircraft->altAboveGround = 2000;
     EXPECT_GT(replan().dHeading, 0.5 / 1000);
+}
+
+TEST_F(AirIncrements, closeToTheGroundAHeadingThatIsNotReportedWholeDoesNotCount) {
+    Sample whole = airSample(1, 0, 1000);
+    whole.hasHeading = 1;
+    whole.heading = 0.2;
+    whole.roll = 0.0;
+    Sample unmarked = whole;
+    unmarked.hasHeading = 0;
+    Sample unknown = whole;
+    unknown.heading.reset();
+    Sample withoutRoll = whole;
+    withoutRoll.roll.reset();
+    give(*aircraft, airSample(0, 0, 0), whole, airSample(2, 1, 2000));
     aircraft->altAboveGround = 100;
-    aircraft->stream[1].roll.reset();
-    EXPECT_GT(replan().dHeading, 0.5 / 1000);
+    EXPECT_DOUBLE_EQ(replan().dHeading, 0.2 / 1000);
+    for (const Sample& target : {unmarked, unknown, withoutRoll}) {
+        aircraft->stream[1] = target;
+        EXPECT_GT(replan().dHeading, 0.5 / 1000);
+    }
 }
 
 TEST_F(AirIncrements, aTurnIsBankedByItsSizeTowardsItsInside) {

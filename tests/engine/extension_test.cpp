@@ -26,10 +26,64 @@ protected:
         gUserState.lon = testPlace.lon;
     }
 
+    /// What the log says of an aircraft whose samples end here.
+    std::string whyItGoes(LiveAircraft& aircraft) {
+        const std::size_t before = log.lines().size();
+        nextPosMain(aircraft);
+        EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+        const std::vector<std::string> lines = log.lines();
+        return lines.size() == before + 1 ? lines.back().substr(lines.back().find("goes: ")) : "not one line";
+    }
+
     static double milesBetween(const Sample& a, const Sample& b) {
         return greatCircleNm({a.lat, a.lon}, {b.lat, b.lon});
     }
 };
+
+// Why it goes.
+
+TEST_F(Extension, whatHasFlownOnForAMinuteHasNoPositionsAnyMore) {
+    for (const std::int32_t extensions : {1, -1}) {
+        LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0));
+        aircraft.extensions = extensions;
+        EXPECT_EQ(whyItGoes(aircraft), "goes: no positions any more") << extensions;
+    }
+}
+
+TEST_F(Extension, theLogTellsOfTheEdgeOfTheRange) {
+    gRadiusNm = 6;
+    placeUser(5.6);
+    EXPECT_EQ(whyItGoes(give(flying(), airSample(0, 0, 0))), "goes: its positions end at the edge of the range");
+}
+
+TEST_F(Extension, theLogTellsThatTheCategoryIsNotWantedAnyMore) {
+    LIGHT_AIRCRAFT.value = false;
+    EXPECT_EQ(whyItGoes(give(flying("C172"), airSample(0, 0, 0))),
+              "goes: its positions end, and its category is not wanted");
+}
+
+TEST_F(Extension, theLogTellsThatOnlyWhatIsAirborneIsWanted) {
+    AIRBORNE_ONLY.value = true;
+    LiveAircraft& low = give(flying(), airSample(0, 0, 0));
+    low.alt = 999;
+    EXPECT_EQ(whyItGoes(low), "goes: its positions end, and only what is airborne is wanted");
+    LiveAircraft& held = give(taxiing(), groundSample(0, 0, 0));
+    held.holding = 1;
+    EXPECT_EQ(whyItGoes(held), "goes: its positions end, and only what is airborne is wanted");
+}
+
+TEST_F(Extension, theLogTellsThatItHasHeldForTooLong) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0));
+    aircraft.holding = 1;
+    aircraft.holdStartSlot = testSlot - 6000 * (MAX_HOLDING_MINUTES.value + 1);
+    EXPECT_EQ(whyItGoes(aircraft), "goes: it held for too long");
+}
+
+TEST_F(Extension, theLogTellsThatAnotherOneIsInTheWay) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0));
+    taxiing().objectId = testObject + 1;
+    EXPECT_EQ(whyItGoes(aircraft), "goes: its positions end where another one is in the way");
+}
 
 // In the air.
 
@@ -43,6 +97,38 @@ TEST_F(Extension, aLostAircraftFliesStraightOnSlowingALittle) {
     EXPECT_EQ(next.alt, 5000);
     EXPECT_EQ(next.stationary, 0);
     EXPECT_EQ(aircraft.extensions, 8);
+}
+
+/// What was reported of the turn, it does not go on with: it flies straight on.
+TEST_F(Extension, anAircraftThatIsLostInATurnLevelsOff) {
+    Sample last = airSample(0, 0, 0, 900, 200);
+    last.roll = -15 * radiansPerDegree;
+    last.hasHeading = 1;
+    last.heading = 50 * radiansPerDegree;
+    LiveAircraft& aircraft = give(flying(), last);
+    aircraft.altAboveGround = 900;
+    aircraft.bank = -15 * radiansPerDegree;
+    aircraft.heading = 40 * radiansPerDegree;
+    nextPosMain(aircraft);
+    const std::int32_t end = aircraft.stream[0].slot;
+    for (; slotClock < end; ++slotClock) {
+        perSlotStep(aircraft);
+    }
+    EXPECT_NEAR(aircraft.bank, 0, 0.001);
+    EXPECT_NEAR(aircraft.heading, 40 * radiansPerDegree, 0.001);
+}
+
+TEST_F(Extension, itFliesWhereItsNosePointsAndNotWhereItsTrackOrItsLegLed) {
+    Sample last = airSample(0, 0, 0, 5000, 200);
+    last.track = 10;
+    last.hasHeading = 1;
+    last.heading = 3;
+    LiveAircraft& aircraft = give(flying(), last);
+    aircraft.heading = 2;
+    aircraft.targetHeading = 1;
+    const Sample next = extended(aircraft);
+    EXPECT_NEAR(bearing(testPlace, {next.lat, next.lon}), 2, 1e-3);
+    EXPECT_NEAR(milesBetween(aircraft.stream[0], next), 190 * 8.0 / 3600, 1e-6);
 }
 
 TEST_F(Extension, aSlowOneKeepsOneKnot) {
@@ -214,6 +300,19 @@ TEST_F(Extension, inTakeOffItClimbs) {
     const Sample next = extended(aircraft);
     EXPECT_EQ(next.vs, 1500);
     EXPECT_EQ(next.alt, 300);
+}
+
+TEST_F(Extension, inTakeOffItClimbsOnlyWhileItMoves) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 100, 150));
+    aircraft.stream[0].stationary = 1;
+    aircraft.stream[0].vs = 7;
+    aircraft.phase = FlightPhase::take_off;
+    aircraft.takingOff = 1;
+    const Sample next = extended(aircraft);
+    EXPECT_EQ(next.vs, 7);
+    EXPECT_EQ(next.alt, 100);
+    EXPECT_EQ(next.gs, 0);
+    EXPECT_EQ(next.stationary, 1);
 }
 
 /// On its way to the stand it neither holds nor rolls on: it waits where the feed left it.

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <numeric>
+
+#include "engine/spawning.h"
 #include "tests/engine/engine_test.h"
 
 using ::testing::ElementsAre;
@@ -42,6 +46,27 @@ TEST_F(LiveUpdate, whatStandsHasNoSpeedAndDoesNotMove) {
     EXPECT_EQ(aircraft.tas, 0);
     EXPECT_EQ(aircraft.lat, testPlace.lat);
     EXPECT_THAT(positionFront, SizeIs(1));
+}
+
+/// Its first state has the stand's heading as increment as well: nothing may ever add it.
+TEST_F(LiveUpdate, whatIsBornOnAStandKeepsTheStandsHeading) {
+    Sample still = groundSample(0, 0, 100, 0);
+    still.stationary = 1;
+    Sample stillThere = still;
+    stillThere.slot += 300;
+    LiveAircraft& aircraft = give(taxiing(), still, stillThere);
+    aircraft.phase = FlightPhase::parked;
+    aircraft.standHeading = 2;
+    initialState(aircraft);
+    ASSERT_EQ(aircraft.dHeading, 2);
+    for (int slot = 0; slot < 1000; ++slot) {
+        updateLiveAc(aircraft);
+        ++slotClock;
+    }
+    EXPECT_EQ(aircraft.heading, 2);
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_EQ(aircraft.extensions, 1) << "both of its samples are passed";
+    EXPECT_EQ(positionFront.back().heading, 2);
 }
 
 TEST_F(LiveUpdate, whatEndsWritesNoPosition) {
@@ -98,6 +123,69 @@ TEST_F(LiveUpdate, whatIsToBeDroppedIsNotTestedForItsCreation) {
     EXPECT_TRUE(updateLiveAc(aircraft));
     EXPECT_EQ(aircraft.lifeState, LifeState::buffer);
     EXPECT_THAT(addingStack, IsEmpty());
+}
+
+// Handed over late.
+
+/// The simulator has taken so long to create it that its first samples are due already when it begins to fly, north at
+/// 200 knots.
+class LateHandOver : public LiveUpdate {
+protected:
+    static constexpr double knots = 200;
+    static constexpr double metresPerSlot = knots * metersPerNm / 360000;
+
+    /// Its steps in the first half minute, metres.
+    static std::vector<double> steps(std::int32_t lateSlots, std::int32_t gapSlots) {
+        LiveAircraft& aircraft = flying();
+        for (std::int32_t slot = 0; slot <= 6000; slot += gapSlots) {
+            give(aircraft, airSample(slot * knots / 360000, 0, slot - lateSlots, 5000, knots));
+        }
+        std::vector<double> metres;
+        for (int i = 0; i < 3000; ++i) {
+            const LatLon before{aircraft.lat, aircraft.lon};
+            updateLiveAc(aircraft);
+            metres.push_back(greatCircleNm(before, {aircraft.lat, aircraft.lon}) * metersPerNm);
+            ++slotClock;
+        }
+        return metres;
+    }
+};
+
+TEST_F(LateHandOver, tenSecondsLateItFliesOnAtItsSpeedAndStaysLate) {
+    for (const double step : steps(1000, 500)) {
+        ASSERT_NEAR(step, metresPerSlot, 0.001);
+    }
+}
+
+/// Its first target lies ten seconds in the past, as far as the window reaches, so no time is left for the way there.
+/// It is planned for a quarter of a second, and the next slot plans the leg behind it already: the target is not reached
+/// but left aside after a single large step, and the next leg makes up for what is left of the five seconds.
+TEST_F(LateHandOver, fifteenSecondsLateItMakesOneLargeStepAndIsTenSecondsLateAfterTheNextLeg) {
+    const std::vector<double> metres = steps(1500, 500);
+    EXPECT_NEAR(metres[0], 500 * metresPerSlot / 25, 0.01);
+    EXPECT_NEAR(metres[0], 20.6, 0.05);
+    for (std::size_t slot = 1; slot < metres.size(); ++slot) {
+        ASSERT_NEAR(metres[slot] / metresPerSlot, slot <= 499 ? 1.96 : 1.0, 0.01) << slot;
+    }
+    EXPECT_NEAR(std::accumulate(metres.begin(), metres.end(), 0.0), (3000 + 500) * metresPerSlot, 0.1);
+}
+
+/// One second after the other is passed by a larger step, as the place that was to be reached lies farther ahead.
+TEST_F(LateHandOver, fifteenSecondsLateWithASampleEachSecondItsStepsGrow) {
+    const std::vector<double> metres = steps(1500, 100);
+    const auto largest = std::max_element(metres.begin(), metres.end());
+    EXPECT_EQ(largest - metres.begin(), 4);
+    EXPECT_TRUE(std::is_sorted(metres.begin(), largest));
+    EXPECT_NEAR(*largest, 19.0, 0.05);
+    EXPECT_NEAR(metres[5] / metresPerSlot, 5.72, 0.01);
+    EXPECT_NEAR(std::accumulate(metres.begin(), metres.end(), 0.0), (3000 + 500) * metresPerSlot, 0.1);
+}
+
+/// The first target is still within its window, so there is time for the way.
+TEST_F(LateHandOver, fifteenSecondsLateWithASampleEveryTenSecondsItFliesTheFirstLegTwiceAsFast) {
+    const std::vector<double> metres = steps(1500, 1000);
+    EXPECT_NEAR(*std::max_element(metres.begin(), metres.end()), 2 * metresPerSlot, 0.01);
+    EXPECT_NEAR(metres[500], metresPerSlot, 0.001);
 }
 
 // Without an answer of the simulator.

@@ -156,8 +156,12 @@ struct Figures {
 };
 
 /// What the log says of aircraft that went after they had been created.
-constexpr std::array<const char*, 4> reasonsToGo{"no positions any more", "too many positions",
-                                                 "it held here, and has moved on", "it makes room for a nearer one"};
+constexpr std::array<const char*, 6> reasonsToGo{"no positions any more",
+                                                 "its positions end at the edge of the range",
+                                                 "its positions end where another one is in the way",
+                                                 "too many positions",
+                                                 "it held here, and has moved on",
+                                                 "it makes room for a nearer one"};
 
 class RecordedFlights : public EngineTest {
 protected:

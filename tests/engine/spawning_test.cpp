@@ -200,6 +200,7 @@ TEST_F(Spawning, onAStandItHasTheStandsHeading) {
     aircraft.standHeading = 2;
     initialState(aircraft);
     EXPECT_EQ(aircraft.heading, 2);
+    EXPECT_EQ(aircraft.dHeading, 2);
 }
 
 TEST_F(Spawning, whatStandsHasTheHeadingOfItsTrack) {

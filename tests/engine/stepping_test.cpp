@@ -98,6 +98,16 @@ TEST_F(Stepping, aGroundAircraftStopsForAStationaryReport) {
     EXPECT_EQ(aircraft.dLon, 0);
 }
 
+TEST_F(Stepping, whoStaysWhereItIsKeepsTheHeadingThatItTurnsTo) {
+    LiveAircraft& onTheGround = give(taxiing(), groundSample(0, 0, 0), stationary(groundSample(0, 0, 300)));
+    LiveAircraft& hovering = give(flying("EC35"), airSample(0, 0, 0), stationary(airSample(0, 0, 300)));
+    for (LiveAircraft* aircraft : {&onTheGround, &hovering}) {
+        aircraft->targetHeading = 2;
+        nextPosMain(*aircraft);
+        EXPECT_EQ(aircraft->targetHeading, 2) << aircraft->model;
+    }
+}
+
 TEST_F(Stepping, theStationaryMarkIsSetAnewBothWays) {
     LiveAircraft& moved = give(taxiing(), groundSample(0, 0, 0), stationary(groundSample(0.01, 0, 300)));
     nextPosMain(moved);
@@ -124,10 +134,14 @@ TEST_F(Stepping, standingShrinksAWidenedWindowUnlessItRollsOutOrTakesOff) {
 
 TEST_F(Stepping, aNewLegHasNoCurve) {
     LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0), groundSample(0.01, 0, 300));
-    aircraft.curve.p3 = {1, 1};
+    aircraft.curve.p1 = aircraft.curve.p2 = aircraft.curve.p3 = {1, 1};
     aircraft.curveT = 0.5;
     nextPosMain(aircraft);
     EXPECT_FALSE(aircraft.curve.exists());
+    for (const Offset& offset : {aircraft.curve.p1, aircraft.curve.p2, aircraft.curve.p3}) {
+        EXPECT_TRUE(std::isnan(offset.northMetres));
+        EXPECT_TRUE(std::isnan(offset.eastMetres));
+    }
     EXPECT_EQ(aircraft.curveT, 0);
 }
 
@@ -176,6 +190,23 @@ TEST_F(Stepping, theHeadingStaysWithinATurn) {
     aircraft.dHeading = 0.02;
     perSlotStep(aircraft);
     EXPECT_NEAR(aircraft.heading, 0.01, 1e-12);
+}
+
+TEST_F(Stepping, theHeadingTurnsWithTheLegInSomePhasesOnly) {
+    for (const FlightPhase phase : {FlightPhase::take_off, FlightPhase::flying, FlightPhase::parked}) {
+        LiveAircraft& aircraft = taxiing();
+        aircraft.phase = phase;
+        aircraft.dHeading = 0.1;
+        perSlotStep(aircraft);
+        EXPECT_EQ(aircraft.heading, 0.1) << printedName(phase);
+    }
+    for (const FlightPhase phase : {FlightPhase::taxi, FlightPhase::pushed_back, FlightPhase::birth}) {
+        LiveAircraft& aircraft = taxiing();
+        aircraft.phase = phase;
+        aircraft.dHeading = 0.1;
+        perSlotStep(aircraft);
+        EXPECT_EQ(aircraft.heading, 0) << printedName(phase);
+    }
 }
 
 TEST_F(Stepping, onTheGroundItKeepsTheGroundsAttitude) {

@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <set>
 #include <sstream>
 
 #include <fmt/format.h>
 
 #include "core/injection_radius.h"
+#include "engine/aircraft_log.h"
 #include "engine/aircraft_record.h"
 #include "tests/rig/report/flown_trace.h"
 
@@ -59,6 +61,19 @@ TEST(LogReasons, areThoseOfTheLinesThatNameTheAircraft) {
     EXPECT_EQ(reasons.reasonFor(known("BAW9", "A320")), "it was blocked");
     EXPECT_EQ(reasons.reasonFor(known("BAW10", "A320")), "it was blocked");
     EXPECT_EQ(reasons.reasonFor(known("KLM10", "A320")), "");
+}
+
+/// Whatever the log says of it, the report says the same.
+TEST(LogReasons, eachCauseOfLostSamplesIsReadAsItIsSaid) {
+    std::set<std::string> told;
+    for (auto cause = SamplesLostTo::nothing; cause <= SamplesLostTo::rangeEdge;
+         cause = static_cast<SamplesLostTo>(static_cast<int>(cause) + 1)) {
+        const std::string why = whyLost(cause, "no positions any more");
+        const LogReasons reasons(goesLine(flightOf("SWR38", "LSZH", "EGLL"), why));
+        EXPECT_EQ(reasons.reasonFor(known("SWR38", "A320")), why);
+        told.insert(why);
+    }
+    EXPECT_THAT(told, SizeIs(9));
 }
 
 TEST(LogReasons, anAirportOrAirlineOrTypeInALineIsNobodysCallSign) {
