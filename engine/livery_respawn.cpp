@@ -13,11 +13,10 @@
 
 namespace {
 
-/// The stream leads on from the present position.
-Sample presentPlace(LiveAircraft& aircraft) {
-    Sample& first = aircraft.stream[0];
-    first.stationary = isSamePosition({aircraft.lat, aircraft.lon}, positionOf(first)) ? 1 : 0;
-    Sample here = first;
+/// From here the stream leads on.
+Sample presentPlace(const LiveAircraft& aircraft) {
+    Sample here = aircraft.stream[0];
+    here.stationary = isSamePosition({aircraft.lat, aircraft.lon}, positionOf(here)) ? 1 : 0;
     here.lat = aircraft.lat;
     here.lon = aircraft.lon;
     here.roll = aircraft.bank;
@@ -25,15 +24,19 @@ Sample presentPlace(LiveAircraft& aircraft) {
     return here;
 }
 
-/// Nothing but the stand.
-Sample parkedPlace(LiveAircraft& aircraft) {
-    SampleStream& stream = aircraft.stream;
-    while (stream.size() > 1) {
+Sample parkedPlace(const LiveAircraft& aircraft) {
+    Sample stand = aircraft.stream[0];
+    stand.stationary = 1;
+    stand.track = aircraft.heading * degreesPerRadian;
+    return stand;
+}
+
+/// The first sample, from which the aircraft was created, is that of its stand; there is nothing behind it.
+void keepTheStandAlone(SampleStream& stream) {
+    while (stream.size() > 2) {
         stream.popBack();
     }
-    stream[0].stationary = 1;
-    stream[0].track = aircraft.heading * degreesPerRadian;
-    return stream[0];
+    stream[1].track = stream[0].track;
 }
 
 void queueRemoval(const LiveAircraft& aircraft) {
@@ -66,6 +69,10 @@ bool liveryRespawn(LiveAircraft& aircraft, StandOnRespawn stand) {
         Sample first = staysOnStand ? parkedPlace(aircraft) : presentPlace(aircraft);
         first.slot = slotClock + 1;
         leadOnAndLeave(aircraft, first);
+        aircraft.stream[1].stationary = first.stationary;
+        if (staysOnStand) {
+            keepTheStandAlone(aircraft.stream);
+        }
         aircraft.lifeState = LifeState::liveryrespawn;
         aircraft.respawnHeading = aircraft.heading;
         return true;

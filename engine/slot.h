@@ -3,7 +3,7 @@
 #pragma once
 
 /// One slot, while the flight runs. What fails in it, be it a message, a record, an aircraft or a step, costs itself and
-/// one line in the log, and the rest of the slot is done; only kvd::UserErrorException is thrown, when the simulator
+/// a line or two in the log, and the rest of the slot is done; only kvd::UserErrorException is thrown, when the simulator
 /// refuses too many liveries.
 void lf_handleAddingStack();
 

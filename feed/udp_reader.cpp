@@ -21,8 +21,8 @@ using platform::socket_error::wouldBlock;
 /// How long the loop may take to see that it shall stop.
 constexpr std::chrono::milliseconds receiveTimeout{1000};
 constexpr int restartDelaySeconds = 15;
-/// Over a busy airport four hundred lines come in one go; the usual room holds half of them while this thread waits for
-/// its turn on a busy machine.
+/// Over a busy airport four hundred lines come in one go, and the usual room holds less than half of them while this
+/// thread waits for its turn on a busy machine. Systems may give less than is asked for.
 constexpr int receiveRoomBytes = 1 << 20;
 
 bool isPassing(int error) {

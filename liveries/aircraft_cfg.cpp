@@ -200,7 +200,7 @@ std::optional<std::string> typeOfModel(std::string_view model, const ScannedFile
 
 std::optional<std::string> typeInText(std::string_view text, const ScannedFile& file, ScanState& scan) {
     for (auto found = lineWith("atc_model", text, 0); found; found = lineWith("atc_model", text, found->next)) {
-        if (const auto entry = cfgEntry(found->line); entry && entry->key == CfgKey::atc_model) {
+        if (const auto entry = cfgEntry(untilZero(found->line)); entry && entry->key == CfgKey::atc_model) {
             return typeOfModel(entry->value, file, scan);
         }
     }

@@ -103,6 +103,10 @@ bool isAircraftCfg(std::string_view name) {
 
 } // namespace
 
+std::string_view untilZero(std::string_view line) {
+    return line.substr(0, line.find('\0'));
+}
+
 std::optional<CfgEntry> cfgEntry(std::string_view line) {
     skipBlanks(line);
     for (const KeyName& candidate : keyNames) {

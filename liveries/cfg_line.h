@@ -26,6 +26,10 @@ struct CfgEntry {
     std::string_view value; ///< group 2: never empty, no white space round it
 };
 
+/// The part of a line that counts: the file of the scan cannot hold a zero, so that two titles would become one behind
+/// the back of the reports.
+std::string_view untilZero(std::string_view line);
+
 /// Nothing when the line matches the expression of no key; no line matches those of two.
 std::optional<CfgEntry> cfgEntry(std::string_view line);
 

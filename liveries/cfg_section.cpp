@@ -140,8 +140,7 @@ bool takeEntry(Section& section, const CfgEntry& entry) {
 /// False when the section is to be dropped.
 bool takeLines(Section& section) {
     return std::all_of(section.lines.begin(), section.lines.end(), [&section](std::string_view line) {
-        // The file of the scan cannot hold a zero, so that two titles would become one behind the back of the reports.
-        const std::optional<CfgEntry> entry = cfgEntry(line.substr(0, line.find('\0')));
+        const std::optional<CfgEntry> entry = cfgEntry(untilZero(line));
         return !entry || takeEntry(section, *entry);
     });
 }
@@ -207,31 +206,29 @@ void settleOrdinaryAirline(Section& section) {
     }
 }
 
-/// False, with the report of an unknown code, when the title tells no known airline.
-bool takeAirlineOfTitle(Section& section) {
-    const auto code = airlineBehindType(*section.values.title, section.in.type);
-    if (!code) {
-        return false;
+bool takeAirlineOfRegistration(Section& section) {
+    const auto record = gf_findRegcodeRecord(section.registration);
+    if (record) {
+        section.airline = record->airl.empty() ? privateAirline : record->airl;
     }
-    if (*code == genericAirline) {
-        section.registration.clear();
-    }
-    if (!gf_isIcaoAirline(*code)) {
-        section.invalidAirline(*code);
-        return false;
-    }
-    section.airline = *code;
-    return true;
+    return record.has_value();
 }
 
 /// False, with the report, when neither title nor registration tells a known airline.
 bool settleIvaoAirline(Section& section) {
-    if (takeAirlineOfTitle(section)) {
-        return true;
-    }
     const std::string_view title = *section.values.title;
-    if (const auto record = gf_findRegcodeRecord(section.registration)) {
-        section.airline = record->airl.empty() ? privateAirline : record->airl;
+    if (const auto code = airlineBehindType(title, section.in.type)) {
+        if (*code == genericAirline) {
+            section.registration.clear();
+        }
+        if (gf_isIcaoAirline(*code)) {
+            section.airline = *code;
+            return true;
+        }
+        section.invalidAirline(*code);
+        return takeAirlineOfRegistration(section);
+    }
+    if (takeAirlineOfRegistration(section)) {
         return true;
     }
     const std::string regcode =

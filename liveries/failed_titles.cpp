@@ -35,7 +35,8 @@ void gf_noteFailedTitle(const AircraftRecord& aircraft) {
     }
     FailedTitles.emplace(aircraft.liveryTitle);
     NoCreateList.insert(fmt::format("{} {}", aircraft.model, aircraft.airline));
-    if (FailedTitles.size() >= tooManyTitles) {
+    // A run that ends already keeps its reason, and its restart.
+    if (FailedTitles.size() >= tooManyTitles && !gf_isStopping()) {
         refuseToGoOn();
     }
 }

@@ -22,7 +22,8 @@ bool takeNewScan();
 /// The configured folders, in the order of the parameters.
 void lf_collectLfolders(std::vector<std::filesystem::path>& folders);
 
-/// True when liveries were found, or the scan was stopped, which leaves no LiveriesScanned.xml. Where none were found no
+/// True when liveries were found, or the scan was stopped, which leaves no LiveriesScanned.xml unless an old one cannot
+/// be removed. Where none were found no
 /// report is written: the log has its lines.
 bool lf_scanFolders(const std::vector<std::filesystem::path>& folders);
 

@@ -81,6 +81,18 @@ void writeLines(const fs::path& file, const std::vector<std::string>& lines) {
     }
 }
 
+void logLines(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) {
+        log("  " + line);
+    }
+}
+
+void logReport(ScanReport report, const std::vector<std::string>& lines) {
+    log(summaryOf(report, lines.size()));
+    logLines(lines);
+}
+
+/// Where the file cannot be written the log has its lines.
 void writeReport(ScanReport report, const std::vector<std::string>& lines) {
     const char* const file = forms[static_cast<std::size_t>(report)].file;
     const std::string name = platform::backslashText(file);
@@ -89,13 +101,7 @@ void writeReport(ScanReport report, const std::vector<std::string>& lines) {
         log(fmt::format("{}, see {}", summaryOf(report, lines.size()), name));
     } catch (const std::exception& error) {
         log(fmt::format("Error writing file {}: {}", name, platform::readableText(error.what())));
-    }
-}
-
-void logReport(ScanReport report, const std::vector<std::string>& lines) {
-    log(summaryOf(report, lines.size()));
-    for (const std::string& line : lines) {
-        log("  " + line);
+        logReport(report, lines);
     }
 }
 

@@ -198,7 +198,8 @@ std::optional<FeedPoint> FeedAircraft::at(double seconds) const {
 
 double FeedAircraft::knotsAt(double seconds) const {
     const std::size_t index = indexAt(seconds);
-    if (index + 1 >= points.size() || seconds < points[index].seconds) {
+    const bool isBetween = index + 1 < points.size() && seconds >= points[index].seconds;
+    if (!isBetween || points[index + 1].seconds - points[index].seconds > longestLegSeconds) {
         return 0;
     }
     return std::min(points[index].knots, points[index + 1].knots);

@@ -42,7 +42,7 @@ struct FeedAircraft {
     /// in a gap longer than longestLegSeconds in which it has moved.
     std::optional<FeedPoint> at(double seconds) const;
     /// Over the ground, knots: the lesser of what the points on both sides of the moment tell, for one alone may be wrong.
-    /// 0 before the first, behind the last, and where one does not tell it.
+    /// 0 before the first, behind the last, in a gap longer than longestLegSeconds, and where one does not tell it.
     double knotsAt(double seconds) const;
     /// On the ground at all points from `seconds` minus `around` to `seconds` plus `around`, of which there must be
     /// one.

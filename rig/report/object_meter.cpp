@@ -15,6 +15,7 @@ namespace {
 constexpr double metresPerSecondPerKnot = metersPerNm / 3600;
 constexpr double feetPerMetre = feetPerNm / metersPerNm;
 constexpr double secondsPerMinute = 60;
+constexpr double secondsPerHour = 3600;
 
 /// Rates are taken over so long: frames and slots do not keep the same step.
 constexpr double rateSeconds = 0.5;
@@ -205,12 +206,21 @@ bool ObjectMeter::isFloating(double wheelsFeet, const Frame& frame) const {
     return feedOnGround_ || (cannotFly && wheelsFeet < highestFloatFeet);
 }
 
+/// What is written is the speed that suits engines and flaps, and may be well below that over the ground. The one that
+/// the feed tells counts as far as the aircraft has moved with it.
+double ObjectMeter::knotsOfFeed(const Frame& frame) const {
+    const double told = facts_.feed != nullptr ? facts_.feed->knotsAt(clock_.delayed(frame.seconds)) : 0;
+    const Frame& from = past_.front();
+    const Frame& to = past_.back();
+    const double hours = (to.seconds - from.seconds) / secondsPerHour;
+    return hours > 0 ? std::min(told, greatCircleNm(from.position.place(), to.position.place()) / hours) : told;
+}
+
 void ObjectMeter::measureStep(const Frame& frame, double frameSeconds, Moments& moments) {
     const Position& before = past_.back().position;
     const double metres = greatCircleNm(before.place(), frame.position.place()) * metersPerNm;
-    // What is written is the speed that suits engines and flaps, and may be well below that over the ground.
-    const double toldKnots = facts_.feed != nullptr ? facts_.feed->knotsAt(clock_.delayed(frame.seconds)) : 0;
-    const double speed = std::max({knotsOf(before), knotsOf(frame.position), toldKnots}) * metresPerSecondPerKnot;
+    const double knots = std::max({knotsOf(before), knotsOf(frame.position), knotsOfFeed(frame)});
+    const double speed = knots * metresPerSecondPerKnot;
     const double share = metres / std::max(speed * frameSeconds, shortestJumpMetres / jumpShare);
     StateFigures& here = state();
     here.largestStep = std::max(here.largestStep, metres);

@@ -68,6 +68,7 @@ private:
 
     void judgePlace(const Frame& frame);
     bool isFloating(double wheelsFeet, const Frame& frame) const;
+    double knotsOfFeed(const Frame& frame) const;
     void measureStep(const Frame& frame, double frameSeconds, Moments& moments);
     void measureHeightStep(const Frame& frame, double frameSeconds, Moments& moments);
     std::optional<Motion> motionUpTo(const Frame& frame);

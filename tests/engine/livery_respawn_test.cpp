@@ -79,19 +79,44 @@ TEST_F(LiveryRespawn, aFailureIsLoggedAndLeavesTheAircraftFlying) {
     EXPECT_THAT(removalQueue, IsEmpty());
 }
 
-TEST_F(LiveryRespawn, aRemovalThatCannotBeQueuedLeavesTheAircraftFlying) {
-    LiveAircraft& aircraft = give(flying(), airSample(1, 0, 500), airSample(2, 0, 900));
+/// There is no memory to queue a removal.
+class FailingRespawn : public LiveryRespawn {
+protected:
+    FailingRespawn() { removalQueue = std::deque<std::uint32_t>(others.begin(), others.end()); }
+
+    void expectThatItFails(LiveAircraft& aircraft) {
+        const FailingAllocation noMemoryForABlockMore(block);
+        EXPECT_FALSE(liveryRespawn(aircraft));
+        EXPECT_THAT(log.lines(), ElementsAre("liveryRespawn: std::bad_alloc"));
+        EXPECT_EQ(removalQueue.size(), others.size());
+        EXPECT_EQ(aircraft.lifeState, LifeState::active);
+        EXPECT_EQ(aircraft.respawnHeading, std::nullopt);
+    }
+
+private:
     // The queue's block of 512 bytes is full but for the last place, which is never left without a next block.
-    constexpr std::size_t block = 512;
-    const std::vector<std::uint32_t> others(block / sizeof(std::uint32_t) - 1, 4711);
-    removalQueue = std::deque<std::uint32_t>(others.begin(), others.end());
-    const FailingAllocation noMemoryForABlockMore(block);
-    liveryRespawn(aircraft);
-    EXPECT_THAT(log.lines(), ElementsAre("liveryRespawn: std::bad_alloc"));
-    EXPECT_EQ(removalQueue.size(), others.size());
+    static constexpr std::size_t block = 512;
+    const std::vector<std::uint32_t> others = std::vector<std::uint32_t>(block / sizeof(std::uint32_t) - 1, 4711);
+};
+
+TEST_F(FailingRespawn, leavesTheAircraftFlying) {
+    LiveAircraft& aircraft = give(flying(), airSample(1, 0, 500), airSample(2, 0, 900));
+    aircraft.stream[0].stationary = 1;
+    expectThatItFails(aircraft);
     EXPECT_EQ(aircraft.stream.size(), 2u);
-    EXPECT_EQ(aircraft.lifeState, LifeState::active);
-    EXPECT_EQ(aircraft.respawnHeading, std::nullopt);
+    EXPECT_EQ(aircraft.stream[0].stationary, 1);
+}
+
+TEST_F(FailingRespawn, leavesTheAircraftOnItsStandWithThePositionsOfItsDeparture) {
+    LiveAircraft& aircraft =
+        give(taxiing(), groundSample(0, 0, 500), groundSample(0.01, 0, 900), groundSample(0.02, 0, 1300));
+    aircraft.phase = FlightPhase::parked;
+    aircraft.heading = 3;
+    aircraft.stream[0].track = 12;
+    expectThatItFails(aircraft);
+    EXPECT_EQ(aircraft.stream.size(), 3u);
+    EXPECT_EQ(aircraft.stream[0].stationary, 0);
+    EXPECT_EQ(aircraft.stream[0].track, 12);
 }
 
 TEST_F(LiveryRespawn, withoutSamplesItOnlySaysSo) {

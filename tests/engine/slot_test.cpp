@@ -21,7 +21,12 @@ namespace {
 class Slot : public EngineTest {
 protected:
     Slot() { simHandle = &handle; }
-    ~Slot() override { simHandle = nullptr; }
+    ~Slot() override {
+        simHandle = nullptr;
+        gRealTrafficHere = false;
+        clientConnected = false;
+        setUserState({});
+    }
 
     static void feed(std::uint32_t hexid, double milesNorth = 0, double feedTime = 1000) {
         FeedRecord record = recordOf(airSample(milesNorth, 0, 3000), feedTime);
@@ -307,7 +312,6 @@ TEST_F(Slot, copiesTheUsersStateOnceASecond) {
     EXPECT_EQ(gUserState.lat, 0);
     slots(1);
     EXPECT_EQ(gUserState.lat, 12);
-    setUserState({});
 }
 
 TEST_F(Slot, tellsRealTrafficWhereTheUserIsOnceASecond) {
@@ -325,8 +329,6 @@ TEST_F(Slot, tellsRealTrafficWhereTheUserIsOnceASecond) {
             toldIn.push_back(slot);
         }
     }
-    clientConnected = false;
-    setUserState({});
     EXPECT_THAT(toldIn, ElementsAre(0, 100, 200));
 }
 
@@ -339,7 +341,6 @@ TEST_F(Slot, whatCannotBeAskedOfTheSimulatorCostsNothingElse) {
     EXPECT_THAT(log.lines(), ElementsAre("requestAircraftInRange exception: std::bad_alloc"));
     EXPECT_EQ(gUserState.lat, 12);
     EXPECT_EQ(slotClock, testSlot + 1);
-    setUserState({});
 }
 
 TEST_F(Slot, whatCannotBeToldToRealTrafficCostsNothingElse) {
@@ -356,8 +357,6 @@ TEST_F(Slot, whatCannotBeToldToRealTrafficCostsNothingElse) {
     EXPECT_THAT(log.lines(), ElementsAre("sendUserState exception: std::bad_alloc"));
     EXPECT_EQ(gUserState.lon, 0);
     EXPECT_EQ(slotClock, testSlot + 1);
-    clientConnected = false;
-    setUserState({});
 }
 
 // The inbox.

@@ -290,7 +290,6 @@ const std::vector<Fault> sampleFaults{
     {models, "                 in liveries\\IVAO_MTL\\IVAO_A320\\deep\\aircraft.cfg\n"},
     {sections, ofIvao + " misses airlinecode in title: Sample B738 of nobody, and no regcode\n"},
     {sections, ofIvao + " misses airlinecode in title: Sample B738 of nobody known, and regcode unknown XX-TWY\n"},
-    {sections, ofIvao + " misses airlinecode in title: B738 QQQ Sample, and no regcode\n"},
     {sections, "liveries\\IVAO_MTL\\IVAO_B738w\\texture.LOST [fltsim.6] does not exist\n"},
     {sections, ofIvao + " [fltsim.7] has more than one atc_parking_types key\n"},
     {sections, ofIvao + " [fltsim.8] misses title\n"},

@@ -81,11 +81,12 @@ TEST_F(Reports, informationAloneIsNoError) {
     EXPECT_FALSE(fs::exists("output/errors"));
 }
 
-TEST_F(Reports, aFileThatCannotBeWrittenIsALineInTheLog) {
+TEST_F(Reports, theLinesOfAFileThatCannotBeWrittenStandInTheLog) {
     fs::create_directories("output/errors/Fixes.txt");
     reports_.add(ScanReport::codeFixes, "a");
     lf_writeScanReports(reports_);
-    EXPECT_THAT(log_.lines(), testing::Contains(StartsWith("Error writing file output\\errors\\Fixes.txt: ")));
+    EXPECT_THAT(log_.lines(), ElementsAre("", "Errors:", StartsWith("Error writing file output\\errors\\Fixes.txt: "),
+                                          "1 code fixes", "  a", "", "Information:"));
 }
 
 TEST_F(Reports, inTheLogEachListStandsBelowItsCountInTheOrderOfItsFile) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "liveries/reference_tables.h"
 #include "tests/rig/report/flown_trace.h"
@@ -44,9 +46,9 @@ TEST(FeedTracks, betweenTwoPointsItIsOnTheLineAndInAGapNowhere) {
 
 TEST(FeedTracks, theSpeedIsTheLesserOfThoseToldBeforeAndAfter) {
     RowMaker rows;
-    for (const double knots : {150.0, 448.0, 160.0, -1.0}) {
+    const std::vector<std::pair<double, double>> told{{0, 150}, {10, 448}, {20, 160}, {30, -1}, {40, 170}, {71, 170}};
+    for (const auto& [seconds, knots] : told) {
         rows.line.gs = knots;
-        const double seconds = 10.0 * static_cast<double>(rows.rows.size());
         rows.tell(seconds, placeAt(seconds));
     }
     const FeedAircraft aircraft = feedTracks(rows.recording()).at(4734981);
@@ -54,7 +56,8 @@ TEST(FeedTracks, theSpeedIsTheLesserOfThoseToldBeforeAndAfter) {
     EXPECT_EQ(aircraft.knotsAt(feedBegin + 5), 150);
     EXPECT_EQ(aircraft.knotsAt(feedBegin + 15), 160);
     EXPECT_EQ(aircraft.knotsAt(feedBegin + 25), 0);
-    EXPECT_EQ(aircraft.knotsAt(feedBegin + 31), 0);
+    EXPECT_EQ(aircraft.knotsAt(feedBegin + 50), 0) << "in a gap";
+    EXPECT_EQ(aircraft.knotsAt(feedBegin + 72), 0);
 }
 
 TEST(FeedTracks, theCategoryIsThatOfTheEmitterUnlessTheTypeIsKnown) {
