@@ -35,8 +35,7 @@ void gf_noteFailedTitle(const AircraftRecord& aircraft) {
     }
     FailedTitles.emplace(aircraft.liveryTitle);
     NoCreateList.insert(fmt::format("{} {}", aircraft.model, aircraft.airline));
-    // A run that ends already keeps its reason, and its restart.
-    if (FailedTitles.size() >= tooManyTitles && !gf_isStopping()) {
+    if (FailedTitles.size() >= tooManyTitles) {
         refuseToGoOn();
     }
 }
