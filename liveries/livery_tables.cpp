@@ -330,6 +330,18 @@ void summarize(AircraftCategory category, const CategoryStock& stock) {
     }
 }
 
+/// So that the first title of a type is not another one when liveries are added that have nothing to do with it.
+std::vector<const LiveryTable<LiveryTable<TitleList>>::value_type*>
+byCode(const LiveryTable<LiveryTable<TitleList>>& table) {
+    std::vector<const LiveryTable<LiveryTable<TitleList>>::value_type*> airlines;
+    airlines.reserve(table.size());
+    for (const auto& airline : table) {
+        airlines.push_back(&airline);
+    }
+    std::sort(airlines.begin(), airlines.end(), [](const auto* a, const auto* b) { return a->first < b->first; });
+    return airlines;
+}
+
 /// Empty, without the memory that clear() would keep.
 template <typename Table>
 void makeAnew(Table& table) {
@@ -368,8 +380,8 @@ std::string_view findTitle(std::string_view title, std::size_t number) {
 void lf_buildModelTables() {
     for (const std::size_t index : {passengerIndex, cargoIndex}) {
         ModelTable[index].clear();
-        for (const auto& [airline, types] : AirlineModelTable[index]) {
-            for (const auto& [type, list] : types) {
+        for (const auto* airline : byCode(AirlineModelTable[index])) {
+            for (const auto& [type, list] : airline->second) {
                 Titles& titles = ModelTable[index][type].titles;
                 titles.insert(titles.end(), list.titles.begin(), list.titles.end());
             }

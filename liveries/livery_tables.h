@@ -57,7 +57,7 @@ inline constexpr std::size_t cargoIndex = 1;
 extern LiveryTable<AirlineTypes> AirlineTable;
 /// By passengerIndex or cargoIndex, airline and type; titles ascending.
 extern std::array<LiveryTable<LiveryTable<TitleList>>, 2> AirlineModelTable;
-/// By passengerIndex or cargoIndex, and type: the titles of all airlines.
+/// By passengerIndex or cargoIndex, and type: the titles of all airlines, by airline and title ascending.
 extern std::array<LiveryTable<TitleList>, 2> ModelTable;
 
 /// Registration to the title of its own livery.

@@ -180,6 +180,28 @@ TEST_F(LiveryMatching, atTheGenericStageARefusedTitleIsTheEnd) {
     EXPECT_EQ(parked({"XXX", "C172"}), "");
 }
 
+TEST_F(LiveryMatching, aRefusedTitleOfAnotherAirlineIsTheEndToo) {
+    clearLiveryTables();
+    installLiveries(
+        {livery("TST", "C172", "Club"), livery("TST", "C182", "Other club"), livery("TST", "P28A", "Piper")});
+    MATCHING_DEPTH.value = 3;
+    ASSERT_EQ(live({"XXX", "P28A"}), "5 Piper");
+    FailedTitles = {"Piper"};
+    EXPECT_EQ(live({"XXX", "P28A"}), "");
+    EXPECT_EQ(parked({"XXX", "P28A"}), "");
+}
+
+TEST_F(LiveryMatching, aRefusedTitleOfASimilarTypeIsTheEndToo) {
+    clearLiveryTables();
+    gSimilarGroups = {{"C150", "C152", "C172"}};
+    installLiveries({livery("AAA", "C150", "One"), livery("AAA", "C152", "Two")});
+    MATCHING_DEPTH.value = 3;
+    ASSERT_EQ(live({"XXX", "C172"}), "6 One");
+    FailedTitles = {"One"};
+    EXPECT_EQ(live({"XXX", "C172"}), "");
+    EXPECT_EQ(parked({"XXX", "C172"}), "");
+}
+
 TEST_F(LiveryMatching, aRefusedTitleNeverLeadsBackIntoItsList) {
     clearLiveryTables();
     installLiveries({livery("KLM", "A320", "One"), livery("KLM", "A320", "Two"), livery("ZZZ", "A320", "Generic")});
@@ -211,6 +233,9 @@ TEST_F(LiveryMatching, aPrivateOwnerWhoseGenericTitleWasRefusedIsNotGivenItAgain
     EXPECT_EQ(live({"PVT", "C172"}), "5 Club");
     EXPECT_EQ(parked({"PVT", "C172"}), "5 Club");
     EXPECT_EQ(live({"XXX", "C172"}), "") << "for whom the generic title is the end";
+    MATCHING_DEPTH.value = 4;
+    EXPECT_EQ(live({"PVT", "C172"}), "") << "the generic step comes first again";
+    EXPECT_EQ(parked({"PVT", "C172"}), "");
 }
 
 TEST_F(LiveryMatching, aFreighterWhoseTitleWasRefusedDoesNotTakeThePassengerLiveryOfThatStep) {

@@ -233,6 +233,7 @@ TEST_F(RegistrationCodes, aFaultyAigFileIsMergedAsFarAsItWasRead) {
                                "There were errors processing the AIG-regcode file 'AIG-regcodes.xml', see Log.txt\n"
                                "1 new regcode added\n");
     EXPECT_THAT(log.lines(), Not(Contains(testing::EndsWith("special liveries"))));
+    EXPECT_EQ(shownMessage(), "") << "it is not the user's file";
 }
 
 TEST_F(RegistrationCodes, faultyFilesOfTheUserAreShown) {
@@ -288,6 +289,18 @@ TEST_F(RegistrationCodes, anAigFileThatOpensButDoesNotLoadIsReported) {
     EXPECT_EQ(offlineReport(), "Processing file AIG-regcodes.xml\n"
                                "There were errors processing the AIG-regcode file 'AIG-regcodes.xml', see Log.txt\n"
                                "0 new regcodes added\n");
+    EXPECT_EQ(shownMessage(), "") << "it is not the user's file";
+}
+
+TEST_F(RegistrationCodes, specialAndUniqueOnesAreCountedApart) {
+    giveOwn("One;PH-ABC,PH-DEF;#\n");
+    gf_processOfflineRegcodes();
+    EXPECT_TRUE(log.contains("2 special liveries"));
+    EXPECT_THAT(log.lines(), Not(Contains(testing::EndsWith("unique liveries"))));
+    giveOwn("One;PH-ABC,PH-DEF;#\nTwo;PH-GHI\n");
+    gf_processOfflineRegcodes();
+    EXPECT_TRUE(log.contains("3 special liveries"));
+    EXPECT_TRUE(log.contains("1 unique liveries"));
 }
 
 TEST_F(RegistrationCodes, anEmptyFolderOrNoneIsSkippedAndTheOldReportGoes) {
