@@ -128,7 +128,7 @@ void initialState(LiveAircraft& aircraft) {
     aircraft.pitch = airborne ? pitchForVerticalSpeed(first.vs) : groundPitchAtBirth;
     aircraft.bank = believableRoll(aircraft, first).value_or(0);
     aircraft.heading = normalizedHeading(initialHeading(aircraft));
-    // Odd but harmless: a moving aircraft's next leg computes it anew, and one that stands does not add it.
+    // Odd but harmless: the next leg of a moving aircraft sets it anew, and one that stands does not add it.
     aircraft.dHeading = airborne ? 0 : aircraft.heading;
     aircraft.hiddenForUser = 0;
 }

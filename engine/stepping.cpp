@@ -56,6 +56,8 @@ void planLeg(LiveAircraft& aircraft) {
     planWay(aircraft);
     if (aircraft.onGround == 0) {
         airIncrements(aircraft);
+    } else {
+        aircraft.dHeading = 0; // what it was born with must not turn it where no leg computes it anew
     }
 }
 

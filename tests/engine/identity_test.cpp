@@ -262,6 +262,18 @@ TEST_F(Identity, anotherRegistrationMustGoWithTheCallSign) {
     EXPECT_EQ(aircraft->model, "A320");
 }
 
+TEST_F(Identity, anotherRegistrationGoesWithNoCallSignThatTellsNoAirline) {
+    aircraft->registration = "PH-XYZ";
+    knowRegistration("PH-ABC", "TRA", "B77W"); // of which no operator is known
+    for (const char* callsign : {"", "1234"}) {
+        aircraft->callsign = record.callsign = callsign;
+        EXPECT_TRUE(check()) << callsign;
+        EXPECT_FALSE(respawned()) << callsign;
+        EXPECT_EQ(aircraft->model, "A320") << callsign;
+        aircraft->registration = "PH-XYZ";
+    }
+}
+
 TEST_F(Identity, anotherRegistrationThatGoesWithTheCallSignChangesTheLivery) {
     aircraft->registration = "PH-XYZ";
     knowRegistration("PH-ABC", "KLM", "B77W", "MPH");

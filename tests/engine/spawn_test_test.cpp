@@ -207,6 +207,17 @@ TEST_F(SpawnTest, aMaximumOfZeroLetsNoneIn) {
     EXPECT_EQ(aircraft.dropRecord, 1);
 }
 
+TEST_F(SpawnTest, withAMaximumOfZeroNobodyGoesForAnother) {
+    MAX_LIVE_SEL.value = 0;
+    const std::uint32_t farObject = 101;
+    activeAt(5, farObject);
+    LiveAircraft& aircraft = bufferedInTheAir();
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_EQ(aircraft.dropRecord, 1);
+    EXPECT_EQ(findLiveByObjectId(farObject)->lifeState, LifeState::active);
+    EXPECT_THAT(removalQueue, IsEmpty());
+}
+
 TEST_F(SpawnTest, aBlockedCallSignGoes) {
     BLOCK_CALLSIGN.setValue("KLM123");
     LiveAircraft& aircraft = bufferedInTheAir();
@@ -218,6 +229,24 @@ TEST_F(SpawnTest, noBlockedCallSignBlocksNobody) {
     LiveAircraft& aircraft = bufferedInTheAir();
     aircraft.callsign = "";
     EXPECT_TRUE(creates(aircraft));
+}
+
+/// What it is called when it has no call sign is not asked.
+TEST_F(SpawnTest, aRegistrationThatWillStandInForTheCallSignIsNotBlocked) {
+    BLOCK_CALLSIGN.setValue("PH-ABC");
+    LiveAircraft& aircraft = bufferedInTheAir();
+    aircraft.callsign = "";
+    EXPECT_TRUE(creates(aircraft));
+    EXPECT_EQ(aircraft.callsign, "PH-ABC");
+}
+
+TEST_F(SpawnTest, whatGotNoLiveryIsNotTriedAgainWhenTheAirlineIsThatOfItsCallSign) {
+    LiveAircraft& aircraft = bufferedInTheAir();
+    aircraft.airline = "KLM";
+    NoMatchList.insert(noMatchKey(aircraft));
+    aircraft.airline = "";
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_EQ(aircraft.dropRecord, 1);
 }
 
 TEST_F(SpawnTest, whatGotNoLiveryIsNotTriedAgain) {

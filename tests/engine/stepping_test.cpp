@@ -182,6 +182,16 @@ TEST_F(Stepping, inFlightASlotAddsAllIncrements) {
     EXPECT_DOUBLE_EQ(aircraft.alt, 5000.5);
 }
 
+/// Made anew on its last leg to the runway it is still "flying".
+TEST_F(Stepping, onTheGroundTheHeadingThatItWasBornWithDoesNotTurnIt) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0), groundSample(0.1, 0, 1000));
+    aircraft.phase = FlightPhase::flying;
+    aircraft.heading = aircraft.dHeading = 2;
+    nextPosMain(aircraft);
+    perSlotStep(aircraft);
+    EXPECT_EQ(aircraft.heading, 2);
+}
+
 TEST_F(Stepping, theHeadingStaysWithinATurn) {
     LiveAircraft& aircraft = flying();
     aircraft.dHeading = -0.01;
