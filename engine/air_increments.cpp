@@ -106,7 +106,7 @@ bool skipToAirborne(LiveAircraft& aircraft, std::size_t index) {
     for (std::size_t i = index - 1; i > 1; --i) {
         stream.erase(1);
     }
-    stream[1].stationary = 0;
+    stream[1].stationary = 0; // the speeds of this leg stay those of the sample that is left out
     limitToWindow(aircraft, slotsForWay(aircraft, averageSpeed(stream[0], stream[1])));
     planWay(aircraft);
     aircraft.dAlt = climbStep(aircraft);
@@ -167,12 +167,19 @@ bool goesByReportedHeading(const LiveAircraft& aircraft) {
     return to.hasHeading != 0 && to.roll && to.heading && aircraft.altAboveGround < below;
 }
 
+/// From where the aircraft is: behind a gap it may be some way short of the sample at which the leg begins.
+double wayToTarget(const LiveAircraft& aircraft) {
+    const LatLon here{aircraft.lat, aircraft.lon};
+    const LatLon target = positionOf(aircraft.stream[1]);
+    return isSamePosition(here, target) ? aircraft.targetHeading : bearing(here, target);
+}
+
 /// Where the aircraft heads at the end of a leg that no other is known to follow. In a turn the reported track lies as
 /// far beyond the way as the way beyond the heading so far; whatever else a track says of the way is an error of one of
 /// the two, and the way counts. So does it where the leg is made up, as its track is.
 double headingBehindLastLeg(const LiveAircraft& aircraft) {
     const Sample& to = aircraft.stream[1];
-    const double way = aircraft.targetHeading;
+    const double way = wayToTarget(aircraft);
     if (to.track == 0 || aircraft.extensions > 0) {
         return way;
     }

@@ -277,6 +277,37 @@ TEST_F(Extension, anAircraftThatRollsOutSlowsDownStepByStep) {
     }
 }
 
+TEST_F(Extension, aRollLastsThreeSecondsAndTheWayIsThatOfTheSpeedThen) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0, 150));
+    aircraft.rollingOut = 1;
+    aircraft.heading = 0;
+    const Sample next = extended(aircraft);
+    EXPECT_NEAR(milesBetween(aircraft.stream[0], next), 100 * 3.0 / 3600, 1e-5);
+    EXPECT_GT(next.lat, aircraft.stream[0].lat);
+    EXPECT_EQ(next.stationary, 0);
+    EXPECT_EQ(next.airborne, 0);
+}
+
+TEST_F(Extension, whatIsMadeUpGoesOnFromTheLastSamplesTime) {
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, -200, 150));
+    aircraft.rollingOut = 1;
+    EXPECT_EQ(extended(aircraft).slot, testSlot - 200 + 300);
+}
+
+TEST_F(Extension, onTheGroundNeitherRangeNorAirborneOnlyEndsIt) {
+    gRadiusNm = 5;
+    placeUser(5);
+    AIRBORNE_ONLY.value = true;
+    LiveAircraft& aircraft = give(taxiing(), groundSample(0, 0, 0, 150));
+    aircraft.rollingOut = 1;
+    EXPECT_TRUE(extendStream(aircraft));
+    EXPECT_EQ(aircraft.extensions, 10);
+    LiveAircraft& parked = give(taxiing(), groundSample(0, 0, 0, 0));
+    parked.phase = FlightPhase::parked;
+    EXPECT_TRUE(extendStream(parked));
+    EXPECT_EQ(parked.extensions, 1);
+}
+
 TEST_F(Extension, anAircraftThatTakesOffGoesFasterStepByStep) {
     struct Row {
         double before, after, vs;

@@ -86,6 +86,27 @@ TEST_F(Retiming, aLandingGoesToTheGroundWithTheSpeedItHas) {
     EXPECT_NEAR(slotsToTarget(aircraft), 2400, 3);
 }
 
+TEST_F(Retiming, theMeanCountsUnlessALandingGoesToTheGround) {
+    LiveAircraft& toTheGround = give(flying(), airSample(0, 0, 0, 100, 150), groundSample(1, 0, 3500, 50));
+    retimeAir(toTheGround);
+    EXPECT_NEAR(slotsToTarget(toTheGround), 3600, 2);
+    LiveAircraft& inTheAir = give(flying(), airSample(0, 0, 0, 900, 200), airSample(1, 0, 2400, 500, 100));
+    inTheAir.landing = 1;
+    retimeAir(inTheAir);
+    EXPECT_NEAR(slotsToTarget(inTheAir), 2400, 2);
+}
+
+/// 2,400.6 slots.
+TEST_F(Retiming, theTimeOfALegIsRounded) {
+    LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 5000, 150), airSample(1, 0, 2400, 5000, 150));
+    Sample& target = aircraft.stream[1];
+    const double nm = greatCircleNm(testPlace, {target.lat, target.lon});
+    const double knots = nm * 360000 / 2400.6;
+    aircraft.stream[0].gs = target.gs = knots;
+    retimeAir(aircraft);
+    EXPECT_EQ(slotsToTarget(aircraft), 2401);
+}
+
 TEST_F(Retiming, aLandingWithoutSpeedGoesToTheGroundWithAHundredKnots) {
     LiveAircraft& aircraft = give(flying(), airSample(0, 0, 0, 500, 0), groundSample(1, 0, 3500, 50));
     aircraft.landing = 1;
