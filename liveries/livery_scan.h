@@ -23,8 +23,7 @@ bool takeNewScan();
 void lf_collectLfolders(std::vector<std::filesystem::path>& folders);
 
 /// True when liveries were found, or the scan was stopped, which leaves no LiveriesScanned.xml unless an old one cannot
-/// be removed. Where none were found no
-/// report is written: the log has its lines.
+/// be removed. Where none were found no report is written: the log has its lines.
 bool lf_scanFolders(const std::vector<std::filesystem::path>& folders);
 
 /// Corrects the liveries by what is known of their registrations.

@@ -81,15 +81,11 @@ void writeLines(const fs::path& file, const std::vector<std::string>& lines) {
     }
 }
 
-void logLines(const std::vector<std::string>& lines) {
+void logReport(ScanReport report, const std::vector<std::string>& lines) {
+    log(summaryOf(report, lines.size()));
     for (const std::string& line : lines) {
         log("  " + line);
     }
-}
-
-void logReport(ScanReport report, const std::vector<std::string>& lines) {
-    log(summaryOf(report, lines.size()));
-    logLines(lines);
 }
 
 /// Where the file cannot be written the log has its lines.
