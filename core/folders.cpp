@@ -54,10 +54,7 @@ void lf_removeFiles(const char* routine, const fs::path& folder, bool (*isWanted
             if (!entry.is_regular_file(error) || !isWanted(entry.path())) {
                 continue;
             }
-            if (fs::remove(entry.path(), error); error) {
-                logError(fmt::format("Failed to remove {} ({})", platform::utf8FromPath(entry.path()),
-                                     platform::readableText(error.message())));
-            }
+            removeFileOrLog(entry.path());
         }
     } catch (const std::exception& error) {
         logError(fmt::format("{} exception: {}", routine, platform::readableText(error.what())));
@@ -126,6 +123,14 @@ bool removeFile(const fs::path& path) {
     const bool removed = fs::remove(path, error);
     check("remove", path, otherThanNotFound(error));
     return removed;
+}
+
+void removeFileOrLog(const fs::path& path) {
+    std::error_code error;
+    if (fs::remove(path, error); otherThanNotFound(error)) {
+        logError(fmt::format("Failed to remove {} ({})", platform::backslashText(path),
+                             platform::readableText(error.message())));
+    }
 }
 
 void createFolders(const fs::path& path) {

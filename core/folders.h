@@ -12,6 +12,9 @@ void gf_removeFilesFromDirectory(const std::filesystem::path& path);
 /// The same for the files with the extension ".xml", in whatever case.
 void gf_removeXMLFilesFromDirectory(const std::filesystem::path& path);
 
+/// One that cannot be removed is an error line. No exceptions.
+void removeFileOrLog(const std::filesystem::path& path);
+
 /// Whether an ordinary user can create files in the folder. The machine's program-files folders, and what lies in them,
 /// count as not writable even where this process may write.
 bool isWritableFolder(const std::filesystem::path& path);

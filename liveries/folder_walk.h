@@ -1,10 +1,12 @@
 // liveries/folder_walk.h
-// Which files of a folder and the folders inside it a scan reads. Start-up, run thread.
+// Which files of a folder a scan reads, and which folders inside it. The tasks of the scan, at the same time.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
-#include <functional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "liveries/aircraft_folder.h"
 
@@ -15,12 +17,22 @@ bool isFolderToScan(std::string_view path);
 /// Whether a file of this path, written with backslashes, has the form of the IVAO liveries.
 bool isIvaoPath(std::string_view path);
 
-/// What to do with a file; false ends the walk.
-using FileVisit = std::function<bool(ScannedFile)>;
-/// Called with each folder before it is read; false ends the walk.
-using FolderVisit = std::function<bool(std::string_view path)>;
+/// A folder that a scan is still to look into.
+struct FolderToScan {
+    std::filesystem::path::string_type path;
+    std::string text; ///< of the path, with backslashes
+    /// Of the path of the folder that the scan began in.
+    std::size_t rootLength = 0;
+};
 
-/// Calls `visit` with each file that a scan reads. A folder inside that cannot be read is skipped; a link that leads
-/// back to a folder round it is not followed. False when it was ended. Throws std::filesystem::filesystem_error when
-/// the folder itself cannot be opened, and what the visits throw.
-bool walkFolder(const std::filesystem::path& folder, const FolderVisit& enter, const FileVisit& visit);
+/// What a scan wants of a folder.
+struct FolderContents {
+    std::vector<FolderToScan> folders;
+    std::vector<ScannedFile> cfgFiles;
+};
+
+/// The folder that a scan begins in. Throws std::filesystem::filesystem_error when it cannot be opened.
+FolderToScan rootToScan(const std::filesystem::path& folder);
+
+/// As far as the folder can be read; nothing of a link that leads back to a folder round it. Any thread.
+FolderContents contentsOf(const FolderToScan& folder);

@@ -1,7 +1,10 @@
 // liveries/livery_driver.cpp
 #include "liveries/livery_driver.h"
 
+#include <span>
+
 #include "core/log.h"
+#include "core/side_by_side.h"
 #include "liveries/livery.h"
 #include "liveries/livery_file.h"
 #include "liveries/livery_scan.h"
@@ -13,20 +16,28 @@ namespace {
 
 bool isDone = false;
 
-void buildTables() {
-    const StepMessage step("Building the livery tables ...");
-    // Gone at the end: the tables hold the titles in their own storage.
-    const ScannedLiveries scanned = lf_readLiveries();
-    showLiveries(scanned.liveries.size());
-    lf_buildAirlineTables(scanned.liveries);
-    gf_processInlineRegcodes(scanned.liveries);
+/// All but the similar types of what there is.
+void fillTablesOfTitles(std::span<const LiveryView> liveries) {
+    gf_processInlineRegcodes(liveries);
     gf_processOfflineRegcodes();
     logRegistrationCodes();
     lf_buildModelTables();
     logModelTables();
-    lf_buildSimilarModels();
+    logSimilarModels();
     summarizeCategories();
     summarizeGenericLiveries();
+}
+
+void buildTables() {
+    const StepMessage step("Building the livery tables ...");
+    // Gone at the end: the tables hold the titles in their own storage.
+    ScannedLiveries scanned;
+    // The similar types take as long as all the rest behind the reading, and neither looks at the other's tables.
+    constexpr const char* similar = "SimilarTypes";
+    runSideBySide([&scanned] { scanned = lf_readLiveries(); }, similar, fillSimilarAll);
+    showLiveries(scanned.liveries.size());
+    lf_buildAirlineTables(scanned.liveries);
+    runSideBySide([&scanned] { fillTablesOfTitles(scanned.liveries); }, similar, fillSimilarOfLiveries);
 }
 
 } // namespace

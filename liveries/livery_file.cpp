@@ -1,8 +1,12 @@
 // liveries/livery_file.cpp
 #include "liveries/livery_file.h"
 
+#include <array>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -16,6 +20,7 @@
 #include "core/log.h"
 #include "core/program_info.h"
 #include "core/program_version.h"
+#include "core/side_by_side.h"
 #include "core/user_error.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -85,38 +90,29 @@ void saveWhole(const pugi::xml_document& document) {
 
 // --- Reading ---
 
-/// The attributes of a livery that mean anything.
-struct LiveryAttributes {
-    pugi::xml_attribute airl;
-    pugi::xml_attribute type;
-    pugi::xml_attribute cargo;
-    pugi::xml_attribute title;
-    pugi::xml_attribute atcid;
-};
+/// The attributes of a livery that mean anything, in the order in which they are written.
+constexpr std::array<std::string_view, 5> attributeNames{"airl", "type", "cargo", "title", "atcid"};
+using LiveryAttributes = std::array<pugi::xml_attribute, attributeNames.size()>;
 
-/// Where an attribute of this name goes; null for one that means nothing.
-pugi::xml_attribute* placeOf(std::string_view name, LiveryAttributes& attributes) {
-    if (name == "airl") {
-        return &attributes.airl;
+/// The number of a name, searched from `expected` on; none for one that means nothing.
+std::optional<std::size_t> numberOf(std::string_view name, std::size_t expected) {
+    for (std::size_t tried = 0; tried < attributeNames.size(); ++tried) {
+        const std::size_t number = (expected + tried) % attributeNames.size();
+        if (name == attributeNames[number]) {
+            return number;
+        }
     }
-    if (name == "type") {
-        return &attributes.type;
-    }
-    if (name == "title") {
-        return &attributes.title;
-    }
-    if (name == "atcid") {
-        return &attributes.atcid;
-    }
-    return name == "cargo" ? &attributes.cargo : nullptr;
+    return std::nullopt;
 }
 
 /// In one pass: a search for each by its name would go through the others again and again. The first of a name counts.
 LiveryAttributes attributesOf(pugi::xml_node element) {
     LiveryAttributes attributes;
+    std::size_t expected = 0;
     for (auto attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-        if (pugi::xml_attribute* const place = placeOf(attribute.name(), attributes); place != nullptr && !*place) {
-            *place = attribute;
+        if (const auto number = numberOf(attribute.name(), expected)) {
+            attributes[*number] = attributes[*number] ? attributes[*number] : attribute;
+            expected = *number + 1;
         }
     }
     return attributes;
@@ -131,15 +127,62 @@ std::string_view required(pugi::xml_attribute attribute, const char* name, pugi:
 }
 
 LiveryView viewOf(pugi::xml_node element) {
-    const LiveryAttributes attributes = attributesOf(element);
-    return {required(attributes.airl, "airl", element), required(attributes.type, "type", element),
-            required(attributes.title, "title", element), attributes.atcid.value(), attributes.cargo.as_bool()};
+    const auto [airl, type, cargo, title, atcid] = attributesOf(element);
+    return {required(airl, "airl", element), required(type, "type", element), required(title, "title", element),
+            atcid.value(), cargo.as_bool()};
+}
+
+bool isLivery(pugi::xml_node node) {
+    return std::string_view(node.name()) == "liv";
+}
+
+/// Adds the liveries among the nodes that stand before the place in the file.
+void addFront(pugi::xml_node section, std::ptrdiff_t end, std::vector<LiveryView>& liveries) {
+    for (auto node = section.first_child(); node && node.offset_debug() < end; node = node.next_sibling()) {
+        if (isLivery(node)) {
+            liveries.push_back(viewOf(node));
+        }
+    }
+}
+
+/// And those at or behind it, from the end of the file on.
+void addBack(pugi::xml_node section, std::ptrdiff_t begin, std::vector<LiveryView>& liveries) {
+    for (auto node = section.last_child(); node && node.offset_debug() >= begin; node = node.previous_sibling()) {
+        if (isLivery(node)) {
+            liveries.push_back(viewOf(node));
+        }
+    }
+}
+
+/// From both ends at once: the library's nodes lie far apart, and to look at them takes longer than to make them.
+std::vector<LiveryView> liveriesOf(pugi::xml_node section) {
+    // What a livery takes in the file, rather less: room that is not used costs nothing, room that is missing a copy.
+    constexpr std::ptrdiff_t bytesPerLivery = 64;
+    const std::ptrdiff_t end = section.last_child().offset_debug();
+    const std::ptrdiff_t middle = end / 2;
+    std::vector<LiveryView> liveries;
+    std::vector<LiveryView> rest;
+    liveries.reserve(static_cast<std::size_t>(end / bytesPerLivery + 1));
+    rest.reserve(liveries.capacity() / 2);
+    try {
+        runSideBySide([&] { addFront(section, middle, liveries); }, "LiveryFile",
+                      [&] { addBack(section, middle, rest); });
+    } catch (const kvd::UserErrorException&) {
+        // Of several faults the first in the file is told.
+        addFront(section, std::numeric_limits<std::ptrdiff_t>::max(), liveries);
+    }
+    liveries.insert(liveries.end(), rest.rbegin(), rest.rend());
+    return liveries;
 }
 
 void load(pugi::xml_document& document) {
     // A folder can be opened like a file on some machines, and then claims a size beyond all memory.
     std::error_code ignored;
-    if (!fs::is_regular_file(scannedLiveriesFile, ignored) || !document.load_file(scannedLiveriesFile)) {
+    const bool isFile = fs::is_regular_file(scannedLiveriesFile, ignored);
+    const pugi::xml_parse_status status =
+        isFile ? document.load_file(scannedLiveriesFile).status : pugi::status_io_error;
+    // A text without an element has no section of liveries either, which is told in its place.
+    if (status != pugi::status_ok && status != pugi::status_no_document_element) {
         throw kvd::UserErrorException(fileMissingError, fmt::format("File {} not found", fileText()));
     }
 }
@@ -166,10 +209,7 @@ ScannedLiveries lf_readLiveries() {
         throw kvd::UserErrorException(sectionMissingError,
                                       fmt::format("{} does not contain a <liveries> section", fileText()));
     }
-    std::vector<LiveryView> liveries;
-    for (const pugi::xml_node element : section.children("liv")) {
-        liveries.push_back(viewOf(element));
-    }
+    std::vector<LiveryView> liveries = liveriesOf(section);
     const std::size_t count = liveries.size();
     if (count == 0) {
         showMessage(fmt::format("{} does not contain liveries", fileText()), LogCopy::yes);

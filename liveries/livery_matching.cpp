@@ -223,7 +223,7 @@ std::string noMatchKey(const AircraftRecord& aircraft) {
 // With RANDOM the rule is to draw up to five times until the title is not reserved, and then from the unreserved ones
 // alone: each unreserved title is as likely as the others, so drawing among them at once is the same.
 void lf_pickTitle(AircraftRecord& aircraft, const TitleList& list) {
-    const Titles& candidates = list.candidates();
+    const Titles candidates = list.candidates();
     if (!candidates.empty()) {
         aircraft.liveryTitle = candidates[drawnIndex(candidates.size())];
     }

@@ -2,6 +2,7 @@
 #include "liveries/livery_scan.h"
 
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <memory>
 #include <string>
@@ -189,6 +190,16 @@ namespace {
 
 enum class ScanEnd { written, nothingFound, stopped };
 
+/// A list that cannot be written is to be scanned for again, but why liveries were refused is known by now.
+void writeLiveriesOrLogReports(const ScanReports& reports) {
+    try {
+        lf_writeLiveries();
+    } catch (const std::exception&) {
+        logScanReports(reports);
+        throw;
+    }
+}
+
 ScanEnd scanFolders(const std::vector<fs::path>& folders) {
     const LiveriesEmptied emptied;
     removeOldReports();
@@ -206,7 +217,7 @@ ScanEnd scanFolders(const std::vector<fs::path>& folders) {
         prioritize(Liveries);
     }
     sortLiveries(Liveries);
-    lf_writeLiveries();
+    writeLiveriesOrLogReports(scan.reports());
     Liveries.clear();
     lf_writeScanReports(scan.reports());
     repaintWindow();

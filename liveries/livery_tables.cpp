@@ -2,33 +2,38 @@
 #include "liveries/livery_tables.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
+#include <functional>
 #include <iterator>
 #include <memory>
+#include <memory_resource>
+#include <numeric>
 #include <unordered_set>
-#include <utility>
+#include <variant>
 
 #include <fmt/format.h>
 
 #include "core/log.h"
 #include "core/parameter_file.h"
 #include "core/parameters.h"
+#include "core/side_by_side.h"
 #include "liveries/livery_matching.h"
 #include "platform/window_system.h"
 
 namespace {
 
-/// What the tables are made of. Before them, for they end first.
+/// What the tables are made of. Before them, for they end first. One thread at a time takes of the first: the similar types,
+/// which come into being beside the tables, must not.
 std::pmr::monotonic_buffer_resource memory;
+std::pmr::monotonic_buffer_resource registrationMemory;
 
 } // namespace
 
-LiveryTable<AirlineTypes> AirlineTable(&memory);
-std::array<LiveryTable<LiveryTable<TitleList>>, 2> AirlineModelTable{LiveryTable<LiveryTable<TitleList>>(&memory),
-                                                                     LiveryTable<LiveryTable<TitleList>>(&memory)};
-std::array<LiveryTable<TitleList>, 2> ModelTable{LiveryTable<TitleList>(&memory), LiveryTable<TitleList>(&memory)};
-LiveryTable<std::string_view> RegcodeTable(&memory);
+FlatTextTable<AirlineTypes> AirlineTable(&memory);
+std::array<FlatTextTable<FlatTextTable<TitleList>>, 2> AirlineModelTable{
+    FlatTextTable<FlatTextTable<TitleList>>(&memory), FlatTextTable<FlatTextTable<TitleList>>(&memory)};
+std::array<FlatTextTable<TitleList>, 2> ModelTable{FlatTextTable<TitleList>(&memory),
+                                                   FlatTextTable<TitleList>(&memory)};
+FlatTextTable<std::string_view> RegcodeTable(&registrationMemory);
 RegcodeSet SpecialRegcodes;
 RegcodeSet UniqueRegcodes;
 std::vector<std::string_view> ReservedTitles;
@@ -36,75 +41,18 @@ std::array<std::vector<CategorizedType>, 3> RandomTypes;
 
 namespace {
 
-constexpr std::size_t roomForAirlineTitles = 4048;
 constexpr std::size_t roomForReservedTitles = 4096;
-
-/// Each title once, in two blocks of memory: a node for each of 60,000 titles would cost more than all other tables.
-class TitleIndex {
-public:
-    /// Before the first title.
-    void makeRoom(std::size_t titles) {
-        titles_.reserve(titles);
-        slots_.assign(std::bit_ceil(2 * titles + 1), {});
-    }
-
-    /// There must be room for it.
-    void insert(std::string_view title) {
-        const std::uint64_t hash = hashOf(title);
-        if (Slot& slot = slots_[placeOf(title, hash)]; slot.isFree()) {
-            titles_.push_back(title);
-            slot = {tagOf(hash), static_cast<std::uint32_t>(titles_.size())};
-        }
-    }
-
-    /// Empty for one that is not there.
-    std::string_view find(std::string_view title) const {
-        if (slots_.empty()) {
-            return {};
-        }
-        const Slot& slot = slots_[placeOf(title, hashOf(title))];
-        return slot.isFree() ? std::string_view() : titleOf(slot);
-    }
-
-    bool isEmpty() const { return titles_.empty(); }
-    void clear() { *this = TitleIndex(); }
-
-private:
-    struct Slot {
-        std::uint32_t tag = 0;
-        std::uint32_t number = 0; ///< of the title, counted from 1
-
-        bool isFree() const { return number == 0; }
-    };
-
-    static std::uint64_t hashOf(std::string_view title) { return std::hash<std::string_view>{}(title); }
-
-    /// The lower bits of the hash value choose the place, the upper ones tell nearly all other titles without a look at
-    /// them.
-    static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
-
-    std::string_view titleOf(const Slot& slot) const { return titles_[slot.number - 1]; }
-
-    /// The slot of the title, or the free one where it would go; at least half of them are free.
-    std::size_t placeOf(std::string_view title, std::uint64_t hash) const {
-        const std::size_t mask = slots_.size() - 1;
-        std::size_t place = hash & mask;
-        while (!slots_[place].isFree() && (slots_[place].tag != tagOf(hash) || titleOf(slots_[place]) != title)) {
-            place = (place + 1) & mask;
-        }
-        return place;
-    }
-
-    std::vector<std::string_view> titles_;
-    std::vector<Slot> slots_; // a power of two of them, or none
-};
 
 /// Owns the texts of all titles, in blocks.
 std::vector<std::unique_ptr<char[]>> arena;
 /// The titles that the lists of AirlineTable view, in the order of the liveries; empty for a lost one.
 std::vector<AirlineTitle> allTitles;
-/// Of allTitles; filled by the first search.
-TitleIndex knownTitles;
+/// Of allTitles, each once; filled by the first search.
+FlatTextTable<std::monostate, std::hash<std::string_view>> knownTitles(std::pmr::get_default_resource());
+/// What the lists of AirlineModelTable and of ModelTable view.
+std::array<std::vector<std::string_view>, 2> titlesByAirline;
+std::array<std::vector<std::string_view>, 2> titlesByType;
+std::vector<std::vector<std::string_view>> unreservedTitles;
 
 /// Fills the arena.
 class TitleStore {
@@ -131,71 +79,82 @@ bool isSameGroup(const LiveryView& a, const LiveryView& b) {
     return a.airl == b.airl && a.type == b.type;
 }
 
-/// A group that comes a second time, which no sorted list has, is lost.
-void storeGroup(const LiveryView& first, std::span<AirlineTitle> titles) {
-    auto airline = AirlineTable.find(first.airl);
-    if (airline == AirlineTable.end()) {
-        airline = AirlineTable.try_emplace(std::string(first.airl)).first;
-    }
-    if (!airline->second.try_emplace(std::string(first.type), titles).second) {
-        std::fill(titles.begin(), titles.end(), AirlineTitle());
-    }
+void keepTitles(std::span<const LiveryView> liveries) {
+    TitleStore store;
+    std::transform(liveries.begin(), liveries.end(), allTitles.begin(), [&store](const LiveryView& livery) {
+        return AirlineTitle{store.keep(livery.title), livery.cargo};
+    });
 }
 
-void fillAirlineTable(std::span<const LiveryView> liveries) {
-    TitleStore store;
-    allTitles.clear();
-    allTitles.reserve(std::max(roomForAirlineTitles, liveries.size()));
-    for (const LiveryView& livery : liveries) {
-        allTitles.push_back({store.keep(livery.title), livery.cargo});
-    }
+/// Whether the group is new. One that comes a second time, which no sorted list has, is lost.
+bool storeGroup(const LiveryView& first, std::span<const AirlineTitle> titles) {
+    AirlineTypes& types = AirlineTable.try_emplace(first.airl, &memory).first->second;
+    return types.try_emplace(first.type, titles).second;
+}
+
+/// The answer are the lost groups.
+std::vector<std::span<AirlineTitle>> storeGroups(std::span<const LiveryView> liveries) {
+    std::vector<std::span<AirlineTitle>> lost;
     for (std::size_t begin = 0; begin < liveries.size();) {
         std::size_t end = begin + 1;
         while (end < liveries.size() && isSameGroup(liveries[begin], liveries[end])) {
             ++end;
         }
-        storeGroup(liveries[begin], std::span(allTitles).subspan(begin, end - begin));
+        const auto titles = std::span(allTitles).subspan(begin, end - begin);
+        if (!storeGroup(liveries[begin], titles)) {
+            lost.push_back(titles);
+        }
         begin = end;
+    }
+    return lost;
+}
+
+void fillAirlineTable(std::span<const LiveryView> liveries) {
+    allTitles.assign(liveries.size(), {});
+    std::vector<std::span<AirlineTitle>> lost;
+    runSideBySide([&] { keepTitles(liveries); }, "LiveryGroups", [&] { lost = storeGroups(liveries); });
+    for (const std::span<AirlineTitle> titles : lost) {
+        std::fill(titles.begin(), titles.end(), AirlineTitle());
     }
 }
 
 void fillKnownTitles() {
-    knownTitles.clear();
-    knownTitles.makeRoom(allTitles.size());
+    knownTitles.reserve(allTitles.size());
     for (const AirlineTitle& one : allTitles) {
-        knownTitles.insert(one.title);
+        knownTitles.try_emplace_view(one.title);
     }
 }
 
-Titles titlesOf(std::span<const AirlineTitle> titles, bool cargo) {
-    const auto isWanted = [cargo](const AirlineTitle& title) { return title.isCargo == cargo; };
-    Titles wanted(&memory);
-    wanted.reserve(static_cast<std::size_t>(std::count_if(titles.begin(), titles.end(), isWanted)));
+/// The titles of the wanted kind, behind those of the former groups.
+Titles splitGroup(std::span<const AirlineTitle> titles, std::size_t index) {
+    std::vector<std::string_view>& all = titlesByAirline[index];
+    const std::size_t begin = all.size();
     for (const AirlineTitle& title : titles) {
-        if (isWanted(title)) {
-            wanted.push_back(title.title);
+        if (title.isCargo == (index == cargoIndex)) {
+            all.push_back(title.title);
         }
     }
-    return wanted;
+    return Titles(all).subspan(begin);
 }
 
-void splitAirline(const std::string& airline, const AirlineTypes& types, std::size_t index) {
-    LiveryTable<TitleList>* table = nullptr;
+void splitAirline(std::string_view airline, const AirlineTypes& types, std::size_t index) {
+    FlatTextTable<TitleList>* table = nullptr;
     for (const auto& [type, all] : types) {
-        Titles titles = titlesOf(all, index == cargoIndex);
+        const Titles titles = splitGroup(all, index);
         if (titles.empty()) {
             continue;
         }
         if (table == nullptr) {
-            table = &AirlineModelTable[index][airline];
+            table = &AirlineModelTable[index].try_emplace(airline, &memory).first->second;
         }
-        table->try_emplace(type, TitleList{std::move(titles), {}});
+        table->try_emplace(type, TitleList{titles, {}});
     }
 }
 
 void splitByCargo() {
     for (const std::size_t index : {passengerIndex, cargoIndex}) {
-        AirlineModelTable[index].clear();
+        titlesByAirline[index].clear();
+        titlesByAirline[index].reserve(allTitles.size()); // the lists view them, so they must stay where they are
         AirlineModelTable[index].reserve(AirlineTable.size());
         for (const auto& [airline, types] : AirlineTable) {
             splitAirline(airline, types, index);
@@ -209,9 +168,10 @@ using ReservedSet = std::unordered_set<std::string_view>;
 
 void setReservedAside(TitleList& list, const ReservedSet& reserved) {
     const auto isFree = [&reserved](std::string_view title) { return !reserved.contains(title); };
-    list.unreserved.clear();
     if (!std::all_of(list.titles.begin(), list.titles.end(), isFree)) {
-        std::copy_if(list.titles.begin(), list.titles.end(), std::back_inserter(list.unreserved), isFree);
+        std::vector<std::string_view>& unreserved = unreservedTitles.emplace_back();
+        std::copy_if(list.titles.begin(), list.titles.end(), std::back_inserter(unreserved), isFree);
+        list.unreserved = unreserved;
     }
 }
 
@@ -330,22 +290,71 @@ void summarize(AircraftCategory category, const CategoryStock& stock) {
     }
 }
 
+using AirlineEntry = FlatTextTable<FlatTextTable<TitleList>>::value_type;
+
 /// So that the first title of a type is not another one when liveries are added that have nothing to do with it.
-std::vector<const LiveryTable<LiveryTable<TitleList>>::value_type*>
-byCode(const LiveryTable<LiveryTable<TitleList>>& table) {
-    std::vector<const LiveryTable<LiveryTable<TitleList>>::value_type*> airlines;
+std::vector<const AirlineEntry*> byCode(const FlatTextTable<FlatTextTable<TitleList>>& table) {
+    std::vector<const AirlineEntry*> airlines;
     airlines.reserve(table.size());
-    for (const auto& airline : table) {
+    for (const AirlineEntry& airline : table) {
         airlines.push_back(&airline);
     }
     std::sort(airlines.begin(), airlines.end(), [](const auto* a, const auto* b) { return a->first < b->first; });
     return airlines;
 }
 
+/// The titles that an airline has of a type.
+struct TypeGroup {
+    std::size_t type = 0; ///< its number in ModelTable
+    Titles titles;
+};
+
+/// All groups, in the order of their airlines; the types come into ModelTable meanwhile.
+std::vector<TypeGroup> typeGroups(std::size_t index) {
+    FlatTextTable<TitleList>& types = ModelTable[index];
+    std::vector<TypeGroup> groups;
+    for (const AirlineEntry* airline : byCode(AirlineModelTable[index])) {
+        for (const auto& [type, list] : airline->second) {
+            const auto entry = types.try_emplace(type).first;
+            groups.push_back({static_cast<std::size_t>(entry - types.begin()), list.titles});
+        }
+    }
+    return groups;
+}
+
+/// Where the titles of each type begin among those of all types.
+std::vector<std::size_t> typeBegins(std::span<const TypeGroup> groups, std::size_t types) {
+    std::vector<std::size_t> begins(types + 1);
+    for (const TypeGroup& group : groups) {
+        begins[group.type + 1] += group.titles.size();
+    }
+    std::partial_sum(begins.begin(), begins.end(), begins.begin());
+    return begins;
+}
+
+void fillModelTable(std::size_t index) {
+    ModelTable[index].clear();
+    const std::vector<TypeGroup> groups = typeGroups(index);
+    const std::vector<std::size_t> begins = typeBegins(groups, ModelTable[index].size());
+    std::vector<std::string_view>& all = titlesByType[index];
+    all.resize(begins.back());
+    std::vector<std::size_t> ends = begins;
+    for (const TypeGroup& group : groups) {
+        std::copy(group.titles.begin(), group.titles.end(),
+                  all.begin() + static_cast<std::ptrdiff_t>(ends[group.type]));
+        ends[group.type] += group.titles.size();
+    }
+    std::size_t type = 0;
+    for (auto& [code, list] : ModelTable[index]) {
+        list.titles = Titles(all).subspan(begins[type], ends[type] - begins[type]);
+        ++type;
+    }
+}
+
 /// Empty, without the memory that clear() would keep.
 template <typename Table>
 void makeAnew(Table& table) {
-    table = Table(table.get_allocator());
+    table = Table(table.memory());
 }
 
 } // namespace
@@ -366,10 +375,11 @@ void lf_buildAirlineTables(std::span<const LiveryView> liveries) {
 }
 
 std::string_view lf_findTitle(std::string_view title) {
-    if (knownTitles.isEmpty()) {
+    if (knownTitles.empty()) {
         fillKnownTitles();
     }
-    return knownTitles.find(title);
+    const auto known = knownTitles.find(title);
+    return known == knownTitles.end() ? std::string_view() : known->first;
 }
 
 std::string_view findTitle(std::string_view title, std::size_t number) {
@@ -378,18 +388,8 @@ std::string_view findTitle(std::string_view title, std::size_t number) {
 }
 
 void lf_buildModelTables() {
-    for (const std::size_t index : {passengerIndex, cargoIndex}) {
-        ModelTable[index].clear();
-        for (const auto* airline : byCode(AirlineModelTable[index])) {
-            for (const auto& [type, list] : airline->second) {
-                Titles& titles = ModelTable[index][type].titles;
-                titles.insert(titles.end(), list.titles.begin(), list.titles.end());
-            }
-        }
-        for (auto& [type, list] : ModelTable[index]) {
-            list.titles.shrink_to_fit();
-        }
-    }
+    fillModelTable(passengerIndex);
+    fillModelTable(cargoIndex);
     setReservedAside();
 }
 
@@ -445,7 +445,11 @@ void clearLiveryTables() {
     }
     makeAnew(AirlineTable);
     memory.release();
-    knownTitles.clear();
+    registrationMemory.release();
+    makeAnew(knownTitles);
+    titlesByAirline = {};
+    titlesByType = {};
+    unreservedTitles.clear();
     allTitles.clear();
     allTitles.shrink_to_fit();
     arena.clear();

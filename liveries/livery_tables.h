@@ -5,16 +5,14 @@
 
 #include <array>
 #include <cstddef>
-#include <functional>
-#include <memory_resource>
 #include <set>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "engine/aircraft_category.h"
+#include "liveries/flat_text_table.h"
 #include "liveries/livery.h"
 #include "liveries/reference_tables.h"
 #include "liveries/similar_models.h"
@@ -26,17 +24,13 @@ inline constexpr std::string_view privateAirline = "PVT";
 
 // All titles are views into one arena, and good until clearLiveryTables.
 
-/// All these tables are built together and go together, in memory of their own: hundreds of thousands of small pieces.
-template <typename Value>
-using LiveryTable = std::pmr::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
-
 struct AirlineTitle {
     std::string_view title;
     bool isCargo = false;
 };
 
-using AirlineTypes = LiveryTable<std::span<const AirlineTitle>>;
-using Titles = std::pmr::vector<std::string_view>;
+using AirlineTypes = FlatTextTable<std::span<const AirlineTitle>>;
+using Titles = std::span<const std::string_view>;
 
 /// The titles of a type.
 struct TitleList {
@@ -45,7 +39,7 @@ struct TitleList {
     Titles unreserved;
 
     /// Those that an aircraft may get which is not the owner of one: a reserved title only where there is no other.
-    const Titles& candidates() const { return unreserved.empty() ? titles : unreserved; }
+    Titles candidates() const { return unreserved.empty() ? titles : unreserved; }
 };
 
 using RegcodeSet = std::set<std::string, std::less<>>;
@@ -54,14 +48,14 @@ inline constexpr std::size_t passengerIndex = 0;
 inline constexpr std::size_t cargoIndex = 1;
 
 /// By airline and type, as the liveries come.
-extern LiveryTable<AirlineTypes> AirlineTable;
+extern FlatTextTable<AirlineTypes> AirlineTable;
 /// By passengerIndex or cargoIndex, airline and type; titles ascending.
-extern std::array<LiveryTable<LiveryTable<TitleList>>, 2> AirlineModelTable;
+extern std::array<FlatTextTable<FlatTextTable<TitleList>>, 2> AirlineModelTable;
 /// By passengerIndex or cargoIndex, and type: the titles of all airlines, by airline and title ascending.
-extern std::array<LiveryTable<TitleList>, 2> ModelTable;
+extern std::array<FlatTextTable<TitleList>, 2> ModelTable;
 
 /// Registration to the title of its own livery.
-extern LiveryTable<std::string_view> RegcodeTable;
+extern FlatTextTable<std::string_view> RegcodeTable;
 /// The registrations whose liveries are not for others; and those of them that share theirs with no other registration.
 extern RegcodeSet SpecialRegcodes;
 extern RegcodeSet UniqueRegcodes;

@@ -1,9 +1,15 @@
 #include "liveries/livery_walk.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <exception>
+#include <iterator>
+#include <list>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -11,6 +17,7 @@
 #include "liveries/aircraft_cfg.h"
 #include "liveries/folder_walk.h"
 #include "liveries/livery.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
 
@@ -20,48 +27,126 @@ std::string logText(const std::exception& error) {
     return platform::readableText(error.what());
 }
 
-/// False when the scan was stopped. Throws as ScanTasks does.
-bool startTask(std::uint32_t scanNumber, ScannedFile file, const ScanRun& run) {
-    const auto search = isIvaoPath(file.text) ? lf_searchLiveriesinIVAOFile : lf_searchLiveriesinFile;
-    return run.tasks.start(
-        [state = run.state, scanNumber, file = std::move(file), search] { return search(scanNumber, file, *state); },
-        Liveries);
+/// Folders searched by one task: handing a task out takes longer than looking into a folder that holds no aircraft.
+constexpr std::size_t foldersPerTask = 32;
+
+/// How long a task searches before it gives back the folders that are left.
+constexpr std::chrono::milliseconds longestTask{100};
+
+std::list<Livery> searchFile(std::uint32_t scanNumber, const ScannedFile& file, ScanState& state) {
+    return isIvaoPath(file.text) ? lf_searchLiveriesinIVAOFile(scanNumber, file, state)
+                                 : lf_searchLiveriesinFile(scanNumber, file, state);
 }
 
-/// False when the scan was stopped or a task failed.
-bool startTaskOrLog(std::uint32_t scanNumber, ScannedFile file, const ScanRun& run) {
+void searchFolder(std::uint32_t scanNumber, const FolderToScan& folder, ScanState& state, FolderFinds& finds) {
+    FolderContents contents = contentsOf(folder);
+    for (const ScannedFile& file : contents.cfgFiles) {
+        finds.liveries.splice(finds.liveries.end(), searchFile(scanNumber, file, state));
+    }
+    std::move(contents.folders.begin(), contents.folders.end(), std::back_inserter(finds.folders));
+}
+
+void searchFolderOrLog(std::uint32_t scanNumber, const FolderToScan& folder, ScanState& state, FolderFinds& finds) {
     try {
-        return startTask(scanNumber, std::move(file), run);
+        searchFolder(scanNumber, folder, state, finds);
     } catch (const std::exception& error) {
         log(fmt::format("liveries inner search aborted: {}", logText(error)));
-        return false;
     }
 }
 
-/// False when the walk did not come to its end.
-bool startTasks(std::uint32_t scanNumber, const std::filesystem::path& folder, const ScanRun& run) {
-    const auto enter = [&run](std::string_view path) {
-        run.progress.enter(path);
-        return run.progress.goesOn();
-    };
-    const auto visit = [&](ScannedFile file) { return startTaskOrLog(scanNumber, std::move(file), run); };
+} // namespace
+
+FolderFinds lf_searchFolders(std::uint32_t scanNumber, const std::vector<FolderToScan>& folders, ScanState& state,
+                             platform::SteadyTime end) {
+    FolderFinds finds;
+    for (const FolderToScan& folder : folders) {
+        if (gf_isScanStopping() || platform::steadyNow() >= end) {
+            finds.folders.push_back(folder);
+        } else {
+            searchFolderOrLog(scanNumber, folder, state, finds);
+        }
+    }
+    return finds;
+}
+
+namespace {
+
+/// The way through one of the user's folders. Folders that wait are taken from the end of a list, so that it stays
+/// short: the insides of one folder come before the next one.
+class FolderWalk {
+public:
+    FolderWalk(std::uint32_t scanNumber, FolderToScan root, const ScanRun& run)
+        : scanNumber_(scanNumber), run_(run), open_{std::move(root)} {}
+
+    /// Until all is searched or the scan is stopped.
+    void run() {
+        bool goesOn = true;
+        while (goesOn && (!open_.empty() || !run_.tasks.isIdle())) {
+            goesOn = open_.empty() || run_.tasks.isFull() ? takeOldest() : startNext();
+        }
+    }
+
+    /// Whether there is nothing left to hand out.
+    bool isHandedOut() const { return open_.empty(); }
+
+private:
+    void take(FolderFinds finds) {
+        Liveries.splice(Liveries.end(), finds.liveries);
+        std::move(finds.folders.rbegin(), finds.folders.rend(), std::back_inserter(open_));
+    }
+
+    bool takeOldest() {
+        std::optional<FolderFinds> finds = run_.tasks.takeOldest();
+        if (finds) {
+            take(std::move(*finds));
+        }
+        return finds.has_value();
+    }
+
+    bool startNext() {
+        std::vector<FolderToScan> folders = takeOpen();
+        run_.progress.enter(folders.front().text);
+        return run_.tasks.start([state = run_.state, scanNumber = scanNumber_, folders = std::move(folders)] {
+            return lf_searchFolders(scanNumber, folders, *state, platform::steadyNow() + longestTask);
+        });
+    }
+
+    /// A few, but no more than leave something for each thread.
+    std::vector<FolderToScan> takeOpen() {
+        const std::size_t count = std::clamp<std::size_t>(open_.size() / run_.tasks.threads(), 1, foldersPerTask);
+        std::vector<FolderToScan> folders(count);
+        for (FolderToScan& folder : folders) {
+            folder = std::move(open_.back());
+            open_.pop_back();
+        }
+        return folders;
+    }
+
+    std::uint32_t scanNumber_;
+    const ScanRun& run_;
+    std::vector<FolderToScan> open_; ///< still to be handed out
+};
+
+void runOrLog(FolderWalk walk) {
     try {
-        return walkFolder(folder, enter, visit);
+        walk.run();
+    } catch (const std::exception& error) {
+        log(walk.isHandedOut() ? fmt::format("liveries search aborted, futs outer, {}", logText(error))
+                               : fmt::format("liveries inner search aborted: {}", logText(error)));
+    }
+}
+
+void searchAll(std::uint32_t scanNumber, const std::filesystem::path& folder, const ScanRun& run) {
+    try {
+        runOrLog(FolderWalk(scanNumber, rootToScan(folder), run));
     } catch (const std::exception& error) {
         log(fmt::format("liveries search in {} aborted, cause: {}", platform::backslashText(folder), logText(error)));
-        return false;
     }
 }
 
 } // namespace
 
 void lf_walkFolder(std::uint32_t scanNumber, const std::filesystem::path& folder, const ScanRun& run) {
-    try {
-        if (startTasks(scanNumber, folder, run)) {
-            run.tasks.collectAll(Liveries);
-        }
-    } catch (const std::exception& error) {
-        log(fmt::format("liveries search aborted, futs outer, {}", logText(error)));
-    }
-    run.tasks.abandon(Liveries);
+    searchAll(scanNumber, folder, run);
+    Liveries.splice(Liveries.end(), run.tasks.abandon());
 }

@@ -144,7 +144,7 @@ void takeInlineRegcode(const LiveryView& livery, std::size_t number, std::vector
                                       livery.airl, livery.type, livery.atcid, livery.title));
         return;
     }
-    const auto [entry, isNew] = RegcodeTable.try_emplace(std::string(livery.atcid), title);
+    const auto [entry, isNew] = RegcodeTable.try_emplace(livery.atcid, title);
     if (!isNew && entry->second != title) {
         clashes.push_back(fmt::format("{} '{}' => already in use by '{}'", livery.atcid, title, entry->second));
     }

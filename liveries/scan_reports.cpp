@@ -123,16 +123,6 @@ void putReports(const ScanReports& reports, Put put) {
     putThose(false);
 }
 
-/// One that stays is no reason to stop the scan.
-void removeOld(const char* file) {
-    try {
-        removeFile(file);
-    } catch (const fs::filesystem_error& failure) {
-        logError(fmt::format("Failed to remove {} ({})", platform::backslashText(file),
-                             platform::readableText(failure.code().message())));
-    }
-}
-
 } // namespace
 
 void ScanReports::add(ScanReport report, std::string line) {
@@ -148,11 +138,12 @@ std::vector<std::string> ScanReports::lines(ScanReport report) const {
 }
 
 void removeOldReports() {
-    removeOld(scannedLiveriesFile);
-    removeOld(inlineRegcodesFile);
+    // One that stays is no reason to stop the scan.
+    removeFileOrLog(scannedLiveriesFile);
+    removeFileOrLog(inlineRegcodesFile);
     for (const ReportForm& form : forms) {
         if (form.vanishesAtScan) {
-            removeOld(form.file);
+            removeFileOrLog(form.file);
         }
     }
     // Files of others may lie in the folder, which then stays.

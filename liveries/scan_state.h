@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <functional>
 #include <memory_resource>
 #include <mutex>
@@ -18,6 +19,8 @@ using ScanTexts = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 /// The titles that stand in the scan so far. Any thread.
 class ScannedTitles {
 public:
+    ScannedTitles() { titles_.reserve(usualTitles); }
+
     /// False when the title was there already.
     bool insert(std::string_view title) {
         const std::lock_guard lock(lock_);
@@ -25,6 +28,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t usualTitles = 60'000; // of a big collection; to grow step by step takes twice as long
+
     std::mutex lock_;
     std::pmr::monotonic_buffer_resource memory_; // under lock_; the titles come by ten thousands and go together
     std::pmr::unordered_set<std::pmr::string, TextHash, std::equal_to<>> titles_{&memory_};

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
@@ -15,30 +16,25 @@ namespace {
 /// How long a wait may keep the caller from seeing that it is to end.
 constexpr std::chrono::milliseconds waitSlice{50};
 
-/// How long the collecting waits for one file.
+/// How long the taking waits for one task.
 constexpr std::chrono::seconds longestWait{10};
 
-/// Tasks handed out for each thread before their results are waited for: enough to do while the caller walks through
-/// folders that hold none.
-constexpr std::size_t tasksAhead = 32;
-
-/// Waking a thread takes longer than reading most files, so one is woken for several of them.
-constexpr std::size_t tasksPerWaking = 8;
+/// Tasks handed out for each thread before what they give is taken: enough to do while the caller is busy.
+constexpr std::size_t tasksAhead = 4;
 
 } // namespace
 
-/// Threads are kept from one file to the next: starting one takes longer than reading most files.
+/// Threads are kept from one task to the next: starting one takes longer than most tasks.
 struct ScanTasks::Workers {
     std::mutex lock;
     std::condition_variable taskThere;
-    std::deque<std::packaged_task<std::list<Livery>()>> tasks; // under lock, as all that follows
+    std::deque<std::packaged_task<FolderFinds()>> tasks; // under lock, as all that follows
     std::size_t threads = 0;
     std::size_t idle = 0; ///< of the threads
     bool isOver = false;
 
     void run();
-    void give(std::packaged_task<std::list<Livery>()> task, std::size_t atMost, const std::shared_ptr<Workers>& self);
-    void wakeAll();
+    void give(std::packaged_task<FolderFinds()> task, std::size_t atMost, const std::shared_ptr<Workers>& self);
     void end();
 };
 
@@ -61,7 +57,7 @@ void ScanTasks::Workers::run() {
     }
 }
 
-void ScanTasks::Workers::give(std::packaged_task<std::list<Livery>()> task, std::size_t atMost,
+void ScanTasks::Workers::give(std::packaged_task<FolderFinds()> task, std::size_t atMost,
                               const std::shared_ptr<Workers>& self) {
     const std::lock_guard held(lock);
     if (threads < atMost && idle <= tasks.size()) {
@@ -69,13 +65,7 @@ void ScanTasks::Workers::give(std::packaged_task<std::list<Livery>()> task, std:
         ++threads;
     }
     tasks.push_back(std::move(task));
-    if (tasks.size() % tasksPerWaking == 0) {
-        taskThere.notify_one();
-    }
-}
-
-void ScanTasks::Workers::wakeAll() {
-    taskThere.notify_all();
+    taskThere.notify_one();
 }
 
 void ScanTasks::Workers::end() {
@@ -93,57 +83,53 @@ ScanTasks::~ScanTasks() {
     workers_->end();
 }
 
-bool ScanTasks::start(Task task, std::list<Livery>& into) {
+bool ScanTasks::isFull() const {
+    return waiting_.size() >= atMost_ * tasksAhead;
+}
+
+bool ScanTasks::start(Task task) {
     if (!whileWaiting_()) {
         return false;
     }
-    while (waiting_.size() >= atMost_ * tasksAhead) {
-        if (!collectOldest(into)) {
-            return false;
-        }
-    }
-    std::packaged_task<std::list<Livery>()> packaged(std::move(task));
+    std::packaged_task<FolderFinds()> packaged(std::move(task));
     auto result = packaged.get_future();
     workers_->give(std::move(packaged), atMost_, workers_);
     waiting_.push_back(std::move(result));
     return true;
 }
 
-bool ScanTasks::collectAll(std::list<Livery>& into) {
-    while (!waiting_.empty()) {
-        if (!collectOldest(into)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-void ScanTasks::abandon(std::list<Livery>& into) {
-    for (std::future<std::list<Livery>>& result : waiting_) {
-        if (result.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-            into.splice(into.end(), result.get());
-        }
-    }
-    waiting_.clear();
-    const std::lock_guard held(workers_->lock);
-    workers_->tasks.clear();
-}
-
-bool ScanTasks::collectOldest(std::list<Livery>& into) {
-    std::future<std::list<Livery>>& oldest = waiting_.front();
+std::optional<FolderFinds> ScanTasks::takeOldest() {
+    std::future<FolderFinds>& oldest = waiting_.front();
     const platform::SteadyTime end = platform::steadyNow() + longestWait;
-    if (oldest.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
-        workers_->wakeAll();
-    }
     while (oldest.wait_for(waitSlice) != std::future_status::ready) {
         if (!whileWaiting_()) {
-            return false;
+            return std::nullopt;
         }
         if (platform::steadyNow() >= end) {
             throw std::runtime_error("Future wait timed out after 10 seconds");
         }
     }
-    into.splice(into.end(), oldest.get());
+    std::future<FolderFinds> result = std::move(oldest);
     waiting_.pop_front();
-    return true;
+    return result.get();
+}
+
+std::list<Livery> ScanTasks::abandon() {
+    std::list<Livery> liveries;
+    for (std::future<FolderFinds>& result : waiting_) {
+        if (result.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
+            try {
+                liveries.splice(liveries.end(), result.get().liveries);
+            } catch (const std::exception&) {
+                // It had no memory to find anything.
+            }
+        }
+    }
+    if (!waiting_.empty()) {
+        // Its threads may be stuck, and the next tasks are not to wait for them.
+        workers_->end();
+        workers_ = std::make_shared<Workers>();
+        waiting_.clear();
+    }
+    return liveries;
 }

@@ -1,6 +1,6 @@
 // liveries/scan_tasks.h
-// The files of a scan read at the same time, a fixed number at most, and what they give collected in the order of their
-// start. One thread starts and collects; the tasks run on threads of their own, which nobody joins.
+// The folders of a scan searched at the same time, by a fixed number of threads at most, and what they give taken in the
+// order of their start. One thread starts and takes; the tasks run on threads of their own, which nobody joins.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +9,21 @@
 #include <future>
 #include <list>
 #include <memory>
+#include <optional>
+#include <vector>
 
+#include "liveries/folder_walk.h"
 #include "liveries/livery.h"
+
+/// What a task finds.
+struct FolderFinds {
+    std::list<Livery> liveries;
+    std::vector<FolderToScan> folders; ///< still to be searched
+};
 
 class ScanTasks {
 public:
-    using Task = std::function<std::list<Livery>()>;
+    using Task = std::function<FolderFinds()>;
     /// Called at each start and at least every 50 ms while waiting; false ends the start or the waiting.
     using WhileWaiting = std::function<bool()>;
 
@@ -24,21 +33,27 @@ public:
     ScanTasks(const ScanTasks&) = delete;
     ScanTasks& operator=(const ScanTasks&) = delete;
 
-    /// Hands the task to the next thread that is free. Where many tasks wait already, it first waits for what the
-    /// oldest ones give, and takes it. False when the waiting was ended. Throws std::runtime_error "Future wait timed
-    /// out after 10 seconds" when a task takes too long, and std::system_error when there is no thread to be had.
-    bool start(Task task, std::list<Livery>& into);
-    /// What all tasks gave, the oldest first; fails as above.
-    bool collectAll(std::list<Livery>& into);
-    /// Takes what is finished and forgets the tasks that still run or wait for a thread, and what they would give.
-    void abandon(std::list<Livery>& into);
+    std::size_t threads() const { return atMost_; }
+    /// Whether enough tasks are handed out to keep the threads busy until the oldest has been taken.
+    bool isFull() const;
+    /// Whether all that was started has been taken.
+    bool isIdle() const { return waiting_.empty(); }
+
+    /// Hands the task to the next thread that is free. False when it was told to end. Throws std::system_error when
+    /// there is no thread to be had.
+    bool start(Task task);
+    /// What the oldest task gave; there must be one. Nothing when the waiting was ended. Throws std::runtime_error
+    /// "Future wait timed out after 10 seconds" when it takes too long, and what the task throws.
+    std::optional<FolderFinds> takeOldest();
+    /// The liveries of what is finished; forgets the tasks that still run or wait for a thread, and what they would
+    /// give.
+    std::list<Livery> abandon();
 
 private:
     struct Workers;
-    bool collectOldest(std::list<Livery>& into);
 
     std::size_t atMost_;
     WhileWaiting whileWaiting_;
     std::shared_ptr<Workers> workers_; // shared with its threads, which may outlive this object
-    std::deque<std::future<std::list<Livery>>> waiting_;
+    std::deque<std::future<FolderFinds>> waiting_;
 };

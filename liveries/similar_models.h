@@ -1,9 +1,10 @@
 // liveries/similar_models.h
 // Which types may stand in for another one: part of the tables that the search for a livery reads
-// (liveries/livery_tables.h). Built on the start-up thread before traffic starts; afterwards the engine thread reads
-// them and changes their order.
+// (liveries/livery_tables.h). Built at the start-up, beside the tables of titles, before traffic
+// starts; afterwards the engine thread reads them and changes their order.
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -19,7 +20,7 @@ struct CategorizedType {
     std::string_view type; ///< good as long as the tables
     AircraftCategory category = AircraftCategory::Light;
 
-    friend bool operator==(const CategorizedType&, const CategorizedType&) = default;
+    friend auto operator<=>(const CategorizedType&, const CategorizedType&) = default;
 };
 
 /// What an airline may take for the types that it has no livery of: one list a missing type, all in two blocks of
@@ -29,10 +30,9 @@ public:
     /// The types in place of a missing one, in an order that the caller may change; none if it has none.
     std::span<CategorizedType> of(std::string_view missing);
 
-    void makeRoom(std::size_t missingTypes);
-    /// By the numbers of the missing types among those of SimilarWithLiveries, which ascend.
-    void beginType(std::uint32_t missing);
-    void add(const CategorizedType& substitute);
+    void makeRoom(std::size_t substitutes);
+    /// By the number of the missing type among those of SimilarWithLiveries; numbers must ascend.
+    void add(std::uint32_t missing, std::span<const CategorizedType> substitutes);
 
     /// The number of missing types.
     std::size_t size() const { return lists_.size(); }
@@ -55,8 +55,17 @@ extern TextTable<std::vector<CategorizedType>> SimilarWithLiveries;
 /// Airline and a type that it has no livery of, to the similar types that it has liveries of.
 extern TextTable<AirlineSubstitutes> SimilarByAirline;
 
-/// SimilarAll, SimilarWithLiveries and SimilarByAirline from AirlineTable and ModelTable, and one log line.
+/// SimilarAll, SimilarWithLiveries and SimilarByAirline from AirlineTable, and one log line.
 void lf_buildSimilarModels();
+
+// The pieces of it, for who has other work to do meanwhile.
+
+/// SimilarAll, for which no livery is needed.
+void fillSimilarAll();
+/// How many definitions SimilarAll holds, to the log.
+void logSimilarModels();
+/// The other two, from SimilarAll and AirlineTable; looks at no other table.
+void fillSimilarOfLiveries();
 
 /// No similar types.
 void clearSimilarModels();

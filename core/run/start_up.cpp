@@ -76,7 +76,7 @@ void makeWorkingFolders() {
         createFolders(folder);
     }
     for (const char* file : outOfDateFiles) {
-        removeFile(file);
+        removeFileOrLog(file); // what stays costs nobody the run
     }
 }
 

@@ -1,12 +1,11 @@
 // tests/liveries/folder_walk_test.cpp
 #include "liveries/folder_walk.h"
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 
+#include "tests/liveries/scan_test.h"
 #include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
@@ -19,18 +18,6 @@ namespace {
 
 class FolderWalk : public testing::Test {
 protected:
-    static std::vector<std::string> filesIn(const fs::path& folder) {
-        std::vector<std::string> files;
-        walkFolder(
-            folder, [](std::string_view) { return true; },
-            [&files](const ScannedFile& file) {
-                files.push_back(file.text);
-                return true;
-            });
-        std::sort(files.begin(), files.end());
-        return files;
-    }
-
     TemporaryFolder folder_;
 };
 
@@ -41,14 +28,14 @@ TEST_F(FolderWalk, findsAircraftAndSimFilesInAnyCase) {
                              "4/panel.cfg", "4/myaircraft.cfg", "4/aircraft"}) {
         writeFile(fs::path("x") / name, "");
     }
-    EXPECT_THAT(filesIn("x"),
+    EXPECT_THAT(filesToScan("x"),
                 ElementsAre("x\\1\\aircraft.cfg", "x\\2\\Aircraft.CFG", "x\\3\\SIM.cfg", "x\\3\\deep\\er\\sim.cfg"));
 }
 
 TEST_F(FolderWalk, aFolderWithAirportInItsPathIsNotEntered) {
     writeFile("x/my airports/ac/aircraft.cfg", "");
     writeFile("x/MyAirports/ac/aircraft.cfg", "");
-    EXPECT_THAT(filesIn("x"), ElementsAre("x\\MyAirports\\ac\\aircraft.cfg"));
+    EXPECT_THAT(filesToScan("x"), ElementsAre("x\\MyAirports\\ac\\aircraft.cfg"));
 }
 
 TEST_F(FolderWalk, aPathOfTwoHundredAndFiftyCharactersIsNotEntered) {
@@ -60,7 +47,7 @@ TEST_F(FolderWalk, aPathOfTwoHundredAndFiftyCharactersIsNotEntered) {
 
 TEST_F(FolderWalk, aFolderOfThatNameIsNoFile) {
     fs::create_directories("x/aircraft.cfg");
-    EXPECT_THAT(filesIn("x"), IsEmpty());
+    EXPECT_THAT(filesToScan("x"), IsEmpty());
 }
 
 TEST_F(FolderWalk, ivaoPathsAreKnownByTheirText) {
@@ -74,41 +61,32 @@ TEST_F(FolderWalk, tellsWhatLiesBesideAFile) {
     writeFile("x/aircraft.cfg", "");
     writeFile("x/S.air", "");
     fs::create_directories("x/model.M");
-    walkFolder(
-        "x", [](std::string_view) { return true; },
-        [](const ScannedFile& file) {
-            EXPECT_THAT(file.names->folders, ElementsAre("model.M"));
-            EXPECT_THAT(file.names->files, UnorderedElementsAre("aircraft.cfg", "S.air"));
-            return true;
-        });
+    const FolderContents contents = contentsOf(rootToScan("x"));
+    ASSERT_EQ(contents.cfgFiles.size(), 1U);
+    const ScannedFile& file = contents.cfgFiles.front();
+    EXPECT_THAT(file.names->folders, ElementsAre("model.M"));
+    EXPECT_THAT(file.names->files, UnorderedElementsAre("aircraft.cfg", "S.air"));
 }
 
-TEST_F(FolderWalk, endsWhenAVisitSaysSo) {
+TEST_F(FolderWalk, aFolderThatIsGoneMeanwhileHoldsNothing) {
     writeFile("x/1/aircraft.cfg", "");
-    writeFile("x/2/aircraft.cfg", "");
-    int files = 0;
-    EXPECT_FALSE(walkFolder(
-        "x", [](std::string_view) { return true; }, [&files](const ScannedFile&) { return ++files < 1; }));
-    EXPECT_EQ(files, 1);
-    EXPECT_FALSE(walkFolder(
-        "x", [](std::string_view path) { return path == "x"; }, [](const ScannedFile&) { return true; }));
+    const FolderContents contents = contentsOf(rootToScan("x"));
+    ASSERT_EQ(contents.folders.size(), 1U);
+    fs::remove_all("x/1");
+    EXPECT_THAT(contentsOf(contents.folders.front()).cfgFiles, IsEmpty());
 }
 
-TEST_F(FolderWalk, aFolderInsideThatCannotBeOpenedIsSkipped) {
-    writeFile("x/aircraft.cfg", "");
+TEST_F(FolderWalk, aSeparatorAtTheEndOfTheFirstFolderChangesNothing) {
     writeFile("x/1/aircraft.cfg", "");
-    writeFile("x/2/aircraft.cfg", "");
-    std::vector<std::string> files;
-    EXPECT_TRUE(walkFolder(
-        "x", [](std::string_view) { return true; },
-        [&files](const ScannedFile& file) {
-            files.push_back(file.text);
-            fs::remove_all("x/1");
-            return true;
-        }));
-    EXPECT_THAT(files, ElementsAre("x\\aircraft.cfg", "x\\2\\aircraft.cfg"));
+    EXPECT_THAT(filesToScan("x/"), ElementsAre("x\\1\\aircraft.cfg"));
+    EXPECT_EQ(rootToScan("x/").rootLength, 1U);
+}
+
+TEST_F(FolderWalk, aNameThatComesAgainInsideIsNoLoop) {
+    writeFile("x/a/a/x/a/aircraft.cfg", "");
+    EXPECT_THAT(filesToScan("x"), ElementsAre("x\\a\\a\\x\\a\\aircraft.cfg"));
 }
 
 TEST_F(FolderWalk, aFolderThatCannotBeOpenedItselfIsAnError) {
-    EXPECT_THROW(filesIn("gone"), fs::filesystem_error);
+    EXPECT_THROW(filesToScan("gone"), fs::filesystem_error);
 }

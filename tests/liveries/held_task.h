@@ -1,9 +1,8 @@
-// A file of a scan whose reading takes as long as the test wants.
+// A task of a scan that takes as long as the test wants.
 #pragma once
 
 #include <chrono>
 #include <future>
-#include <list>
 
 #include "core/detached_threads.h"
 #include "liveries/scan_tasks.h"
@@ -23,7 +22,7 @@ public:
         return [this, hold = hold_.get_future().share()] {
             begun_.set_value();
             hold.wait();
-            return std::list<Livery>{};
+            return FolderFinds{};
         };
     }
     void waitUntilBegun() { begun_.get_future().wait(); }

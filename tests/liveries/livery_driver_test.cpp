@@ -61,6 +61,33 @@ TEST_F(LiveryDriver, aNewScanIsProcessed) {
     EXPECT_EQ(times(skipped), 0);
 }
 
+TEST_F(LiveryDriver, ofTheScanBeforeNothingIsLeft) {
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    makeAircraft("x/ac", general("A320") + section(0, "title=Two\natc_parking_codes=KLM\natc_id=PH-ABC"));
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    EXPECT_EQ(lf_findTitle("One"), "");
+    EXPECT_EQ(lf_findTitle("Two"), "Two");
+    EXPECT_EQ(RegcodeTable.find("PH-ABC")->second, "Two");
+    EXPECT_THAT(ModelTable[passengerIndex].find("A320")->second.titles, testing::ElementsAre("Two"));
+}
+
+TEST_F(LiveryDriver, similarTypesGoByTheLiveriesOfEachScan) {
+    gSimilarGroups = {{"A320", "B738"}};
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    ASSERT_EQ(gf_similarForAirline("KLM", "B738").size(), 1u);
+    EXPECT_EQ(gf_similarForAirline("KLM", "B738")[0].type, "A320");
+    EXPECT_EQ(gf_similarOfType("B738").size(), 1u);
+    makeAircraft("x/ac", general("B738") + section(0, "title=Two\natc_parking_codes=KLM"));
+    gf_scanLiveries();
+    gf_processScannedLiveries();
+    EXPECT_THAT(gf_similarForAirline("KLM", "B738"), IsEmpty());
+    ASSERT_EQ(gf_similarForAirline("KLM", "A320").size(), 1u);
+    EXPECT_EQ(gf_similarForAirline("KLM", "A320")[0].type, "B738");
+}
+
 TEST_F(LiveryDriver, theStepsComeInTheirOrder) {
     writeFile("input/my_regcodes/mine.txt", "Of nobody;PH-XYZ\n");
     makeAircraft("x/ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM\natc_id=PH-ABC") +

@@ -3,6 +3,8 @@
 
 #include <chrono>
 
+#include <fmt/format.h>
+
 #include "core/program_info.h"
 #include "core/program_version.h"
 #include "core/user_error.h"
@@ -99,8 +101,10 @@ TEST_F(LiveryFile, withoutRootOrLiveriesIsError52) {
     writeXml("<other/>");
     EXPECT_EQ(readCode(), 52);
     EXPECT_EQ(messageOf(lf_readLiveries), "output\\LiveriesScanned.xml does not contain a <liveries> section");
-    writeFile(scannedLiveriesFile, "<other><liveries/></other>");
-    EXPECT_EQ(readCode(), 52);
+    for (const char* text : {"<other><liveries/></other>", "", "<?xml version=\"1.0\"?>", "<!-- nothing -->"}) {
+        writeFile(scannedLiveriesFile, text);
+        EXPECT_EQ(readCode(), 52) << text;
+    }
 }
 
 TEST_F(LiveryFile, aLiveryWithoutARequiredAttributeIsError999) {
@@ -111,6 +115,42 @@ TEST_F(LiveryFile, aLiveryWithoutARequiredAttributeIsError999) {
     EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'type' in <liv>");
     writeXml("<liveries><liv airl='KLM' type='A320'/></liveries>");
     EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'title' in <liv>");
+}
+
+TEST_F(LiveryFile, ofSeveralFaultsTheFirstIsTold) {
+    const std::string good = "<liv airl='KLM' type='A320' title='One'/>";
+    const std::string fault = "<liv airl='KLM' type='A320'/>";
+    const std::string otherFault = "<liv airl='KLM' title='One'/>";
+    for (int before : {0, 3, 9, 17}) {
+        std::string liveries;
+        for (int i = 0; i < 20; ++i) {
+            liveries += i < before ? good : i == before ? fault : otherFault;
+        }
+        writeXml("<liveries>" + liveries + "</liveries>");
+        EXPECT_EQ(readCode(), 999);
+        EXPECT_EQ(messageOf(lf_readLiveries), "Missing required attribute 'title' in <liv>") << before;
+    }
+}
+
+TEST_F(LiveryFile, keepsTheOrderOfAnyNumberAndPassesOverWhatIsNoLivery) {
+    for (const int count : {1, 2, 3, 1001}) {
+        std::string text;
+        std::list<Livery> expected;
+        for (int i = 0; i < count; ++i) {
+            text += fmt::format("<liv airl='KLM' type='A320' title='{}'/><other title='x'/>text<!-- liv -->", i);
+            expected.push_back({"KLM", "A320", std::to_string(i), "", 0, false});
+        }
+        writeXml("<liveries><other/>" + text + "</liveries>");
+        EXPECT_EQ(readLiveries(), expected) << count;
+    }
+}
+
+TEST_F(LiveryFile, attributesMayComeInAnyOrderAndTheFirstOfANameCounts) {
+    writeXml("<liveries><liv atcid='PH-ABC' sim='x' title='One' airlx='y' type='A320' cargo='true' airl='KLM'/>"
+             "<liv airl='DLH' airl='KLM' type='B744' title='Two' type='A320' title='Three' atcid='' atcid='PH-X'/>"
+             "</liveries>");
+    EXPECT_EQ(readLiveries(),
+              (std::list<Livery>{{"KLM", "A320", "One", "PH-ABC", 0, true}, {"DLH", "B744", "Two", "", 0, false}}));
 }
 
 TEST_F(LiveryFile, whatMayBeMissingIsEmptyOrFalse) {

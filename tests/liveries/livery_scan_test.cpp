@@ -246,6 +246,15 @@ TEST_F(LiveryScan, aFileThatCannotBeWrittenLeavesTheScanToBeDone) {
     EXPECT_THAT(Liveries, IsEmpty());
 }
 
+TEST_F(LiveryScan, whyLiveriesWereRefusedIsToldAlsoWhenTheirFileCannotBeWritten) {
+    makeLivery("liveries/ac", "One");
+    makeAircraft("liveries/no_type", section(0, "title=Two"));
+    fs::create_directories("output/LiveriesScanned.xml.new/inside");
+    EXPECT_ANY_THROW(lf_scanFolders({"liveries"}));
+    EXPECT_TRUE(log_.contains("1 invalid aircraft.cfg files"));
+    EXPECT_TRUE(log_.contains("  Line atc_model= is missing in [General] section of liveries\\no_type\\aircraft.cfg"));
+}
+
 TEST_F(LiveryScan, aFileThatIsRefusedDoesNotStopTheOthers) {
     makeLivery("x/ok", "One");
     makeAircraft("x/no_text", std::string("\0", 1));

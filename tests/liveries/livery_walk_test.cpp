@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "tests/liveries/held_task.h"
 #include "tests/liveries/scan_test.h"
+#include "tests/support/allocation_count.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -19,20 +20,36 @@ protected:
         makeAircraft(folder, general("A320") + section(0, "title=" + title + "\natc_parking_codes=KLM"));
     }
     void walk(const std::filesystem::path& folder) { lf_walkFolder(1, folder, {state_, progress_, tasks_}); }
-    void startHeldTask() {
-        std::list<Livery> none;
-        ASSERT_TRUE(tasks_.start(held_.task(), none));
-    }
+    void startHeldTask() { ASSERT_TRUE(tasks_.start(held_.task())); }
 
     platform::ManualClock clock_{platform::WallTime{}};
     std::shared_ptr<ScanState> state_ = std::make_shared<ScanState>();
     ScanProgress progress_{*state_};
+    int looksUntilHeld_ = 0;
     HeldTask held_; // outlives the tasks, whose threads its end waits for
     ScanTasks tasks_{2, [this] {
                          clock_.advance(std::chrono::seconds(1));
+                         if (--looksUntilHeld_ == 0) {
+                             startHeldTask();
+                         }
                          return progress_.goesOn();
                      }};
 };
+
+/// Without threads.
+class LiveryTask : public LiveryWalkThreads {};
+
+platform::SteadyTime inAnHour() {
+    return platform::steadyNow() + std::chrono::hours(1);
+}
+
+std::vector<std::string> textsOf(const std::vector<FolderToScan>& folders) {
+    std::vector<std::string> texts;
+    for (const FolderToScan& folder : folders) {
+        texts.push_back(folder.text);
+    }
+    return texts;
+}
 
 } // namespace
 
@@ -46,12 +63,12 @@ TEST_F(LiveryWalkThreads, collectsWhatTheFilesHold) {
 }
 
 TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) {
-    constexpr int moreThanAreHandedOutAhead = 100;
+    constexpr int moreThanAreHandedOutAhead = 300;
     for (int i = 0; i < moreThanAreHandedOutAhead; ++i) {
         makeLivery(std::filesystem::path("x") / std::to_string(i), std::to_string(i));
     }
     makeLivery("y/ac", "next");
-    startHeldTask();
+    looksUntilHeld_ = 5;
     walk("x");
     EXPECT_THAT(log_.lines(), ElementsAre("liveries inner search aborted: Future wait timed out after 10 seconds"));
     EXPECT_THAT(Liveries, Not(IsEmpty())) << "what was read by then";
@@ -63,7 +80,7 @@ TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) 
 TEST_F(LiveryWalkThreads, aFileThatTakesTooLongAfterTheWalkEndsTheFolderAlone) {
     makeLivery("x/ac", "read");
     makeLivery("y/ac", "next");
-    startHeldTask();
+    looksUntilHeld_ = 3;
     walk("x");
     EXPECT_THAT(log_.lines(),
                 ElementsAre("liveries search aborted, futs outer, Future wait timed out after 10 seconds"));
@@ -82,4 +99,53 @@ TEST_F(LiveryWalkThreads, aStopEndsTheFolderWithoutAWord) {
     walk("x");
     EXPECT_THAT(Liveries, IsEmpty());
     EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(LiveryWalkThreads, foldersInsideFoldersAreSearchedToTheLast) {
+    std::vector<std::string> titles;
+    std::filesystem::path folder = "x";
+    for (int depth = 0; depth < 12; ++depth) {
+        folder /= "d";
+        for (int i = 0; i < 3; ++i) {
+            titles.push_back(std::to_string(depth) + "." + std::to_string(i));
+            makeLivery(folder / titles.back(), titles.back());
+        }
+    }
+    walk("x");
+    EXPECT_THAT(titlesOf(Liveries), testing::UnorderedElementsAreArray(titles));
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(LiveryWalkThreads, theFirstFolderItselfMayHoldAnAircraft) {
+    makeLivery("x", "outermost");
+    makeLivery("x/inner", "inner");
+    walk("x");
+    EXPECT_THAT(titlesOf(Liveries), ElementsAre("outermost", "inner"));
+}
+
+TEST_F(LiveryTask, aFolderThatFailsCostsItself) {
+    const std::string longName(200, 'a');
+    makeLivery("x/" + longName, "lost");
+    makeLivery("y/ac", "read");
+    const std::vector<FolderToScan> folders{rootToScan("x"), rootToScan("y")};
+    const FailingAllocation noMemoryForThePath(longName.size());
+    const FolderFinds finds = lf_searchFolders(1, folders, *state_, inAnHour());
+    EXPECT_THAT(textsOf(finds.folders), ElementsAre("y\\ac"));
+    EXPECT_THAT(log_.lines(), ElementsAre(StartsWith("liveries inner search aborted: ")));
+}
+
+TEST_F(LiveryTask, foldersThatATaskHasNoTimeForAreGivenBack) {
+    makeLivery("x", "left");
+    const std::vector<FolderToScan> folders{rootToScan("x"), rootToScan(".")};
+    const FolderFinds finds = lf_searchFolders(1, folders, *state_, platform::steadyNow());
+    EXPECT_THAT(finds.liveries, IsEmpty());
+    EXPECT_THAT(textsOf(finds.folders), ElementsAre("x", "."));
+}
+
+TEST_F(LiveryTask, foldersOfAScanThatStopsAreGivenBack) {
+    makeLivery("x", "left");
+    gf_userCloses();
+    const FolderFinds finds = lf_searchFolders(1, {rootToScan("x")}, *state_, inAnHour());
+    EXPECT_THAT(finds.liveries, IsEmpty());
+    EXPECT_THAT(textsOf(finds.folders), ElementsAre("x"));
 }

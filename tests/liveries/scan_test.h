@@ -2,7 +2,10 @@
 // Aircraft folders in a temporary folder, and a small world of types and airlines to scan them by.
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <iterator>
 #include <list>
 #include <string>
 #include <string_view>
@@ -10,9 +13,11 @@
 
 #include <gmock/gmock.h>
 
+#include "core/detached_threads.h"
 #include "core/exit_reason.h"
 #include "core/parameters.h"
 #include "core/run_flags.h"
+#include "liveries/folder_walk.h"
 #include "liveries/livery.h"
 #include "liveries/livery_file.h"
 #include "liveries/livery_scan.h"
@@ -27,7 +32,10 @@ class ScanTest : public testing::Test {
 public:
     ScanTest(const ScanTest&) = delete;
     ScanTest& operator=(const ScanTest&) = delete;
-    ~ScanTest() override { reset(); }
+    ~ScanTest() override {
+        gf_waitForDetachedThreads(std::chrono::seconds(10)); // those of the scans
+        reset();
+    }
 
 protected:
     ScanTest() {
@@ -78,6 +86,27 @@ protected:
 
     LogCapture log_; // its folder is the working directory
 };
+
+/// The texts of all files that a scan of the folder reads; `entered` gets the folders that it looks into.
+inline std::vector<std::string> filesToScan(const std::filesystem::path& folder,
+                                            std::vector<std::string>* entered = nullptr) {
+    std::vector<std::string> files;
+    std::vector<FolderToScan> open{rootToScan(folder)};
+    while (!open.empty()) {
+        const FolderToScan next = std::move(open.back());
+        open.pop_back();
+        FolderContents contents = contentsOf(next);
+        if (entered != nullptr) {
+            entered->push_back(next.text);
+        }
+        for (const ScannedFile& file : contents.cfgFiles) {
+            files.push_back(file.text);
+        }
+        std::move(contents.folders.begin(), contents.folders.end(), std::back_inserter(open));
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
 
 /// What LiveriesScanned.xml holds.
 inline std::list<Livery> readLiveries() {

@@ -35,7 +35,7 @@ protected:
         return names;
     }
 
-    static std::vector<std::string> substitutes(const std::string& airline, const std::string& type) {
+    static std::vector<std::string> substitutes(std::string_view airline, std::string_view type) {
         const auto types = SimilarByAirline.find(airline);
         if (types == SimilarByAirline.end()) {
             return {};
@@ -100,11 +100,11 @@ TEST_F(SimilarModels, aLongAirlineCodeCountsByItsFirstThreeCharacters) {
 }
 
 /// The rule as it reads, type by type.
-std::vector<std::string> substitutesByRule(const std::string& airline, const std::string& type) {
+std::vector<std::string> substitutesByRule(std::string_view airline, std::string_view type) {
     std::vector<std::string> found;
     const auto& own = AirlineTable.at(airline);
     if (!own.contains(type)) {
-        for (const CategorizedType& other : SimilarWithLiveries.at(type)) {
+        for (const CategorizedType& other : SimilarWithLiveries.find(type)->second) {
             if (own.contains(other.type)) {
                 found.emplace_back(other.type);
             }

@@ -59,7 +59,7 @@ TEST(ClearingFolders, aFileThatCannotBeRemovedIsAnErrorLineAndTheWalkGoesOn) {
     const std::vector<std::string> errors = log.errors();
     EXPECT_GE(errors.size(), 3u);
     for (const std::string& line : errors) {
-        EXPECT_THAT(line, MatchesRegex("==> Failed to remove /proc/self/fdinfo/[0-9]+ \\(.+\\)"));
+        EXPECT_THAT(line, MatchesRegex("==> Failed to remove \\\\proc\\\\self\\\\fdinfo\\\\[0-9]+ \\(.+\\)"));
     }
 }
 

@@ -52,6 +52,17 @@ TEST(StartUpThreads, makesTheWorkingFoldersAndDeletesOutOfDateFiles) {
     EXPECT_FALSE(fs::exists(run.folder() / "input" / "AIG-regcodes00.xml"));
 }
 
+TEST(StartUpThreads, anOutOfDateFileThatCannotBeDeletedIsAnErrorLineAndCostsNothing) {
+    ProgramRun run;
+    writeFile(run.folder() / "input" / "AIG-regcodes0.xml" / "inside", "x");
+    writeFile(run.folder() / "input" / "AIG-regcodes00.xml", "old");
+    run.start({"--production"});
+    ASSERT_TRUE(run.ends()) << run.log();
+    EXPECT_TRUE(run.logs("==> Failed to remove input\\AIG-regcodes0.xml (")) << run.log();
+    EXPECT_FALSE(fs::exists(run.folder() / "input" / "AIG-regcodes00.xml"));
+    EXPECT_EQ(run.quitCode(), 0);
+}
+
 TEST(StartUpThreads, clearTextThatAKilledProcessLeftIsRemoved) {
     ProgramRun run;
     for (const char* file : {"dbase.xml", "airports.xml", "AIG-regcodes.xml"}) {

@@ -2,9 +2,7 @@
 // What only a machine with these names and links can show.
 #include "liveries/folder_walk.h"
 
-#include <string>
 #include <unistd.h>
-#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -19,32 +17,20 @@ using testing::IsEmpty;
 
 namespace {
 
-class UnusualFolders : public ScanTest {
-protected:
-    static std::vector<std::string> filesIn(const fs::path& folder) {
-        std::vector<std::string> files;
-        walkFolder(
-            folder, [](std::string_view) { return true; },
-            [&files](const ScannedFile& file) {
-                files.push_back(file.text);
-                return true;
-            });
-        return files;
-    }
-};
+class UnusualFolders : public ScanTest {};
 
 } // namespace
 
 TEST_F(UnusualFolders, aLinkThatLoopsIsNotFollowed) {
     writeFile("x/ac/aircraft.cfg", "");
     fs::create_directory_symlink("..", "x/ac/loop");
-    EXPECT_THAT(filesIn("x"), ElementsAre("x\\ac\\aircraft.cfg"));
+    EXPECT_THAT(filesToScan("x"), ElementsAre("x\\ac\\aircraft.cfg"));
 }
 
 TEST_F(UnusualFolders, aNameThatIsNoTextIsReadAllTheSame) {
     const fs::path folder = fs::path("x") / "ac\xFF";
     makeAircraft(folder, general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
-    ASSERT_THAT(filesIn("x"), ElementsAre("x\\ac\xEF\xBF\xBD\\aircraft.cfg"));
+    ASSERT_THAT(filesToScan("x"), ElementsAre("x\\ac\xEF\xBF\xBD\\aircraft.cfg"));
     EXPECT_TRUE(lf_scanFolders({"x"}));
 }
 
@@ -58,7 +44,7 @@ TEST_F(UnusualFolders, aFolderThatCannotBeReadCostsItself) {
         if (geteuid() == 0) {
             GTEST_SKIP() << "this process cannot become another user";
         }
-        EXPECT_THAT(filesIn("x"), ElementsAre("x\\open\\aircraft.cfg"));
+        EXPECT_THAT(filesToScan("x"), ElementsAre("x\\open\\aircraft.cfg"));
     }
     fs::permissions("x/closed", fs::perms::owner_all);
 }

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/liveries/scan_test.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/windows/folder_link.h"
 
@@ -16,17 +17,7 @@ TEST(FolderLinks, oneBackToAFolderRoundItIsNotGoneInto) {
         GTEST_SKIP() << "no links can be made here";
     }
     std::vector<std::string> entered;
-    std::vector<std::string> files;
-    walkFolder(
-        "x",
-        [&entered](std::string_view inner) {
-            entered.emplace_back(inner);
-            return true;
-        },
-        [&files](const ScannedFile& file) {
-            files.push_back(file.text);
-            return true;
-        });
+    const std::vector<std::string> files = filesToScan("x", &entered);
     EXPECT_THAT(entered, testing::ElementsAre("x", "x\\ac"));
     EXPECT_THAT(files, testing::ElementsAre("x\\ac\\aircraft.cfg"));
 }
