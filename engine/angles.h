@@ -15,6 +15,9 @@ double headingDifference(double toRad, double fromRad);
 /// Degrees eastward, -180 to 180, the shorter way round the earth.
 double longitudeDifference(double to, double from);
 
+/// What moves no farther stands.
+inline constexpr double hardlyMovedDegrees = 0.00015;
+
 /// Within so many degrees of each other on both axes.
 bool isWithinDegrees(const LatLon& a, const LatLon& b, double degrees);
 

@@ -7,8 +7,11 @@
 #include <utility>
 
 #include "core/geography.h"
+#include "core/slot_clock.h"
+#include "engine/aircraft_log.h"
 #include "engine/aircraft_tables.h"
 #include "engine/airport_in_use.h"
+#include "engine/angles.h"
 #include "engine/identity.h"
 #include "engine/new_aircraft.h"
 #include "engine/sample_decoding.h"
@@ -39,6 +42,14 @@ constexpr double taxiKnots = 30;
 constexpr double taxiTurnDegrees = 2;
 constexpr double taxiGapNm = 20 * nmPerMeter;
 constexpr double longestGapSeconds = 15;
+
+// As many seconds as a leg may be made longer, twice: a gap of more, which no slots have filled, is flown at more than
+// twice the speed.
+constexpr double mostAheadSeconds = 20;
+// About as long an aircraft flies on without records, and can wait for a feed that is no more than that behind.
+constexpr double mostBackSeconds = 90;
+// A stamp that stands alone is an error of its source. As long as this the aircraft has samples to fly on.
+constexpr double believedAfterSeconds = 15;
 
 constexpr double airportInterestFeet = 10000;
 constexpr double overRunwayFeet = 108;
@@ -100,17 +111,72 @@ bool isKnownByName(const FeedRecord& record) {
            });
 }
 
+double secondsSince(std::int32_t slot) {
+    return static_cast<double>(slotClock - slot) / slotsPerSecond;
+}
+
+/// Slots and feed pass alike, but not where a flight did not run, a computer slept or the feed was wound on: what comes
+/// then has too far to go for the time there is. A feed that was wound back tells nothing new for as long.
+bool isOfAnotherTime(double knownTime, std::int32_t knownSlot, double feedTime) {
+    const double gapSeconds = feedTime - knownTime;
+    return gapSeconds > 2 * secondsSince(knownSlot) + mostAheadSeconds || gapSeconds < -mostBackSeconds;
+}
+
+void takeFeedTime(LiveAircraft& aircraft, double feedTime) {
+    aircraft.lastFeedTime = feedTime;
+    aircraft.lastFeedSlot = slotClock;
+    aircraft.firstStraySlot = noStray;
+}
+
+/// A line that comes again, or a second source that lags behind, goes on in no time of its own.
+bool goesOnFromStray(const LiveAircraft& aircraft, double feedTime) {
+    return aircraft.firstStraySlot != noStray && feedTime > aircraft.firstStrayTime &&
+           !isOfAnotherTime(aircraft.firstStrayTime, aircraft.firstStraySlot, feedTime);
+}
+
+bool standsWhereItStood(const LiveAircraft& aircraft, const Sample& sample) {
+    return !aircraft.stream.empty() && isWithinDegrees(positionOf(aircraft.stream[aircraft.stream.size() - 1]),
+                                                       positionOf(sample), hardlyMovedDegrees);
+}
+
+/// None of them joins the stream. An aircraft that has not moved goes on in the other time; one that has goes, and its
+/// next record begins it anew where it is now.
+void meetAnotherTime(LiveAircraft& aircraft, const FeedRecord& record) {
+    if (!goesOnFromStray(aircraft, record.feedTime)) {
+        aircraft.firstStrayTime = record.feedTime;
+        aircraft.firstStraySlot = slotClock;
+    }
+    if (secondsSince(aircraft.firstStraySlot) < believedAfterSeconds) {
+        return;
+    }
+    if (standsWhereItStood(aircraft, record.sample)) {
+        takeFeedTime(aircraft, record.feedTime);
+    } else {
+        removeSaying(aircraft, "the time of its feed has jumped");
+    }
+}
+
 void processKnown(LiveAircraft& aircraft, const FeedRecord& record) {
     const bool isLeaving =
         aircraft.lifeState == LifeState::liveryrespawn || aircraft.lifeState == LifeState::removingfromsim;
-    if (isLeaving || isToBeDropped(aircraft, record)) {
+    if (isLeaving) {
+        return;
+    }
+    if (isOfAnotherTime(aircraft.lastFeedTime, aircraft.lastFeedSlot, record.feedTime)) {
+        meetAnotherTime(aircraft, record);
+        return;
+    }
+    if (record.feedTime > aircraft.lastFeedTime) {
+        aircraft.firstStraySlot = noStray;
+    }
+    if (isToBeDropped(aircraft, record)) {
         return;
     }
     if (aircraft.lifeState == LifeState::buffer && hangsOverRunway(record.sample.alt)) {
         return;
     }
     if (checkIdentity(aircraft, record)) {
-        aircraft.lastFeedTime = record.feedTime;
+        takeFeedTime(aircraft, record.feedTime);
         decodeExisting(aircraft, record.sample);
     }
 }

@@ -43,10 +43,11 @@ enum class SamplesLostTo : std::uint8_t {
     longHolding,
     airborneOnly,
     unwantedCategory,
-    rangeEdge,
+    rangeEdge, ///< also before its creation
 };
 
 inline constexpr std::int32_t initialTimeShiftSlots = 1000;
+inline constexpr std::int32_t noStray = -1;
 inline constexpr double initialAltAboveGroundFeet = 2500;
 
 /// What each slot reads and writes stands together, from hexid to the beginning of the curve: with thousands of
@@ -127,6 +128,10 @@ struct LiveAircraft : AircraftRecord {
     std::uint8_t turning = 0;       ///< the heading error exceeds 3 degrees on the ground
 
     SamplesLostTo samplesLostTo = SamplesLostTo::nothing; ///< the last time; for the log alone
+
+    std::int32_t lastFeedSlot = 0;         ///< slotClock when lastFeedTime was taken
+    std::int32_t firstStraySlot = noStray; ///< slotClock at the first of the records of another time, if any came
+    double firstStrayTime = 0;             ///< its stamp
 };
 
 /// No curve, and nothing travelled on it.

@@ -10,6 +10,7 @@
 
 #include "core/log.h"
 #include "core/parameters.h"
+#include "core/slot_clock.h"
 #include "core/text_hash.h"
 #include "engine/aircraft_tables.h"
 #include "engine/feed_filter.h"
@@ -56,6 +57,7 @@ LiveAircraft aircraftOf(FeedRecord&& record, std::string model) {
     aircraft.model = std::move(model);
     takeCategoryLimits(aircraft);
     aircraft.lastFeedTime = record.feedTime;
+    aircraft.lastFeedSlot = slotClock;
     aircraft.stream.pushBack(record.sample);
     return aircraft;
 }

@@ -21,7 +21,6 @@ namespace {
 
 constexpr std::size_t longestStream = 200;
 
-constexpr double hardlyMovedDegrees = 0.00015;
 constexpr double rollingKnots = 30; ///< a take-off roll does not stop from this speed
 constexpr double fastKnots = 50;    ///< nor does a report of no speed mean anything after this one
 

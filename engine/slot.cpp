@@ -75,6 +75,7 @@ void serve(const EngineMessage& message) {
     case EngineMessageKind::staticData: staticDataArrived(message); break;
     case EngineMessageKind::blockAircraft: block(message); break;
     case EngineMessageKind::creationRefused: creationRefused(message); break;
+    case EngineMessageKind::tooManyObjects: creationHadNoRoom(message); break;
     }
 }
 

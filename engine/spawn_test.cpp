@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "core/injection_radius.h"
 #include "core/parameters.h"
 #include "core/slot_clock.h"
 #include "engine/aircraft_log.h"
@@ -23,6 +24,9 @@ constexpr std::int32_t marginSlots = 100;
 constexpr std::int32_t rollingMarginSlots = 300;
 constexpr std::size_t busyCreateQueue = 10;
 constexpr double fartherNm = 0.1;
+/// Seldom more from this test to the first look for the new object: the creations before it, and the looks' second.
+constexpr double secondsToFirstLook = 7;
+constexpr double secondsPerHour = 3600;
 
 /// What is created must have a future, the more so if it moves on the ground.
 bool isDue(const LiveAircraft& aircraft) {
@@ -68,6 +72,14 @@ std::size_t liveCount() {
 
 double nmFromUser(const LatLon& position) {
     return greatCircleNm(positionOf(gUserState), position);
+}
+
+/// The simulator is asked for what is within the range alone. What is created beyond it would never be recognised, and
+/// so neither driven nor removed: a fast user may have left it behind since the feed told of it.
+bool isLeftBehind(const LiveAircraft& aircraft) {
+    const double leavesNm = gUserState.groundSpeed * secondsToFirstLook / secondsPerHour;
+    return aircraft.phase == FlightPhase::birth && isPosition(positionOf(gUserState)) &&
+           nmFromUser(positionOf(aircraft.stream[0])) + leavesNm > gRadiusNm;
 }
 
 /// There is room, or it is made.
@@ -143,6 +155,8 @@ void lf_spawnTest(LiveAircraft& aircraft) {
         removeSaying(aircraft, "it is a ghost that was removed before");
     } else if (isPartlyAirborne(stream)) {
         loseHeadTo(SamplesLostTo::takeOffOrLanding, aircraft);
+    } else if (isLeftBehind(aircraft)) {
+        loseHeadTo(SamplesLostTo::rangeEdge, aircraft);
     } else if (mustWaitForQueue(aircraft)) {
         loseHeadTo(SamplesLostTo::creationQueue, aircraft);
     } else if (const char* objection = objectionTo(aircraft)) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <mutex>
+
 #include <fmt/format.h>
 
 #include "core/exit_reason.h"
@@ -15,6 +17,7 @@
 #include "engine/aircraft_tables.h"
 #include "feed/feed_reset.h"
 #include "feed/real_traffic_link.h"
+#include "feed/sample_queue.h"
 #include "platform/clock.h"
 #include "sim/object_life.h"
 #include "sim/object_queues.h"
@@ -46,13 +49,20 @@ void followUser() {
     }
 }
 
+/// Nobody takes them: they would grow without end, and be flown an age too late.
+void loseFeedRecords() {
+    const std::lock_guard lock(gTrafficMutex);
+    gLiveSampleQueue.clear();
+}
+
 /// Waits for a client. The run stands still meanwhile, but what is to leave the simulator leaves it, and the
 /// simulator's session keeps hearing where the user is: after a gap it would take a user in flight for one who has
-/// moved elsewhere.
+/// moved elsewhere. The feed may go on without its link; what it brings is lost.
 bool waitWhileTheRunStands() {
     platform::SteadyTime nextRequest = platform::steadyNow();
     return waitForClient([&nextRequest] {
         handOnRemoval();
+        loseFeedRecords();
         if (platform::steadyNow() >= nextRequest) {
             followUser();
             nextRequest += positionInterval;

@@ -1,8 +1,13 @@
 #include "engine/feed_filter.h"
 
+#include <gmock/gmock.h>
+
 #include <limits>
 
 #include "tests/engine/engine_test.h"
+
+using ::testing::Contains;
+using ::testing::EndsWith;
 
 namespace {
 
@@ -14,6 +19,7 @@ protected:
     static LiveAircraft& known(const Sample& last) {
         LiveAircraft& aircraft = give(last.airborne != 0 ? flying() : taxiing(), last);
         aircraft.lastFeedTime = firstTime;
+        aircraft.lastFeedSlot = testSlot;
         aircraft.origin = "AMS";
         aircraft.destination = "LHR";
         return aircraft;
@@ -129,6 +135,141 @@ TEST_F(FeedFilter, anEmptyStreamHasNothingToCompareWith) {
     processFeedRecord(recordOf(airSample(1, 0, 1000), firstTime));
     EXPECT_TRUE(aircraft.stream.empty());
     EXPECT_EQ(aircraft.lastFeedTime, firstTime);
+}
+
+// Another time: the feed has gone on without the slots.
+
+TEST_F(FeedFilter, afterAGapWithoutSlotsAnAircraftInFlightGoesAndIsBegunAnew) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int i = 0; i < 15; ++i) {
+        EXPECT_FALSE(accepts(aircraft, airSample(40 + i, 0, 1000), 300 + i));
+        EXPECT_EQ(aircraft.lifeState, LifeState::active) << i;
+        slotClock += slotsPerSecond;
+    }
+    EXPECT_FALSE(accepts(aircraft, airSample(55, 0, 1000), 315));
+    EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+    EXPECT_THAT(log.lines(), Contains(EndsWith(" goes: the time of its feed has jumped")));
+
+    liveTable.clear(); // as the simulator's answer does it
+    processFeedRecord(recordOf(airSample(43, 0, 1000), firstTime + 330));
+    ASSERT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(liveTable[0].lastFeedSlot, slotClock);
+}
+
+TEST_F(FeedFilter, afterSuchAGapABufferedAircraftIsDroppedAndBegunAnew) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    aircraft.lifeState = LifeState::buffer;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(accepts(aircraft, airSample(40 + i, 0, 1000), 300 + 10 * i));
+        slotClock += 10 * slotsPerSecond;
+    }
+    EXPECT_EQ(aircraft.dropRecord, 1);
+}
+
+TEST_F(FeedFilter, aGapThatTheSlotsSoonMakeUpForCostsNoAircraftHoweverDenseTheFeed) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    int accepted = 0;
+    for (int i = 0; i < 30; ++i) {
+        accepted += accepts(aircraft, airSample(4 + 0.125 * i, 0, 1000 + slotsPerSecond * i), 34 + i) ? 1 : 0;
+        slotClock += slotsPerSecond;
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_GT(accepted, 0);
+}
+
+TEST_F(FeedFilter, aSecondSourceThatLagsFarBehindCostsNoAircraft) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int second = 1; second <= 100; ++second) {
+        slotClock += slotsPerSecond;
+        if (second % 3 == 0) {
+            EXPECT_FALSE(accepts(aircraft, airSample(-10, 0, 100 * second), second - 120.0)) << second;
+        }
+        if (second % 10 == 0) {
+            EXPECT_TRUE(accepts(aircraft, airSample(0.1 * second, 0, 100 * second), second)) << second;
+        }
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+}
+
+TEST_F(FeedFilter, anOldLineThatComesAgainAndAgainCostsNoAircraft) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_FALSE(accepts(aircraft, airSample(-10, 0, 1000), -5000));
+        slotClock += 5 * slotsPerSecond;
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+}
+
+TEST_F(FeedFilter, aGapThatTheSlotsHaveFilledIsNone) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    slotClock += 70 * slotsPerSecond;
+    EXPECT_TRUE(accepts(aircraft, airSample(5, 0, 10000), 70));
+    EXPECT_EQ(aircraft.lastFeedSlot, testSlot + 70 * slotsPerSecond);
+}
+
+TEST_F(FeedFilter, aBriefGapWithoutSlotsIsFlown) {
+    slotClock += 10 * slotsPerSecond;
+    EXPECT_TRUE(accepts(known(airSample(0, 0, 0)), airSample(3, 0, 1000), 40));
+    liveTable.clear();
+    EXPECT_FALSE(accepts(known(airSample(0, 0, 0)), airSample(3, 0, 1000), 40.1));
+}
+
+TEST_F(FeedFilter, oneStampFromTheFutureCostsItsRecordAlone) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int i = 1; i <= 4; ++i) {
+        slotClock += 10 * slotsPerSecond;
+        EXPECT_FALSE(accepts(aircraft, airSample(i - 0.5, 0, 1000 * i - 500), 1e12));
+        EXPECT_TRUE(accepts(aircraft, airSample(i, 0, 1000 * i), 10 * i)) << i;
+    }
+    EXPECT_EQ(aircraft.lastFeedTime, firstTime + 40);
+}
+
+TEST_F(FeedFilter, afterTheFeedWasWoundBackAnAircraftInFlightGoes) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(aircraft.lifeState, LifeState::active);
+        EXPECT_FALSE(accepts(aircraft, airSample(-40 + i, 0, 1000), -7200 + 10 * i));
+        slotClock += 10 * slotsPerSecond;
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::removingfromsim);
+}
+
+TEST_F(FeedFilter, anAircraftThatBeganWithAStampFromTheFutureIsBegunAnew) {
+    processFeedRecord(recordOf(airSample(0, 0, 3000), 1000 * firstTime)); // in milliseconds
+    for (int i = 1; i <= 4; ++i) {
+        slotClock += 5 * slotsPerSecond;
+        processFeedRecord(recordOf(airSample(i, 0, 3000 + 500 * i), firstTime + 5 * i));
+    }
+    ASSERT_EQ(liveTable.size(), 1u);
+    EXPECT_EQ(liveTable[0].dropRecord, 1);
+}
+
+TEST_F(FeedFilter, aFeedThatIsALittleBehindIsWaitedFor) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int i = 0; i < 9; ++i) {
+        EXPECT_FALSE(accepts(aircraft, airSample(-9 + i, 0, 1000), -90 + 10 * i));
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_TRUE(accepts(aircraft, airSample(1, 0, 1000), 10));
+}
+
+TEST_F(FeedFilter, aLineFromLongAgoCostsItselfAlone) {
+    LiveAircraft& aircraft = known(airSample(0, 0, 0));
+    for (int i = 1; i <= 4; ++i) {
+        EXPECT_FALSE(accepts(aircraft, airSample(i - 0.5, 0, 1000 * i - 500), -5000));
+        EXPECT_TRUE(accepts(aircraft, airSample(i, 0, 1000 * i), 10 * i)) << i;
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+}
+
+TEST_F(FeedFilter, whatStandsStaysInAnotherTime) {
+    LiveAircraft& aircraft = known(groundSample(0, 0, 0, 0));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(accepts(aircraft, groundSample(0, 0, 1000, 0), 300 + 10 * i));
+        slotClock += 10 * slotsPerSecond;
+    }
+    EXPECT_EQ(aircraft.lifeState, LifeState::active);
+    EXPECT_TRUE(accepts(aircraft, groundSample(0.1, 0, 3000, 10), 360));
 }
 
 // Speed.

@@ -257,6 +257,27 @@ TEST_F(ScriptedFlights, aDescentKeepsItsHeights) {
     EXPECT_LT(figures.worstHeightFeet, 15);
 }
 
+TEST_F(ScriptedFlights, afterFiveMinutesWithoutSlotsItIsCreatedAnewInsteadOfRacing) {
+    constexpr int pauseSlot = 8000;
+    for (int slot = 0; slot < 2 * pauseSlot; ++slot) {
+        if (slot % 500 == 0) {
+            world.feed(recordAt(straight(1), slot * secondsPerSlot + (slot < pauseSlot ? 0 : 300)));
+        }
+        world.slot();
+    }
+    EXPECT_EQ(world.created(), 2u);
+    const std::vector<FlownSlot>& slots = world.flown().begin()->second;
+    double worstStep = 0;
+    for (std::size_t i = 1; i < slots.size(); ++i) {
+        const PositionUpdate& before = slots[i - 1].at;
+        const PositionUpdate& now = slots[i].at;
+        if (before.objectId == now.objectId) {
+            worstStep = std::max(worstStep, metresBetween({before.lat, before.lon}, {now.lat, now.lon}));
+        }
+    }
+    EXPECT_LT(worstStep, 1.1 * metresPerSecond * secondsPerSlot);
+}
+
 TEST_F(ScriptedFlights, gapsOfOneToThirtySecondsAreFlownOver) {
     std::mt19937 random(7);
     std::uniform_real_distribution<double> gaps(1, 30);

@@ -231,10 +231,9 @@ TEST_F(Slot, anAircraftWhoseFailureCannotEvenBeLoggedCostsItsSlotAndNothingElse)
 
 TEST_F(Slot, aRemovalThatCannotBeHandedOnWaitsAndTheRestOfTheSlotIsDone) {
     removalQueue.push_back(4711);
-    removeRequests.resize(removeRequests.capacity());
-    const std::size_t waiting = removeRequests.size();
+    removeRequests = std::vector<std::uint32_t>(8); // without room for one more
     feed(20000);
-    const FailingAllocation noMemory(waiting * sizeof(removeRequests[0]));
+    const FailingAllocation noMemory((removeRequests.size() + 1) * sizeof(removeRequests[0]));
     slots(1);
     EXPECT_THAT(log.lines(), ElementsAre("stepObjectQueues exception: std::bad_alloc"));
     EXPECT_THAT(removalQueue, ElementsAre(4711));
@@ -537,6 +536,16 @@ TEST_F(Slot, whatIsDroppedLeavesNoFlightPlanBehind) {
         EXPECT_FALSE(std::filesystem::exists(lf_flightPlanPath(testHexid))) << withAll;
     }
     gf_removeFlightPlanFolder();
+}
+
+TEST_F(Slot, anAircraftThatFoundNoRoomMayComeAgain) {
+    flying().lifeState = LifeState::adding2sim;
+    tell(EngineMessageKind::tooManyObjects, 0, testHexid);
+    slots(1);
+    EXPECT_THAT(liveTable, IsEmpty());
+    feed(testHexid);
+    slots(1);
+    EXPECT_THAT(liveTable, SizeIs(1));
 }
 
 TEST_F(Slot, tooManyRefusedLiveriesReachTheTop) {

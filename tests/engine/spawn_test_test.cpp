@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "core/injection_radius.h"
 #include "tests/engine/engine_test.h"
 
 using ::testing::Contains;
@@ -103,6 +104,47 @@ TEST_F(SpawnTest, aGhostGoesWhileItsRealSelfIsThere) {
     real.lifeState = LifeState::removingfromsim;
     aircraft.dropRecord = 0;
     EXPECT_TRUE(creates(aircraft));
+}
+
+TEST_F(SpawnTest, whatLiesBeyondTheRangeIsNotCreated) {
+    LiveAircraft& within = buffered(airSample(gRadiusNm - 0.01, 0, due), airSample(gRadiusNm + 1, 0, due + 1000));
+    EXPECT_TRUE(creates(within));
+    LiveAircraft& beyond = buffered(airSample(gRadiusNm + 0.01, 0, due), airSample(gRadiusNm + 1, 0, due));
+    EXPECT_FALSE(creates(beyond));
+    lf_spawnTest(beyond);
+    EXPECT_EQ(beyond.dropRecord, 1);
+    EXPECT_TRUE(
+        log.contains("                   KLM123   PH-ABC KLM A320 goes: its positions end at the edge of the range"));
+}
+
+TEST_F(SpawnTest, whatComesIntoTheRangeIsCreatedThere) {
+    LiveAircraft& aircraft = buffered(airSample(gRadiusNm + 0.5, 0, due), airSample(gRadiusNm - 0.5, 0, due + 1000),
+                                      airSample(gRadiusNm - 1.5, 0, due + 2000));
+    EXPECT_FALSE(creates(aircraft));
+    EXPECT_FALSE(creates(aircraft)) << "its first position within is still to come";
+    slotClock += 1000;
+    EXPECT_TRUE(creates(aircraft));
+}
+
+TEST_F(SpawnTest, aFastUserLeavesWhatIsAtTheEdgeBehind) {
+    LiveAircraft& aircraft = buffered(airSample(gRadiusNm - 0.9, 0, due), airSample(gRadiusNm, 0, due + 1000));
+    gUserState.groundSpeed = 480;
+    EXPECT_FALSE(creates(aircraft));
+    gUserState.groundSpeed = 0;
+    aircraft.stream.pushFront(airSample(gRadiusNm - 0.9, 0, due));
+    EXPECT_TRUE(creates(aircraft));
+}
+
+TEST_F(SpawnTest, whatIsMadeAnewMayLieAtTheEdge) {
+    LiveAircraft& aircraft = buffered(airSample(gRadiusNm - 0.1, 0, due), airSample(gRadiusNm, 0, due + 1000));
+    gUserState.groundSpeed = 480;
+    aircraft.phase = FlightPhase::flying;
+    EXPECT_TRUE(creates(aircraft));
+}
+
+TEST_F(SpawnTest, withoutAUserNothingIsBeyondTheRange) {
+    gUserState = {};
+    EXPECT_TRUE(creates(bufferedInTheAir()));
 }
 
 TEST_F(SpawnTest, aMixOfGroundAndAirIsWornOffASampleASlot) {

@@ -17,6 +17,7 @@
 #include "engine/aircraft_tables.h"
 #include "feed/qnh_reader.h"
 #include "feed/real_traffic_link.h"
+#include "feed/sample_queue.h"
 #include "feed/traffic_reader.h"
 #include "platform/clock.h"
 #include "sim/object_queues.h"
@@ -535,6 +536,14 @@ TEST_F(RealTraffic, whileItWaitsOneObjectLeavesTheSimulatorWithEachPoll) {
     waitInVain(2s);
     EXPECT_THAT(removeRequests, ElementsAre(71u, 72u, 73u, 74u));
     EXPECT_THAT(removalQueue, IsEmpty());
+}
+
+TEST_F(RealTraffic, whileItWaitsWhatTheFeedBringsIsLost) {
+    connectClient();
+    loseClient();
+    gLiveSampleQueue.push(FeedRecord{});
+    waitInVain(1s);
+    EXPECT_TRUE(gLiveSampleQueue.empty());
 }
 
 TEST_F(RealTraffic, whileItWaitsTheUsersPositionIsAskedForOnceASecond) {
