@@ -17,6 +17,7 @@ enum class EngineMessageKind : std::int32_t {
     staticData = 4,      ///< objectId, a is "Static CG to Ground" in feet, b "Static Pitch" in radians
     blockAircraft = 5,   ///< id is the hexid
     creationRefused = 6, ///< id is the hexid
+    tooManyObjects = 7,  ///< id is the hexid; its creation has failed for want of room
 };
 
 struct EngineMessage {

@@ -88,6 +88,13 @@ bool lf_writeFlightPlan(const fs::path& path, const AircraftRecord& aircraft) {
          << "</FlightPlan.FlightPlan>\n"
          << "</SimBase.Document>\n"
          << '\n';
+    file.close();
+    if (!file) {
+        // The disk is full: half a plan is worse than none.
+        std::error_code ignored;
+        fs::remove(path, ignored);
+        return false;
+    }
     return true;
 }
 

@@ -268,6 +268,17 @@ void creationRefused(const EngineMessage& message) {
     }
 }
 
+void creationHadNoRoom(const EngineMessage& message) {
+    if (message.id > highestStaticHexid) {
+        if (LiveAircraft* live = findLiveByHexid(message.id)) {
+            log(fmt::format("          {} goes: the simulator holds too many objects", longLine(*live)));
+            eraseLive(*live);
+        }
+    } else if (AircraftRecord* parked = findStaticByHexid(message.id)) {
+        eraseStaticBySwap(*parked);
+    }
+}
+
 void eraseDroppedLive() {
     for (LiveAircraft& aircraft : liveTable) {
         if (isDropped(aircraft)) {

@@ -23,6 +23,9 @@ void objectRemoved(const EngineMessage& message);
 void staticDataArrived(const EngineMessage& message);
 /// The simulator cannot create the livery; the record goes. Throws as gf_noteFailedTitle does.
 void creationRefused(const EngineMessage& message);
+/// The simulator is full; the record goes. Its livery is as good as before, and a live aircraft may come again with its
+/// next feed record.
+void creationHadNoRoom(const EngineMessage& message);
 
 /// Erases the live aircraft that are marked for dropping as compactLiveTable does, and what one that was to be made
 /// anew has left on the disk. Needs no lock.

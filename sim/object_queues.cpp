@@ -20,6 +20,9 @@ namespace {
 
 constexpr std::int32_t slotsPerRemoval = 10;
 constexpr std::int32_t slotsPerCreation = 50;
+// What a second may bring. While the frames stand no more piles up, or the first one after a stall would send it all.
+constexpr std::size_t mostRemovalsToFrame = 10;
+constexpr std::size_t mostCreationsToFrame = 2;
 
 /// By hexid: a live aircraft and its static twin may have the same call sign.
 bool withdraw(std::deque<CreateRequest>& queue, const AircraftRecord& aircraft) {
@@ -56,13 +59,15 @@ void queueRemoval(const AircraftRecord& aircraft) {
 
 /// Whether there was one.
 template <typename Element>
-bool handOnFirst(std::deque<Element>& queue, std::vector<Element>& toFrame) {
+bool handOnFirst(std::deque<Element>& queue, std::vector<Element>& toFrame, std::size_t mostToFrame) {
     if (queue.empty()) {
         return false;
     }
     const std::lock_guard lock(simLock);
-    toFrame.push_back(std::move(queue.front()));
-    queue.pop_front();
+    if (toFrame.size() < mostToFrame) {
+        toFrame.push_back(std::move(queue.front()));
+        queue.pop_front();
+    }
     return true;
 }
 
@@ -92,13 +97,13 @@ void stepObjectQueues(std::int32_t slot) {
     if (slot % slotsPerRemoval == 0) {
         handOnRemoval();
     }
-    if (slot % slotsPerCreation == 0 && !handOnFirst(liveCreateQueue, createRequests)) {
-        handOnFirst(staticCreateQueue, createRequests);
+    if (slot % slotsPerCreation == 0 && !handOnFirst(liveCreateQueue, createRequests, mostCreationsToFrame)) {
+        handOnFirst(staticCreateQueue, createRequests, mostCreationsToFrame);
     }
 }
 
 void handOnRemoval() {
-    handOnFirst(removalQueue, removeRequests);
+    handOnFirst(removalQueue, removeRequests, mostRemovalsToFrame);
 }
 
 void resetObjectQueues() {

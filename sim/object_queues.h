@@ -18,7 +18,8 @@ extern std::deque<std::uint32_t> removalQueue; ///< object ids
 /// withdrawn; an object that is just coming into being goes when it would become active.
 void removeAircraftFromSim(AircraftRecord& aircraft);
 
-/// Once a slot: hands on one removal every 10 slots, and one creation every 50.
+/// Once a slot: hands on one removal every 10 slots, and one creation every 50, but never more than those of a second
+/// to one frame.
 void stepObjectQueues(std::int32_t slot);
 /// One removal, if any waits: for when no slots run.
 void handOnRemoval();

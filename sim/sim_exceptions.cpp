@@ -43,9 +43,9 @@ std::uint32_t takeRefusedCreation(DWORD packetId) {
     return hexid;
 }
 
-void onCreationRefused(DWORD packetId) {
+void onCreationRefused(DWORD packetId, EngineMessageKind kind) {
     if (const std::uint32_t hexid = takeRefusedCreation(packetId); hexid != 0) {
-        pushEngineMessage({0, hexid, 0, EngineMessageKind::creationRefused, 0, 0});
+        pushEngineMessage({0, hexid, 0, kind, 0, 0});
     }
 }
 
@@ -59,9 +59,12 @@ void onSimException(const SIMCONNECT_RECV_EXCEPTION& exception) {
                                       fmt::format("SimConnect Version Mismatch, dwIndex: {}", +exception.dwIndex));
     case SIMCONNECT_EXCEPTION_TOO_MANY_OBJECTS:
         showMessage("SimConnect: too many objects (max 1000)", LogCopy::yes);
+        onCreationRefused(exception.dwSendID, EngineMessageKind::tooManyObjects);
         break;
     case SIMCONNECT_EXCEPTION_INVALID_DATA_SIZE: log("SIMCONNECT_EXCEPTION_INVALID_DATA_SIZE"); break;
-    case SIMCONNECT_EXCEPTION_CREATE_OBJECT_FAILED: onCreationRefused(exception.dwSendID); break;
+    case SIMCONNECT_EXCEPTION_CREATE_OBJECT_FAILED:
+        onCreationRefused(exception.dwSendID, EngineMessageKind::creationRefused);
+        break;
     case SIMCONNECT_EXCEPTION_LOAD_FLIGHTPLAN_FAILED: logError("SimConnect exception: load flight plan failed"); break;
     case SIMCONNECT_EXCEPTION_OPERATION_INVALID_FOR_OBJECT_TYPE:
         log("SIMCONNECT_EXCEPTION_OPERATION_INVALID_FOR_OBJECT_TYPE");

@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -701,6 +702,17 @@ TEST_F(ObjectLife, duringAnExitARefusedRecordGoesWithoutAWordAndItsTitleIsNoted)
     EXPECT_EQ(shownMessage(), "");
 }
 
+TEST_F(ObjectLife, anAircraftThatFoundNoRoomGoesAndItsTitleIsAsGoodAsBefore) {
+    addLive(FlightPhase::flying).liveryTitle = "FSX A320 Swiss";
+    addStatic().liveryTitle = "FSX A320 Swiss";
+    creationHadNoRoom({0, liveHexid, 0, EngineMessageKind::tooManyObjects, 0, 0});
+    creationHadNoRoom({0, staticHexid, 0, EngineMessageKind::tooManyObjects, 0, 0});
+    EXPECT_THAT(liveTable, IsEmpty());
+    EXPECT_THAT(staticTable, IsEmpty());
+    EXPECT_THAT(FailedTitles, IsEmpty());
+    EXPECT_THAT(log.lines(), Contains(EndsWith(" goes: the simulator holds too many objects")));
+}
+
 TEST_F(ObjectLife, twentyRefusedLiveriesEndTheProgramWithError81) {
     std::vector<std::string> titles;
     for (int i = 0; i < 20; ++i) {
@@ -736,7 +748,8 @@ TEST_F(ObjectLifeThreads, objectsComeAndGoWhileFramesAreFlushed) {
         LiveAircraft& aircraft = addLive(FlightPhase::taxi, liveHexid + i);
         liveCreateQueue.emplace_back().hexid = aircraft.hexid;
     }
-    for (std::int32_t slot = 0; slot < 7000; ++slot) {
+    // What waits for a late frame goes with the slots after it.
+    for (std::int32_t slot = 0; slot < 7000 || !liveCreateQueue.empty() || !removalQueue.empty(); ++slot) {
         const std::lock_guard inbox(inboxLock);
         if (slot % 50 == 25 && slot / 50 < static_cast<std::int32_t>(objects)) {
             EngineMessage message = liveExists(100 + static_cast<std::uint32_t>(slot) / 50);

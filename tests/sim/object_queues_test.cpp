@@ -159,13 +159,33 @@ TEST_F(ObjectQueues, twoCreationsASecondAreHandedOnTheLiveOnesFirst) {
         stepObjectQueues(slot);
     }
     EXPECT_THAT(hexids(createRequests), ElementsAre(101, 102));
+    createRequests.clear(); // as a frame does it
     stepObjectQueues(150);
-    EXPECT_THAT(hexids(createRequests), ElementsAre(101, 102, 7)) << "one static, as no live one waits";
+    EXPECT_THAT(hexids(createRequests), ElementsAre(7)) << "one static, as no live one waits";
     liveCreateQueue.push_back(requestOf(103));
     stepObjectQueues(200);
+    EXPECT_THAT(hexids(createRequests), ElementsAre(7, 103));
+    createRequests.clear();
     stepObjectQueues(250);
     stepObjectQueues(300);
-    EXPECT_THAT(hexids(createRequests), ElementsAre(101, 102, 7, 103, 8));
+    EXPECT_THAT(hexids(createRequests), ElementsAre(8));
+}
+
+TEST_F(ObjectQueues, whileNoFrameComesNoMoreThanASecondsWorthPilesUp) {
+    for (std::uint32_t id = 40; id < 80; ++id) {
+        removalQueue.push_back(id);
+        liveCreateQueue.push_back(requestOf(id));
+    }
+    for (std::int32_t slot = 1; slot <= 2000; ++slot) {
+        stepObjectQueues(slot);
+    }
+    EXPECT_THAT(removeRequests, SizeIs(10));
+    EXPECT_THAT(hexids(createRequests), ElementsAre(40, 41));
+    EXPECT_THAT(removalQueue, SizeIs(30)) << "nothing is lost";
+    EXPECT_THAT(liveCreateQueue, SizeIs(38));
+    flushFrame();
+    stepObjectQueues(2050);
+    EXPECT_THAT(hexids(createRequests), ElementsAre(42));
 }
 
 TEST_F(ObjectQueues, aSlotBelowZeroKeepsThePaceToo) {

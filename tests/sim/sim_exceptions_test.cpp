@@ -47,6 +47,15 @@ TEST_F(SimExceptions, tooManyObjectsAreShownAndLogged) {
     EXPECT_THAT(log.lines(), ElementsAre("SimConnect: too many objects (max 1000)"));
 }
 
+TEST_F(SimExceptions, aCreationThatFailedForWantOfRoomIsToldAndLeavesTheSentList) {
+    sentCreation(31, 20001);
+    sentCreation(32, 20002);
+    dispatch(exceptionRecord(11, 31));
+    EXPECT_THAT(inbox(), ElementsAre(EngineMessage{0, 20001, 0, EngineMessageKind::tooManyObjects, 0, 0}));
+    ASSERT_THAT(sentList, SizeIs(1));
+    EXPECT_EQ(sentList[0].hexid, 20002U);
+}
+
 TEST_F(SimExceptions, anInvalidDataSizeIsLogged) {
     dispatch(exceptionRecord(19));
     EXPECT_THAT(log.lines(), ElementsAre("SIMCONNECT_EXCEPTION_INVALID_DATA_SIZE"));
