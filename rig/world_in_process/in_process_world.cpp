@@ -29,6 +29,14 @@ Client* clientOf(HANDLE handle) {
     return found == clients.end() ? nullptr : found->second.get();
 }
 
+/// Only once the client has seen its last records: a simulator that quits is there a little longer than its word.
+void noteFailed(HANDLE handle) {
+    const std::lock_guard guard(frontLock);
+    if (Client* const client = clientOf(handle)) {
+        client->failed = true;
+    }
+}
+
 bool isWorking(const Client& client) {
     return client.session != nullptr && !client.failed;
 }
@@ -147,10 +155,12 @@ HRESULT SimConnect_CallDispatch(HANDLE handle, DispatchProc procedure, void* con
         works = isWorking(*client);
         if (works) {
             output = client->session->takeOutput();
-            client->failed = output.ends;
         }
     }
     dispatchAll(output.records, procedure, context);
+    if (output.ends) {
+        noteFailed(handle);
+    }
     return works && !output.ends ? S_OK : E_FAIL;
 }
 

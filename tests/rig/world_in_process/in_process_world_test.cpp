@@ -132,6 +132,21 @@ TEST_F(InProcessWorldFront, aSimulatorThatQuitsSaysSoAndThenTheLinkFails) {
     EXPECT_EQ(SimConnect_Open(&other, "Tarnwing", nullptr, 0, nullptr, 0), E_FAIL);
 }
 
+TEST_F(InProcessWorldFront, theLinkWorksUntilTheClientHasSeenTheQuit) {
+    rig::InProcessWorld world;
+    ASSERT_EQ(open(), S_OK);
+    world.frames(1);
+    dispatched();
+    world.play(rig::QuitAct{});
+    EXPECT_EQ(SimConnect_AIRemoveObject(client_, 7, 105), S_OK);
+    const auto remove = [](SIMCONNECT_RECV* record, DWORD, void* client) {
+        EXPECT_EQ(record->dwID, DWORD{SIMCONNECT_RECV_ID_QUIT});
+        EXPECT_EQ(SimConnect_AIRemoveObject(client, 7, 105), S_OK);
+    };
+    EXPECT_EQ(SimConnect_CallDispatch(client_, remove, client_), E_FAIL);
+    EXPECT_EQ(SimConnect_AIRemoveObject(client_, 7, 105), E_FAIL);
+}
+
 TEST_F(InProcessWorldFront, aDroppedConnectionFailsAndAnotherOneOpens) {
     rig::InProcessWorld world;
     ASSERT_EQ(open(), S_OK);
