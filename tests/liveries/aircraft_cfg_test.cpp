@@ -146,6 +146,15 @@ TEST_F(AircraftCfg, survivesALineOfTenMegabytes) {
 
 // --- Numbers ---
 
+TEST_F(AircraftCfg, aStopTakesNoFurtherSection) {
+    const auto file = makeAircraft("ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
+    gf_userCloses();
+    EXPECT_THAT(search(file), IsEmpty());
+    EXPECT_TRUE(nothingReported());
+    gf_resetExitReason();
+    EXPECT_THAT(search(file), SizeIs(1)) << "the title was not taken either";
+}
+
 TEST_F(AircraftCfg, sectionTenThousandIsTakenAndTheNextStopsTheFile) {
     const std::string values = "title=One\natc_parking_codes=KLM";
     EXPECT_THAT(searchText(general("A320") + section(10000, values)), SizeIs(1));

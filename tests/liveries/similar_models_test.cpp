@@ -81,6 +81,17 @@ TEST_F(SimilarModels, onlyTypesWithALiveryOfEitherKindCount) {
     EXPECT_EQ(SimilarWithLiveries.size(), 4U);
 }
 
+TEST_F(SimilarModels, ofATypeInTwoGroupsTheFirstListWithALiveryCounts) {
+    gSimilarGroups = {{"A320", "B738"}, {"A319", "A320"}};
+    installLiveries({livery("KLM", "B738", "1")});
+    EXPECT_THAT(namesOf(SimilarWithLiveries.at("A320")), ElementsAre("B738")) << "of A319 there is none";
+    EXPECT_EQ(SimilarWithLiveries.size(), 1U);
+    clearLiveryTables();
+    installLiveries({livery("KLM", "B738", "1"), livery("KLM", "A319", "2")});
+    EXPECT_THAT(namesOf(SimilarWithLiveries.at("A320")), ElementsAre("A319"));
+    EXPECT_EQ(SimilarWithLiveries.size(), 1U) << "A319 and B738 have nothing but A320, which has no livery";
+}
+
 TEST_F(SimilarModels, anAirlineHasSubstitutesForTypesThatItHasNot) {
     gSimilarGroups = {{"A318", "A319", "A320", "A321"}};
     installLiveries({livery("KLM", "A319", "1"), livery("KLM", "A321", "2"), livery("DLH", "A320", "3"),
@@ -97,6 +108,14 @@ TEST_F(SimilarModels, aLongAirlineCodeCountsByItsFirstThreeCharacters) {
     installLiveries({livery("KLMX", "A319", "1"), livery("DLHX", "A319", "2"), livery("DLH", "A320", "3")});
     EXPECT_THAT(SimilarByAirline, UnorderedElementsAre(Key("DLH")));
     EXPECT_THAT(substitutes("DLH", "A319"), ElementsAre("A320"));
+}
+
+TEST_F(SimilarModels, aShortAirlineCodeCountsAsItIs) {
+    gSimilarGroups = {{"A319", "A320"}};
+    installLiveries({livery("KL", "A319", "1"), livery("K", "A320", "2")});
+    EXPECT_THAT(SimilarByAirline, UnorderedElementsAre(Key("KL"), Key("K")));
+    EXPECT_THAT(substitutes("KL", "A320"), ElementsAre("A319"));
+    EXPECT_THAT(substitutes("K", "A319"), ElementsAre("A320"));
 }
 
 /// The rule as it reads, type by type.
