@@ -25,13 +25,17 @@ namespace {
 
 constexpr int highestSection = 10000;
 
+/// A thousand times what the fullest file has. Each thread keeps a whole file in memory.
+constexpr std::uintmax_t mostBytes = 256 << 20;
+
 // --- The text ---
 
-/// As many bytes as there are at this moment; of a file that grows meanwhile, no more. Nothing when reading fails.
+/// As many bytes as there are at this moment; of a file that grows meanwhile, no more. Nothing when reading fails, or
+/// when nobody can have meant so many.
 std::optional<std::string> wholeFile(std::ifstream& file, const fs::path& path) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(path, error);
-    if (error) {
+    if (error || size > mostBytes) {
         return std::nullopt;
     }
     std::string bytes(size, '\0');

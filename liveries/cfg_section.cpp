@@ -103,7 +103,7 @@ bool isValidRegistration(std::string_view token) {
 
 /// What a valid value holds more than one registration of is no fault, but tells none either.
 bool takeRegistration(Section& section, std::string_view atcId) {
-    atcId = atcId.substr(0, atcId.find(';'));
+    atcId = trimmed(atcId.substr(0, atcId.find(';')));
     const std::vector<std::string_view> tokens = partsOf(atcId, ',');
     if (!std::all_of(tokens.begin(), tokens.end(), isValidRegistration)) {
         const char* const fault =

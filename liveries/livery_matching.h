@@ -26,7 +26,7 @@ inline constexpr int anyAirlineAndSimilar = 6; ///< or a type of the category at
 inline constexpr std::size_t count = 7;
 } // namespace match_step
 
-/// How often lf_acceptTitle said yes, by step, in this run.
+/// How often lf_acceptTitle said yes, by step, since the start of the process.
 extern std::array<std::uint32_t, match_step::count> MatchesAtStep;
 
 /// noMatchKey of the aircraft that hold a registration and for which gf_rematchLivery found nothing: they are not tried

@@ -27,6 +27,7 @@
 #include "liveries/scan_state.h"
 #include "liveries/scan_tasks.h"
 #include "platform/files.h"
+#include "platform/text_encoding.h"
 #include "window/window_state.h"
 
 namespace fs = std::filesystem;
@@ -50,6 +51,8 @@ public:
         state_->dontUseTitles.insert(DontUseTitles.begin(), DontUseTitles.end());
     }
 
+    /// False also when nothing answers.
+    bool canScan(const fs::path& folder);
     void walk(std::uint32_t scanNumber, const fs::path& folder) {
         lf_walkFolder(scanNumber, folder, {state_, progress_, tasks_});
     }
@@ -76,6 +79,17 @@ bool isScannable(const fs::path& folder) {
     return true;
 }
 
+bool Scan::canScan(const fs::path& folder) {
+    const std::string text = platform::backslashText(folder);
+    progress_.enter(text);
+    try {
+        return tasks_.answerOf([folder] { return isScannable(folder); }).value_or(false);
+    } catch (const std::exception& error) {
+        log(fmt::format("liveries search in {} aborted, cause: {}", text, platform::readableText(error.what())));
+        return false;
+    }
+}
+
 void logFound(std::size_t count, const fs::path& folder) {
     const std::string place = fmt::format("found in {}", platform::backslashText(folder));
     log(count == 0 ? fmt::format("No liveries {}", place)
@@ -86,7 +100,14 @@ void logFound(std::size_t count, const fs::path& folder) {
 bool scanEach(Scan& scan, const std::vector<fs::path>& folders) {
     std::uint32_t scanNumber = 0;
     for (const fs::path& folder : folders) {
-        if (folder.empty() || !isScannable(folder)) {
+        if (folder.empty()) {
+            continue;
+        }
+        const bool isThere = scan.canScan(folder);
+        if (gf_isScanStopping()) {
+            return false;
+        }
+        if (!isThere) {
             continue;
         }
         scanNumber = std::min(scanNumber + 1, highestScan);
@@ -128,6 +149,24 @@ public:
 
 } // namespace
 
+namespace {
+
+/// A drive that does not answer is for the scan itself to stumble over, and so is one that is not waited for.
+bool isKnownToBeMissing(const fs::path& folder) {
+    ScanTasks looks(1, [] { return !gf_isScanStopping(); });
+    try {
+        const auto isThere = looks.answerOf([folder] {
+            std::error_code ignored;
+            return fs::exists(folder, ignored);
+        });
+        return isThere == false;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+} // namespace
+
 bool takeNewScan() {
     return std::exchange(isNewScan, false);
 }
@@ -140,7 +179,7 @@ void lf_collectLfolders(std::vector<fs::path>& folders) {
             continue;
         }
         const fs::path folder = platform::pathFromUtf8(value);
-        if (std::error_code ignored; !fs::exists(folder, ignored)) {
+        if (isKnownToBeMissing(folder)) {
             logError(fmt::format("{}: '{}' does not exist", parameter.key, value));
             throw kvd::UserErrorException(
                 folderMissingError,
@@ -262,5 +301,6 @@ void gf_scanLiveries() {
     if (isDone(end)) {
         switchScanOff();
     }
+    clearMessage(); // else the window says that it scans until the next long step
     log("\n++++++++++++++++++++++++ liveries scan ends ++++++++++++++++++++++++++++++++\n");
 }

@@ -127,18 +127,21 @@ private:
     std::vector<FolderToScan> open_; ///< still to be handed out
 };
 
-void runOrLog(FolderWalk walk) {
+void runOrLog(FolderWalk walk, const ScanRun& run) {
     try {
         walk.run();
     } catch (const std::exception& error) {
         log(walk.isHandedOut() ? fmt::format("liveries search aborted, futs outer, {}", logText(error))
                                : fmt::format("liveries inner search aborted: {}", logText(error)));
+        log(fmt::format("  the search had come to {}; what lies behind is left out", run.progress.folder()));
     }
 }
 
 void searchAll(std::uint32_t scanNumber, const std::filesystem::path& folder, const ScanRun& run) {
     try {
-        runOrLog(FolderWalk(scanNumber, rootToScan(folder), run));
+        if (const auto root = run.tasks.answerOf([folder] { return rootToScan(folder); })) {
+            runOrLog(FolderWalk(scanNumber, *root, run), run);
+        }
     } catch (const std::exception& error) {
         log(fmt::format("liveries search in {} aborted, cause: {}", platform::backslashText(folder), logText(error)));
     }

@@ -1,14 +1,13 @@
 // liveries/scan_tasks.cpp
 #include "liveries/scan_tasks.h"
 
-#include <chrono>
+#include <algorithm>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
 #include <stdexcept>
-#include <utility>
+#include <system_error>
 
-#include "core/detached_threads.h"
 #include "platform/clock.h"
 
 namespace {
@@ -18,6 +17,9 @@ constexpr std::chrono::milliseconds waitSlice{50};
 
 /// How long the taking waits for one task.
 constexpr std::chrono::seconds longestWait{10};
+
+/// What a wait counts for at most between two looks: through a sleep of the machine the task could do nothing.
+constexpr std::chrono::seconds longestLook{1};
 
 /// Tasks handed out for each thread before what they give is taken: enough to do while the caller is busy.
 constexpr std::size_t tasksAhead = 4;
@@ -34,6 +36,7 @@ struct ScanTasks::Workers {
     bool isOver = false;
 
     void run();
+    void addThread(const std::shared_ptr<Workers>& self);
     void give(std::packaged_task<FolderFinds()> task, std::size_t atMost, const std::shared_ptr<Workers>& self);
     void end();
 };
@@ -57,12 +60,23 @@ void ScanTasks::Workers::run() {
     }
 }
 
+/// Under lock. Where there is no further thread to be had, those that there are do it all.
+void ScanTasks::Workers::addThread(const std::shared_ptr<Workers>& self) {
+    try {
+        gf_startDetached(threadName, [self] { self->run(); });
+        ++threads;
+    } catch (const std::system_error&) {
+        if (threads == 0) {
+            throw;
+        }
+    }
+}
+
 void ScanTasks::Workers::give(std::packaged_task<FolderFinds()> task, std::size_t atMost,
                               const std::shared_ptr<Workers>& self) {
     const std::lock_guard held(lock);
     if (threads < atMost && idle <= tasks.size()) {
-        gf_startDetached("LiveryScan", [self] { self->run(); });
-        ++threads;
+        addThread(self);
     }
     tasks.push_back(std::move(task));
     taskThere.notify_one();
@@ -98,16 +112,29 @@ bool ScanTasks::start(Task task) {
     return true;
 }
 
-std::optional<FolderFinds> ScanTasks::takeOldest() {
-    std::future<FolderFinds>& oldest = waiting_.front();
-    const platform::SteadyTime end = platform::steadyNow() + longestWait;
-    while (oldest.wait_for(waitSlice) != std::future_status::ready) {
+bool ScanTasks::waitUntil(const std::function<bool(std::chrono::milliseconds)>& isReadyWithin) const {
+    std::chrono::nanoseconds waited{0};
+    platform::SteadyTime lookedAt = platform::steadyNow();
+    while (!isReadyWithin(waitSlice)) {
         if (!whileWaiting_()) {
-            return std::nullopt;
+            return false;
         }
-        if (platform::steadyNow() >= end) {
+        const platform::SteadyTime now = platform::steadyNow();
+        waited += std::min<std::chrono::nanoseconds>(now - lookedAt, longestLook);
+        lookedAt = now;
+        if (waited >= longestWait) {
             throw std::runtime_error("Future wait timed out after 10 seconds");
         }
+    }
+    return true;
+}
+
+std::optional<FolderFinds> ScanTasks::takeOldest() {
+    std::future<FolderFinds>& oldest = waiting_.front();
+    const bool isThere = waitUntil(
+        [&oldest](std::chrono::milliseconds slice) { return oldest.wait_for(slice) == std::future_status::ready; });
+    if (!isThere) {
+        return std::nullopt;
     }
     std::future<FolderFinds> result = std::move(oldest);
     waiting_.pop_front();

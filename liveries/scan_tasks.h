@@ -3,6 +3,7 @@
 // order of their start. One thread starts and takes; the tasks run on threads of their own, which nobody joins.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -10,8 +11,11 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
+#include "core/detached_threads.h"
 #include "liveries/folder_walk.h"
 #include "liveries/livery.h"
 
@@ -49,8 +53,26 @@ public:
     /// give.
     std::list<Livery> abandon();
 
+    /// What a single question gives, asked on a thread of its own, for a drive may take its time to answer. Nothing when
+    /// the waiting was ended. Throws as start() and takeOldest() do.
+    template <typename Question>
+    std::optional<std::invoke_result_t<Question>> answerOf(Question question) {
+        using Answer = std::invoke_result_t<Question>;
+        const auto task = std::make_shared<std::packaged_task<Answer()>>(std::move(question));
+        std::future<Answer> answer = task->get_future();
+        gf_startDetached(threadName, [task] { (*task)(); });
+        const bool isThere = waitUntil(
+            [&answer](std::chrono::milliseconds slice) { return answer.wait_for(slice) == std::future_status::ready; });
+        return isThere ? std::optional(answer.get()) : std::nullopt;
+    }
+
 private:
     struct Workers;
+
+    static constexpr const char* threadName = "LiveryScan";
+
+    /// Whether it came to be ready before the waiting was ended.
+    bool waitUntil(const std::function<bool(std::chrono::milliseconds)>& isReadyWithin) const;
 
     std::size_t atMost_;
     WhileWaiting whileWaiting_;

@@ -28,8 +28,8 @@ constexpr DWORD simRuns = 1;
 constexpr DWORD unaskedRecord = 16;
 
 void onSimState(bool running) {
-    simRunning = running;
     showSimFlightRunning(running);
+    simRunning = running;
 }
 
 void onQuit() {

@@ -155,7 +155,7 @@ bool prepareRestart(ExitReason reason) {
     // A reader still in its last receive would take the next run's cleared stop flag for its own.
     joinSimClient();
     if (!gf_waitForDetachedThreads(readersLeaveWithin, 1)) {
-        logError("A reader thread did not end in time");
+        logError("A thread of the run did not end in time");
     }
     gf_resetRun();
     return !gCloseButtonUsed;

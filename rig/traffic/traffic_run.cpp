@@ -133,7 +133,7 @@ private:
 /// The UDP side.
 class Sender {
 public:
-    explicit Sender(const TrafficOptions& options) {
+    explicit Sender(const TrafficOptions& options) : betweenBunches_(options.betweenBunches) {
         open(traffic_, options.udpHost, options.trafficPort);
         open(weather_, options.udpHost, options.weatherPort);
     }
@@ -141,16 +141,25 @@ public:
     /// The count of those that the system refused.
     std::size_t sendAll(const std::vector<Datagram>& datagrams) {
         std::size_t failed = 0;
-        for (std::size_t i = 0; i < datagrams.size(); ++i) {
-            failed += send(datagrams[i]) ? 0 : 1;
-            if (i % datagramsAtOnce == datagramsAtOnce - 1) {
-                platform::sleepFor(breath);
+        for (const Datagram& datagram : datagrams) {
+            failed += send(datagram) ? 0 : 1;
+            sentTraffic_ += datagram.kind == DatagramKind::traffic ? 1 : 0;
+            if (++sent_ % datagramsAtOnce == 0) {
+                letReceiverCatchUp();
             }
         }
         return failed;
     }
 
 private:
+    void letReceiverCatchUp() const {
+        if (betweenBunches_) {
+            betweenBunches_(sentTraffic_);
+        } else {
+            platform::sleepFor(breath);
+        }
+    }
+
     /// False when the system refused. That nobody listens yet is no failure: the next datagram may be heard.
     bool send(const Datagram& datagram) {
         platform::DatagramSocket& socket = datagram.kind == DatagramKind::traffic ? traffic_ : weather_;
@@ -169,6 +178,9 @@ private:
 
     platform::DatagramSocket traffic_;
     platform::DatagramSocket weather_;
+    std::function<void(std::size_t)> betweenBunches_;
+    std::size_t sent_ = 0;
+    std::size_t sentTraffic_ = 0;
 };
 
 void tellCounts(const TrafficResult& result, std::ostream& out) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -29,6 +30,9 @@ struct TrafficOptions {
     /// "exit" ends it; otherwise it waits for the program to come back, as long as there is something to play.
     bool endsWithGoodbye = false;
     PlayerOptions player;
+    /// Called between bunches of datagrams with the number of traffic lines that have gone; without it they are a short
+    /// pause apart.
+    std::function<void(std::size_t)> betweenBunches;
 };
 
 struct TrafficResult {

@@ -104,7 +104,7 @@ bool Connection::start() {
 
 /// Under sendLock_.
 HRESULT Connection::queueWritten() {
-    if (failed()) {
+    if (refusesPackets()) {
         return E_FAIL;
     }
     if (!writer_.valid()) {
@@ -126,8 +126,8 @@ void Connection::sendAll() {
     platform::nameThisThread("Sim Sender");
     while (takeQueued()) {
         if (!sendTaken()) {
-            sendFailed_ = true;
             finishReceiving();
+            sendFailed_ = true;
             break;
         }
     }
@@ -164,7 +164,7 @@ bool Connection::sendTaken() {
 /// A peer that goes has told why before: that must still arrive.
 void Connection::finishReceiving() {
     if (!closing_ && !stream_.waitForEnd(farewellLimit)) {
-        endReceiving();
+        endReceiving(false);
     }
 }
 
@@ -183,7 +183,7 @@ void Connection::finishSending() {
 
 HRESULT Connection::lastPacketId(DWORD& packetId) {
     const std::lock_guard lock(sendLock_);
-    if (failed()) {
+    if (refusesPackets()) {
         return E_FAIL;
     }
     packetId = lastPacketId_;
@@ -203,6 +203,7 @@ HRESULT Connection::dispatch(DispatchProc procedure, void* context) {
     batch.clear();
     const std::lock_guard lock(recordLock_);
     spare_ = std::move(batch);
+    lastWordsWait_ = lastWordsWait_ && !last;
     return last ? E_FAIL : S_OK;
 }
 
@@ -211,7 +212,7 @@ bool Connection::receive(std::string_view bytes) {
     if (closing_ || (!ended_ && !bytes.empty() && keepRecords(bytes))) {
         return true;
     }
-    endReceiving();
+    endReceiving(bytes.empty());
     return false;
 }
 
@@ -236,9 +237,10 @@ bool Connection::handOver() {
     return room;
 }
 
-void Connection::endReceiving() {
+void Connection::endReceiving(bool byThePeer) {
     {
         const std::lock_guard lock(recordLock_);
+        lastWordsWait_ = byThePeer && waiting_.bytes() > 0;
         ended_ = true;
     }
     platform::signalEvent(arrival_);

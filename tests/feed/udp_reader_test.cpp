@@ -99,7 +99,7 @@ public:
 
     std::vector<std::string> waitForDatagrams(std::size_t count) {
         std::unique_lock lock(mutex_);
-        changed_.wait_for(lock, std::chrono::seconds(10), [&] { return received_.size() >= count; });
+        changed_.wait_for(lock, std::chrono::seconds(60), [&] { return received_.size() >= count; });
         return received_;
     }
 

@@ -146,6 +146,13 @@ TEST_F(AircraftCfg, survivesALineOfTenMegabytes) {
 
 // --- Numbers ---
 
+TEST_F(AircraftCfg, aFileOfAbsurdSizeIsNotReadAndCostsItself) {
+    const auto file = makeAircraft("ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
+    std::filesystem::resize_file(file, (256 << 20) + 1);
+    EXPECT_THAT(search(file), IsEmpty());
+    EXPECT_THAT(log_.lines(), ElementsAre(std::string("! Failed reading ") + path));
+}
+
 TEST_F(AircraftCfg, aStopTakesNoFurtherSection) {
     const auto file = makeAircraft("ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
     gf_userCloses();
@@ -249,6 +256,13 @@ TEST_F(AircraftCfg, anUnknownAirlineIsReportedAndTheLiveryIsPrivate) {
                 ElementsAre(std::string(path) + " [fltsim.0] icao_airline is missing, or it has invalid info "));
 }
 
+TEST_F(AircraftCfg, anEmptyFirstAirlineIsReportedAsTwelveBlanks) {
+    EXPECT_THAT(searchSection("title=One\natc_parking_codes=,KLM"),
+                ElementsAre(Livery{"PVT", "A320", "One", "", 3, false}));
+    EXPECT_THAT(report(ScanReport::invalidAirlineCodes),
+                ElementsAre(std::string(12, ' ') + " in " + path + " [fltsim.0]"));
+}
+
 TEST_F(AircraftCfg, anAirlineThatIsMissingIsReported) {
     EXPECT_THAT(searchSection("title=One"), SizeIs(1));
     EXPECT_THAT(report(ScanReport::invalidAirlineCodes), IsEmpty());
@@ -304,6 +318,9 @@ TEST_F(AircraftCfg, onlyHeaviesAreReportedForTheirMissingAirline) {
 
 TEST_F(AircraftCfg, aRegistrationEndsAtASemicolon) {
     EXPECT_EQ(searchSection("title=One\natc_parking_codes=KLM\natc_id=PH-ABC;the first").front().atcid, "PH-ABC");
+    EXPECT_EQ(searchSection("title=Two\natc_parking_codes=KLM\natc_id=PH-ABD \t; the second").front().atcid, "PH-ABD")
+        << "with a blank at its end no aircraft would ever have it";
+    EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
 TEST_F(AircraftCfg, twoRegistrationsAreNoneAndNoFault) {

@@ -38,6 +38,12 @@ TEST_F(FolderWalk, aFolderWithAirportInItsPathIsNotEntered) {
     EXPECT_THAT(filesToScan("x"), ElementsAre("x\\MyAirports\\ac\\aircraft.cfg"));
 }
 
+TEST_F(FolderWalk, ofAFirstFolderWithAirportInItsPathOnlyItsOwnFilesAreFound) {
+    writeFile("x/my airports/aircraft.cfg", "");
+    writeFile("x/my airports/ac/aircraft.cfg", "");
+    EXPECT_THAT(filesToScan("x/my airports"), ElementsAre("x\\my airports\\aircraft.cfg"));
+}
+
 TEST_F(FolderWalk, aPathOfTwoHundredAndFiftyCharactersIsNotEntered) {
     const std::string longest(247, 'a'); // with "x\" 249
     EXPECT_TRUE(isFolderToScan("x\\" + longest));

@@ -34,7 +34,35 @@ protected:
     }
 };
 
+/// For the thread sanitizer: two threads read the file and build the tables.
+class LiveryDriverThreads : public LiveryDriver {};
+
 } // namespace
+
+TEST_F(LiveryDriverThreads, manyLiveriesStandInTheTablesThatTwoThreadsBuild) {
+    constexpr int liveriesOfEach = 500;
+    gIcaoAirlines = {"KLM", "DLH", "AFR"};
+    gSimilarGroups = {{"A320", "B738"}, {"B744", "T154"}};
+    Liveries.clear();
+    for (const char* airline : {"AFR", "DLH", "KLM"}) {
+        for (const char* type : {"A320", "B744"}) {
+            for (int i = 0; i < liveriesOfEach; ++i) {
+                const std::string number = std::to_string(10000 + i);
+                const std::string title = std::string(airline) + type + number;
+                Liveries.push_back({airline, type, title, type + number, 1, i % 5 == 0});
+            }
+        }
+    }
+    const std::size_t count = Liveries.size();
+    lf_writeLiveries();
+    gf_processScannedLiveries();
+    EXPECT_EQ(static_cast<std::size_t>(gWindowState.liveries), count);
+    EXPECT_EQ(lf_findTitle("KLMB74410499"), "KLMB74410499");
+    EXPECT_EQ(ModelTable[cargoIndex].find("A320")->second.titles.size(), 3u * liveriesOfEach / 5);
+    EXPECT_EQ(RegcodeTable.size(), 2u * liveriesOfEach) << "those of the first airline stand";
+    EXPECT_EQ(gf_similarForAirline("DLH", "T154")[0].type, "B744");
+    EXPECT_EQ(gf_similarOfType("B738")[0].type, "A320");
+}
 
 TEST_F(LiveryDriver, readsTheFileAndFreesTheList) {
     gf_scanLiveries();

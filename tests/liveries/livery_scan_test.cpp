@@ -287,6 +287,22 @@ TEST_F(LiveryScan, aTitleOfTheAigFileWithoutRegistrationsIsLeftOut) {
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("Good"));
 }
 
+TEST_F(LiveryScan, aMachineThatDoesNotTellItsThreadsIsScannedWithOne) {
+    gHardwareThreads = 0;
+    for (const char* title : {"One", "Two", "Three"}) {
+        makeLivery(std::filesystem::path("liveries") / title, title);
+    }
+    EXPECT_TRUE(lf_scanFolders({"liveries"}));
+    EXPECT_THAT(titlesOf(readLiveries()), testing::UnorderedElementsAre("One", "Two", "Three"));
+}
+
+TEST_F(LiveryScan, theWindowDoesNotTellOfItAnyMore) {
+    makeLivery("liveries/ac", "One");
+    setFolder(0, "liveries");
+    gf_scanLiveries();
+    EXPECT_EQ(shownMessage(), "");
+}
+
 // --- Stopping ---
 
 TEST_F(LiveryScan, aStopLeavesNoFileAndTurnsTheScanOff) {

@@ -8,6 +8,7 @@
 
 #include "liveries/livery_matching.h"
 #include "liveries/reference_tables.h"
+#include "tests/support/allocation_count.h"
 #include "tests/support/damaged_containers.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/sealed_input.h"
@@ -346,6 +347,23 @@ TEST_F(RegistrationCodes, whatCannotBeDoneIsTold) {
     gf_processOfflineRegcodes();
     EXPECT_THAT(log.errors(), Contains(testing::StartsWith("==> exception: ")));
     EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One"))) << "the result so far stands";
+}
+
+TEST_F(RegistrationCodes, aStepThatFailsIsToldAndTheNextOneGoesOn) {
+    giveOwn("One;PH-ABC\n");
+    const std::size_t longLine = 4000;
+    writeFile("input/my_regcodes/long.txt", std::string(longLine, 'x') + "\n");
+    {
+        const FailingAllocation noMemoryForTheLine(longLine);
+        gf_loadDontUseTitles();
+    }
+    {
+        const FailingAllocation noMemoryForTheLine(longLine);
+        gf_processOfflineRegcodes();
+    }
+    EXPECT_THAT(log.errors(), Contains(testing::StartsWith("==> exception: ")).Times(2)) << "once for each step";
+    gf_processOfflineRegcodes();
+    EXPECT_THAT(RegcodeTable, UnorderedElementsAre(Pair("PH-ABC", "One")));
 }
 
 TEST_F(RegistrationCodes, aReportThatCannotBeWrittenStandsInTheLogInstead) {

@@ -81,17 +81,21 @@ TEST_F(ScanTasksThreads, oneThatTakesTooLongIsGivenUp) {
     HeldTask held;
     platform::ManualClock clock(platform::WallTime{});
     int seconds = 0;
+    bool isHeld = false;
     ScanTasks tasks(1, [&] {
-        clock.advance(std::chrono::seconds(1));
-        ++seconds;
+        if (isHeld) {
+            clock.advance(std::chrono::seconds(1));
+            ++seconds;
+        }
         return true;
     });
     ASSERT_TRUE(tasks.start(held.task()));
-    seconds = 0;
+    isHeld = true;
     EXPECT_EQ(messageOf([&] { tasks.takeOldest(); }), "Future wait timed out after 10 seconds");
     EXPECT_EQ(seconds, 10);
     EXPECT_THAT(tasks.abandon(), IsEmpty());
     EXPECT_TRUE(tasks.isIdle());
+    isHeld = false;
     ASSERT_TRUE(tasks.start(giving("next")));
     EXPECT_THAT(titlesOf(takeAll(tasks)), ElementsAre("next")) << "though the thread is still held";
 }
@@ -164,6 +168,46 @@ TEST_F(ScanTasksThreads, fourForEachThreadAreEnoughAhead) {
     EXPECT_TRUE(tasks.isFull());
     ASSERT_TRUE(tasks.takeOldest());
     EXPECT_FALSE(tasks.isFull());
+}
+
+TEST_F(ScanTasksThreads, aSleepOfTheMachineIsNoTimeThatATaskHad) {
+    HeldTask held;
+    platform::ManualClock clock(platform::WallTime{});
+    int looks = 0;
+    ScanTasks tasks(1, [&] {
+        clock.advance(std::chrono::hours(8));
+        if (++looks == 3) {
+            held.letGo();
+        }
+        return true;
+    });
+    ASSERT_TRUE(tasks.start(held.task()));
+    looks = 0;
+    EXPECT_TRUE(tasks.takeOldest());
+    EXPECT_GE(looks, 3);
+}
+
+TEST_F(ScanTasksThreads, aQuestionIsAnsweredBesideTheWaiting) {
+    ScanTasks tasks(1, goOn);
+    const auto asking = std::this_thread::get_id();
+    EXPECT_EQ(tasks.answerOf([asking] { return std::this_thread::get_id() != asking; }), true);
+    EXPECT_TRUE(tasks.isIdle());
+}
+
+TEST_F(ScanTasksThreads, aQuestionThatNobodyAnswersIsGivenUp) {
+    HeldTask held;
+    platform::ManualClock clock(platform::WallTime{});
+    ScanTasks tasks(1, [&clock] {
+        clock.advance(std::chrono::seconds(1));
+        return true;
+    });
+    EXPECT_EQ(messageOf([&] { tasks.answerOf(held.task()); }), "Future wait timed out after 10 seconds");
+}
+
+TEST_F(ScanTasksThreads, aQuestionIsNotWaitedForOnceItIsTold) {
+    HeldTask held;
+    ScanTasks tasks(1, [] { return false; });
+    EXPECT_FALSE(tasks.answerOf(held.task()));
 }
 
 /// Without the thread sanitizer, which does not see how the library counts who holds an exception.

@@ -109,14 +109,17 @@ void ProgramRun::start(const std::vector<std::string>& arguments) {
 }
 
 bool ProgramRun::endsWithin(std::chrono::milliseconds time) {
-    if (!quitCode_ && code_.wait_for(time) == std::future_status::ready) {
-        quitCode_ = code_.get();
+    constexpr std::chrono::milliseconds slice(10);
+    for (auto left = time; !quitCode_ && left >= std::chrono::milliseconds(0); left -= slice) {
+        if (code_.wait_for(std::min(left, slice)) == std::future_status::ready) {
+            quitCode_ = code_.get();
+        }
     }
     return quitCode_.has_value();
 }
 
 bool ProgramRun::ends() {
-    return endsWithin(std::chrono::seconds(20));
+    return endsWithin(testPatience);
 }
 
 std::optional<int> ProgramRun::quitCode() {

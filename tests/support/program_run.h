@@ -28,13 +28,14 @@ public:
 
     /// The quit code, once the program is gone; nothing while it runs.
     std::optional<int> quitCode();
-    /// Waits at most twenty seconds for its end.
+    /// Waits for its end as long as a test has patience.
     bool ends();
+    /// Time in which the machine gives this process nothing to run on does not count.
     bool endsWithin(std::chrono::milliseconds time);
 
     std::string log() const;
     bool logs(const std::string& text) const;
-    /// Waits at most ten seconds for a text in the log.
+    /// Waits for a text in the log as long as a test has patience.
     bool willLog(const std::string& text) const;
 
     /// The parameter file that the program starts with. No scan for liveries, unless SCAN_LIVERIES is among the values.

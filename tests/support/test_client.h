@@ -23,7 +23,7 @@ public:
 
     void connect(std::uint16_t port) {
         ASSERT_EQ(socket_.create(), 0);
-        ASSERT_EQ(socket_.connect("127.0.0.1", port, std::chrono::seconds(10)), 0);
+        ASSERT_EQ(socket_.connect("127.0.0.1", port, std::chrono::seconds(60)), 0);
     }
 
     void send(std::string_view bytes) { EXPECT_EQ(socket_.send(bytes).error, 0); }

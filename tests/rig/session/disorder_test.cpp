@@ -226,8 +226,8 @@ protected:
         simulator().play(rig::ResumeAct{});
         bringUserHome();
         pumpUntil([this] { return !simulator().with([](rig::World& world) { return world.isStalled(); }); });
-        requestUserPosition();
-        pumpTurns(10);
+        // Answers come in the order of events: behind this one nothing is left that could end the run.
+        pumpUntil([] { return isAtHome(requestUserPosition()) || gf_isStopping(); });
         if (gf_isStopping() || !pumpUntil([] { return simRunning.load(); })) {
             endRun();
             openSession();
@@ -236,6 +236,12 @@ protected:
         wantStatic(++created_, "LASTS");
         EXPECT_TRUE(pumpUntil(nothingIsUnderWay));
         EXPECT_FALSE(gf_isStopping());
+    }
+
+    static bool isAtHome(const UserState& user) {
+        constexpr double nearlyDegrees = 0.01;
+        return std::abs(user.lat - nearTheUser.lat) < nearlyDegrees &&
+               std::abs(user.lon - nearTheUser.lon) < nearlyDegrees;
     }
 
     /// Its jumps may have led it out of sight of the others.

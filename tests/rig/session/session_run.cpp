@@ -33,7 +33,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto patience = 20s;
+constexpr auto patience = 60s;
 /// Leaves the other threads time for what a slot of the program leaves them.
 constexpr auto turnPause = 1ms;
 /// As when aircraft are about to touch down, so that tests do not wait for it.

@@ -1,6 +1,9 @@
 // A session from its opening to its end, and what the simulator tells of the user.
 #include "sim/session.h"
 
+#include <algorithm>
+#include <array>
+
 #include "core/exit_reason.h"
 #include "core/geography.h"
 #include "core/parameters.h"
@@ -179,13 +182,18 @@ TEST_P(SessionThreads, thePulseComesOnceInEverySecondOfTheSimulator) {
     ASSERT_TRUE(settle());
     const auto nextPulse = [this] { return pumpUntil([] { return secondPulse.exchange(false); }); };
     const auto simulated = [this] { return simulator().with([](rig::World& w) { return w.simulatedSeconds(); }); };
-    // One may be under way already, and one that has come has waited for who knows how long.
-    ASSERT_TRUE(nextPulse() && nextPulse());
-    const double begin = simulated();
-    for (int second = 1; second <= 3; ++second) {
-        ASSERT_TRUE(nextPulse());
-    }
-    EXPECT_NEAR(simulated() - begin, 3, 0.9);
+    const auto threePulsesTake = [&] {
+        // One may be under way already, and one that has come has waited for who knows how long.
+        EXPECT_TRUE(nextPulse() && nextPulse());
+        const double begin = simulated();
+        EXPECT_TRUE(nextPulse() && nextPulse() && nextPulse());
+        return simulated() - begin;
+    };
+    // Where a thread of a busy machine comes late a pulse does; a wrong rate is wrong each time.
+    constexpr int series = 5;
+    std::array<double, series> seconds{};
+    std::generate(seconds.begin(), seconds.end(), threePulsesTake);
+    EXPECT_THAT(seconds, Contains(testing::DoubleNear(3, 0.9)));
 }
 
 TEST_P(SessionThreads, aJumpOf10AndAHalfMilesIsANewFlight) {

@@ -7,7 +7,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto patience = 10s;
+constexpr auto patience = 60s;
 constexpr std::size_t headBytes = 16;
 
 std::uint32_t dwordAt(std::string_view bytes, std::size_t at) {
