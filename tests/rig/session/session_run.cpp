@@ -141,6 +141,7 @@ void SessionRun::knowUser() {
     requestUserGroundEachSecond();
     requestUserIdentity();
     ASSERT_TRUE(pumpUntil([] { return userOnGroundKnown && halfSpanKnown; }));
+    ASSERT_TRUE(settle());
 }
 
 void SessionRun::endSession() {

@@ -22,7 +22,6 @@ using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
-using ::testing::SizeIs;
 
 namespace {
 
@@ -354,7 +353,8 @@ TEST_P(ForeignObjectsThreads, anObjectOfAnotherAddOnIsOneLineAndThenForeign) {
     EXPECT_EQ(message.id, 1u);
     EXPECT_NEAR(message.a, airportFeet, 1e-6);
     EXPECT_NEAR(message.b, airlinerCgFeet, 1e-6);
-    EXPECT_THAT(inbox(), SizeIs(groundData().size())) << "nothing else is told of it";
+    EXPECT_THAT(inbox(), Each(::testing::Field(&EngineMessage::kind, EngineMessageKind::groundData)))
+        << "nothing else is told of it";
     EXPECT_EQ(aircraftInWorld(), 1u);
 }
 
@@ -389,6 +389,7 @@ TEST_P(ForeignObjectsThreads, highMarkedNamelessAndDistantObjectsHaveNoBusinessW
 TEST_P(ForeignObjectsThreads, anObjectThatGoesBeforeItIsDescribedIsForgotten) {
     connectAndKnowUser();
     looksAround(false);
+    ASSERT_TRUE(settle());
     simulator().play(object("GOES"));
     pumpTurns(rig::framesUntilSeen + 1);
     simulator().atWorld([](rig::World& world) { world.remove(rig::firstAircraftId); });
