@@ -1,6 +1,10 @@
 // tests/liveries/aircraft_cfg_test.cpp
 #include "liveries/aircraft_cfg.h"
 
+#include <optional>
+#include <random>
+#include <regex>
+
 #include "liveries/cfg_section.h"
 #include "tests/liveries/scan_test.h"
 #include "tests/support/allocation_count.h"
@@ -151,6 +155,95 @@ TEST_F(AircraftCfg, aFileOfAbsurdSizeIsNotReadAndCostsItself) {
     std::filesystem::resize_file(file, (256 << 20) + 1);
     EXPECT_THAT(search(file), IsEmpty());
     EXPECT_THAT(log_.lines(), ElementsAre(std::string("! Failed reading ") + path));
+}
+
+namespace {
+
+/// A file read line by line, as the rules are told; what its sections give, as "title type".
+std::vector<std::string> readLineByLine(const std::vector<std::string>& lines) {
+    static const std::regex header(R"(\s*(\[fltsim\.)(\d+)\]\s*)");
+    static const std::regex model(R"(\s*(atc_model)\s*=\s*(.*\S)\s*)");
+    std::optional<std::string> type;
+    std::vector<std::vector<std::string>> titles; // by section
+    bool inSection = false;
+    for (const std::string& line : lines) {
+        std::smatch match;
+        if (!type && std::regex_match(line, match, model)) {
+            type = match[2].str();
+        }
+        bool isHeader = false;
+        if (!line.starts_with("//")) {
+            if (std::regex_match(line, match, header)) {
+                if (std::stoi(match[2].str()) > 10000) {
+                    return {};
+                }
+                isHeader = true;
+            } else {
+                isHeader = line.find("[fltsim.") != std::string::npos || line.find("[FLTSIM.") != std::string::npos;
+            }
+        }
+        if (isHeader) {
+            titles.emplace_back();
+        }
+        inSection = isHeader || (inSection && line.find('[') == std::string::npos);
+        if (inSection && line.starts_with("title=")) {
+            titles.back().push_back(line.substr(6));
+        }
+    }
+    std::vector<std::string> found;
+    for (const std::vector<std::string>& section : titles) {
+        if (type && section.size() == 1) {
+            found.push_back(section.front() + " " + *type);
+        }
+    }
+    return found;
+}
+
+/// A few lines of which a file may consist; the number goes into a title.
+std::vector<std::string> drawnLines(std::mt19937& random, int number) {
+    static const std::vector<std::string> single{
+        "[fltsim.1]", " [fltsim.22] ",  "[FLTSIM.3]",          "//[fltsim.4]",
+        "[General]",  "a [ in a line",  "x[fltsim.5]y",        "",
+        "// comment", "atc_model=A320", " atc_model = B738\t", "xatc_model=C172",
+        "atc_model=", "[fltsim.10000]", "[fltsim.x]",          "atc_model"};
+    const std::size_t drawn = random() % (2 * single.size());
+    if (drawn < single.size()) {
+        return {single[drawn]};
+    }
+    if (random() % 60 == 0) {
+        return {"[fltsim.10001]"};
+    }
+    std::vector<std::string> lines{"title=T" + std::to_string(number), "model=M", "sim=S", "texture=T",
+                                   "atc_parking_codes=KLM"};
+    if (random() % 3 != 0) {
+        lines.insert(lines.begin(), "[fltsim." + std::to_string(number) + "]");
+    }
+    return lines;
+}
+
+} // namespace
+
+TEST_F(AircraftCfg, sectionsAndTypeAreThoseOfAReadingLineByLine) {
+    std::mt19937 random(11);
+    std::size_t liveries = 0;
+    for (int round = 0; round < 1000; ++round) {
+        std::vector<std::string> lines;
+        std::string text;
+        for (int i = 0; i < 12; ++i) {
+            for (const std::string& line : drawnLines(random, i)) {
+                lines.push_back(line);
+                text += line + (random() % 2 == 0 ? "\n" : "\r\n");
+            }
+        }
+        ScanState scan; // a title counts once a scan
+        std::vector<std::string> found;
+        for (const Livery& livery : lf_searchLiveriesinFile(3, scannedFile(makeAircraft("ac", text)), scan)) {
+            found.push_back(livery.title + " " + livery.type);
+        }
+        ASSERT_EQ(found, readLineByLine(lines)) << text;
+        liveries += found.size();
+    }
+    EXPECT_GT(liveries, 1000u);
 }
 
 TEST_F(AircraftCfg, aStopTakesNoFurtherSection) {
