@@ -16,8 +16,9 @@ namespace {
 
 bool isDone = false;
 
-/// All but the similar types of what there is.
+/// All behind AirlineTable but the similar types of what there is.
 void fillTablesOfTitles(std::span<const LiveryView> liveries) {
+    fillAirlineModelTables();
     gf_processInlineRegcodes(liveries);
     gf_processOfflineRegcodes();
     logRegistrationCodes();
@@ -36,7 +37,7 @@ void buildTables() {
     constexpr const char* similar = "SimilarTypes";
     runSideBySide([&scanned] { scanned = lf_readLiveries(); }, similar, fillSimilarAll);
     showLiveries(scanned.liveries.size());
-    lf_buildAirlineTables(scanned.liveries);
+    fillAirlineTable(scanned.liveries);
     runSideBySide([&scanned] { fillTablesOfTitles(scanned.liveries); }, similar, fillSimilarOfLiveries);
 }
 

@@ -92,7 +92,13 @@ void saveWhole(const pugi::xml_document& document) {
 
 /// The attributes of a livery that mean anything, in the order in which they are written.
 constexpr std::array<std::string_view, 5> attributeNames{"airl", "type", "cargo", "title", "atcid"};
-using LiveryAttributes = std::array<pugi::xml_attribute, attributeNames.size()>;
+constexpr std::size_t cargoNumber = 2;
+
+/// Their values; null for one that is not there.
+struct LiveryValues {
+    std::array<const char*, attributeNames.size()> texts{};
+    bool cargo = false;
+};
 
 /// The number of a name, searched from `expected` on; none for one that means nothing.
 std::optional<std::size_t> numberOf(std::string_view name, std::size_t expected) {
@@ -105,31 +111,38 @@ std::optional<std::size_t> numberOf(std::string_view name, std::size_t expected)
     return std::nullopt;
 }
 
-/// In one pass: a search for each by its name would go through the others again and again. The first of a name counts.
-LiveryAttributes attributesOf(pugi::xml_node element) {
-    LiveryAttributes attributes;
+/// In one pass, with few calls of the library: a search for each by its name would go through the others again and
+/// again. The first of a name counts.
+LiveryValues valuesOf(pugi::xml_node element) {
+    LiveryValues values;
     std::size_t expected = 0;
     for (auto attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-        if (const auto number = numberOf(attribute.name(), expected)) {
-            attributes[*number] = attributes[*number] ? attributes[*number] : attribute;
-            expected = *number + 1;
+        const auto number = numberOf(attribute.name(), expected);
+        if (!number) {
+            continue;
+        }
+        expected = *number + 1;
+        if (values.texts[*number] == nullptr) {
+            values.texts[*number] = attribute.value();
+            values.cargo = *number == cargoNumber ? attribute.as_bool() : values.cargo;
         }
     }
-    return attributes;
+    return values;
 }
 
-std::string_view required(pugi::xml_attribute attribute, const char* name, pugi::xml_node element) {
-    if (!attribute) {
+std::string_view required(const char* text, const char* name, pugi::xml_node element) {
+    if (text == nullptr) {
         throw kvd::UserErrorException(attributeMissingError,
                                       fmt::format("Missing required attribute '{}' in <{}>", name, element.name()));
     }
-    return attribute.value();
+    return text;
 }
 
 LiveryView viewOf(pugi::xml_node element) {
-    const auto [airl, type, cargo, title, atcid] = attributesOf(element);
+    const LiveryValues values = valuesOf(element);
+    const auto [airl, type, unused, title, atcid] = values.texts;
     return {required(airl, "airl", element), required(type, "type", element), required(title, "title", element),
-            atcid.value(), cargo.as_bool()};
+            atcid == nullptr ? std::string_view() : std::string_view(atcid), values.cargo};
 }
 
 bool isLivery(pugi::xml_node node) {

@@ -109,15 +109,6 @@ std::vector<std::span<AirlineTitle>> storeGroups(std::span<const LiveryView> liv
     return lost;
 }
 
-void fillAirlineTable(std::span<const LiveryView> liveries) {
-    allTitles.assign(liveries.size(), {});
-    std::vector<std::span<AirlineTitle>> lost;
-    runSideBySide([&] { keepTitles(liveries); }, "LiveryGroups", [&] { lost = storeGroups(liveries); });
-    for (const std::span<AirlineTitle> titles : lost) {
-        std::fill(titles.begin(), titles.end(), AirlineTitle());
-    }
-}
-
 void fillKnownTitles() {
     knownTitles.reserve(allTitles.size());
     for (const AirlineTitle& one : allTitles) {
@@ -151,23 +142,26 @@ void splitAirline(std::string_view airline, const AirlineTypes& types, std::size
     }
 }
 
-void splitByCargo() {
-    for (const std::size_t index : {passengerIndex, cargoIndex}) {
-        titlesByAirline[index].clear();
-        titlesByAirline[index].reserve(allTitles.size()); // the lists view them, so they must stay where they are
-        AirlineModelTable[index].reserve(AirlineTable.size());
-        for (const auto& [airline, types] : AirlineTable) {
-            splitAirline(airline, types, index);
-        }
-    }
-}
-
 // --- Reservations ---
 
-using ReservedSet = std::unordered_set<std::string_view>;
+/// Where the texts of the reserved titles begin: to look at each text in each list takes longer than all else.
+using ReservedPlaces = std::unordered_set<const char*>;
 
-void setReservedAside(TitleList& list, const ReservedSet& reserved) {
-    const auto isFree = [&reserved](std::string_view title) { return !reserved.contains(title); };
+ReservedPlaces reservedPlaces() {
+    const std::unordered_set<std::string_view> reserved(ReservedTitles.begin(), ReservedTitles.end());
+    ReservedPlaces places;
+    for (const AirlineTitle& one : allTitles) {
+        if (!one.title.empty() && reserved.contains(one.title)) {
+            places.insert(one.title.data());
+        }
+    }
+    return places;
+}
+
+void setReservedAside(TitleList& list, const ReservedPlaces& reserved) {
+    const auto isFree = [&reserved](std::string_view title) {
+        return title.empty() || !reserved.contains(title.data());
+    };
     if (!std::all_of(list.titles.begin(), list.titles.end(), isFree)) {
         std::vector<std::string_view>& unreserved = unreservedTitles.emplace_back();
         std::copy_if(list.titles.begin(), list.titles.end(), std::back_inserter(unreserved), isFree);
@@ -180,7 +174,7 @@ void setReservedAside() {
     if (ReservedTitles.empty()) {
         return;
     }
-    const ReservedSet reserved(ReservedTitles.begin(), ReservedTitles.end());
+    const ReservedPlaces reserved = reservedPlaces();
     for (auto& airlines : AirlineModelTable) {
         for (auto& [airline, types] : airlines) {
             for (auto& [type, list] : types) {
@@ -369,9 +363,29 @@ std::vector<CategorizedType>* randomTypesOf(AircraftCategory category) {
 }
 
 void lf_buildAirlineTables(std::span<const LiveryView> liveries) {
-    ReservedTitles.reserve(roomForReservedTitles);
     fillAirlineTable(liveries);
-    splitByCargo();
+    fillAirlineModelTables();
+}
+
+void fillAirlineTable(std::span<const LiveryView> liveries) {
+    ReservedTitles.reserve(roomForReservedTitles);
+    allTitles.assign(liveries.size(), {});
+    std::vector<std::span<AirlineTitle>> lost;
+    runSideBySide([&] { keepTitles(liveries); }, "LiveryGroups", [&] { lost = storeGroups(liveries); });
+    for (const std::span<AirlineTitle> titles : lost) {
+        std::fill(titles.begin(), titles.end(), AirlineTitle());
+    }
+}
+
+void fillAirlineModelTables() {
+    for (const std::size_t index : {passengerIndex, cargoIndex}) {
+        titlesByAirline[index].clear();
+        titlesByAirline[index].reserve(allTitles.size()); // the lists view them, so they must stay where they are
+        AirlineModelTable[index].reserve(AirlineTable.size());
+        for (const auto& [airline, types] : AirlineTable) {
+            splitAirline(airline, types, index);
+        }
+    }
 }
 
 std::string_view lf_findTitle(std::string_view title) {

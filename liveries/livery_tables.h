@@ -70,6 +70,14 @@ std::vector<CategorizedType>* randomTypesOf(AircraftCategory category);
 /// AirlineTable and AirlineModelTable, which must be empty, from the liveries, which must be sorted by airline, type
 /// and title. Fills the arena that all titles are views of.
 void lf_buildAirlineTables(std::span<const LiveryView> liveries);
+
+// The pieces of it, for who has other work to do meanwhile.
+
+/// AirlineTable, and the arena.
+void fillAirlineTable(std::span<const LiveryView> liveries);
+/// AirlineModelTable, from AirlineTable, which stays as it is.
+void fillAirlineModelTables();
+
 /// The title as it stands in AirlineTable; empty if it is not there.
 std::string_view lf_findTitle(std::string_view title);
 /// The same, without a search where it is the title of the livery of this number among those that the tables are built
