@@ -25,7 +25,7 @@ namespace {
 
 constexpr int highestSection = 10000;
 
-/// A thousand times what the fullest file has. Each thread keeps a whole file in memory.
+/// No file of an aircraft comes near it. Each thread keeps a whole file in memory.
 constexpr std::uintmax_t mostBytes = 256 << 20;
 
 // --- The text ---

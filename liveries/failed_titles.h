@@ -16,8 +16,8 @@ extern TextSet FailedTitles;
 /// "model airline" of each refused aircraft, for the summary.
 extern TextSet NoCreateList;
 
-/// Takes note that the simulator refused this aircraft's livery, and tells the user unless the run stops. When there are
-/// twenty titles it throws kvd::UserErrorException 81.
+/// Takes note that the simulator refused this aircraft's livery, and tells the user unless the run stops. When there
+/// are twenty titles it throws kvd::UserErrorException 81.
 void gf_noteFailedTitle(const AircraftRecord& aircraft);
 
 /// Both sets empty, as at the start of the process.

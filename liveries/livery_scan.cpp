@@ -5,6 +5,7 @@
 #include <exception>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -51,7 +52,7 @@ public:
         state_->dontUseTitles.insert(DontUseTitles.begin(), DontUseTitles.end());
     }
 
-    /// False also when nothing answers.
+    /// Whether the folder is one; else a line in the log says why not. False also when the scan is stopped.
     bool canScan(const fs::path& folder);
     void walk(std::uint32_t scanNumber, const fs::path& folder) {
         lf_walkFolder(scanNumber, folder, {state_, progress_, tasks_});
@@ -64,30 +65,31 @@ private:
     ScanTasks tasks_;
 };
 
-/// Whether the folder is one; else a line in the log says why not.
-bool isScannable(const fs::path& folder) {
-    const std::string text = platform::backslashText(folder);
+enum class RootKind { folder, missing, noFolder };
+
+RootKind rootKind(const fs::path& folder) {
     std::error_code ignored;
     if (!fs::exists(folder, ignored)) {
-        log(fmt::format("{} does not exist, skipped!", text));
-        return false;
+        return RootKind::missing;
     }
-    if (!fs::is_directory(folder, ignored)) {
-        log(fmt::format("{} is not a folder name, skipped!", text));
-        return false;
-    }
-    return true;
+    return fs::is_directory(folder, ignored) ? RootKind::folder : RootKind::noFolder;
 }
 
 bool Scan::canScan(const fs::path& folder) {
     const std::string text = platform::backslashText(folder);
     progress_.enter(text);
+    std::optional<RootKind> kind;
     try {
-        return tasks_.answerOf([folder] { return isScannable(folder); }).value_or(false);
+        kind = tasks_.answerOf([folder] { return rootKind(folder); });
     } catch (const std::exception& error) {
         log(fmt::format("liveries search in {} aborted, cause: {}", text, platform::readableText(error.what())));
-        return false;
     }
+    if (kind == RootKind::missing) {
+        log(fmt::format("{} does not exist, skipped!", text));
+    } else if (kind == RootKind::noFolder) {
+        log(fmt::format("{} is not a folder name, skipped!", text));
+    }
+    return kind == RootKind::folder;
 }
 
 void logFound(std::size_t count, const fs::path& folder) {
@@ -147,12 +149,8 @@ public:
     LiveriesEmptied& operator=(const LiveriesEmptied&) = delete;
 };
 
-} // namespace
-
-namespace {
-
-/// A drive that does not answer is for the scan itself to stumble over, and so is one that is not waited for.
-bool isKnownToBeMissing(const fs::path& folder) {
+/// A drive that does not answer is as good as none, but for one that nobody waits for any more.
+bool isMissing(const fs::path& folder) {
     ScanTasks looks(1, [] { return !gf_isScanStopping(); });
     try {
         const auto isThere = looks.answerOf([folder] {
@@ -161,7 +159,7 @@ bool isKnownToBeMissing(const fs::path& folder) {
         });
         return isThere == false;
     } catch (const std::exception&) {
-        return false;
+        return true;
     }
 }
 
@@ -179,7 +177,7 @@ void lf_collectLfolders(std::vector<fs::path>& folders) {
             continue;
         }
         const fs::path folder = platform::pathFromUtf8(value);
-        if (isKnownToBeMissing(folder)) {
+        if (isMissing(folder)) {
             logError(fmt::format("{}: '{}' does not exist", parameter.key, value));
             throw kvd::UserErrorException(
                 folderMissingError,
@@ -301,6 +299,8 @@ void gf_scanLiveries() {
     if (isDone(end)) {
         switchScanOff();
     }
-    clearMessage(); // else the window says that it scans until the next long step
+    if (shownMessage().starts_with(scanningText())) {
+        clearMessage(); // else the window says that it scans until the next long step
+    }
     log("\n++++++++++++++++++++++++ liveries scan ends ++++++++++++++++++++++++++++++++\n");
 }

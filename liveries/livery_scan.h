@@ -12,8 +12,8 @@
 #include "liveries/scan_reports.h"
 
 /// Scans, and takes SCAN_LIVERIES back, but after a stopped scan only if the old LiveriesScanned.xml is gone. Throws
-/// kvd::UserErrorException: 243 when a configured folder does not exist, 48 when none is configured, 53 when there are no
-/// liveries; std::runtime_error when LiveriesScanned.xml cannot be written.
+/// kvd::UserErrorException: 243 when a configured folder does not exist, 48 when none is configured, 53 when there are
+/// no liveries; std::runtime_error when LiveriesScanned.xml cannot be written.
 void gf_scanLiveries();
 
 /// Whether there was a scan since the last call; what was built of the liveries is then out of date.

@@ -21,8 +21,8 @@
 
 namespace {
 
-/// What the tables are made of. Before them, for they end first. One thread at a time takes of the first: the similar types,
-/// which come into being beside the tables, must not.
+/// What the tables are made of. Before them, for they end first. One thread at a time takes of the first: the similar
+/// types, which come into being beside the tables, must not.
 std::pmr::monotonic_buffer_resource memory;
 std::pmr::monotonic_buffer_resource registrationMemory;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <exception>
 #include <iterator>
 #include <list>
@@ -89,6 +90,9 @@ public:
     /// Whether there is nothing left to hand out.
     bool isHandedOut() const { return open_.empty(); }
 
+    /// The first one of the oldest task whose finds have not been taken.
+    std::string oldestFolder() const { return begun_.empty() ? std::string() : begun_.front(); }
+
 private:
     void take(FolderFinds finds) {
         Liveries.splice(Liveries.end(), finds.liveries);
@@ -99,6 +103,9 @@ private:
         std::optional<FolderFinds> finds = run_.tasks.takeOldest();
         if (finds) {
             take(std::move(*finds));
+            if (!begun_.empty()) {
+                begun_.pop_front();
+            }
         }
         return finds.has_value();
     }
@@ -106,6 +113,7 @@ private:
     bool startNext() {
         std::vector<FolderToScan> folders = takeOpen();
         run_.progress.enter(folders.front().text);
+        begun_.push_back(folders.front().text);
         return run_.tasks.start([state = run_.state, scanNumber = scanNumber_, folders = std::move(folders)] {
             return lf_searchFolders(scanNumber, folders, *state, platform::steadyNow() + longestTask);
         });
@@ -125,22 +133,23 @@ private:
     std::uint32_t scanNumber_;
     const ScanRun& run_;
     std::vector<FolderToScan> open_; ///< still to be handed out
+    std::deque<std::string> begun_;  ///< the first folder of each task that waits to be taken
 };
 
-void runOrLog(FolderWalk walk, const ScanRun& run) {
+void runOrLog(FolderWalk walk) {
     try {
         walk.run();
     } catch (const std::exception& error) {
         log(walk.isHandedOut() ? fmt::format("liveries search aborted, futs outer, {}", logText(error))
                                : fmt::format("liveries inner search aborted: {}", logText(error)));
-        log(fmt::format("  the search had come to {}; what lies behind is left out", run.progress.folder()));
+        log(fmt::format("  left out is what was not finished from {} on", walk.oldestFolder()));
     }
 }
 
 void searchAll(std::uint32_t scanNumber, const std::filesystem::path& folder, const ScanRun& run) {
     try {
         if (const auto root = run.tasks.answerOf([folder] { return rootToScan(folder); })) {
-            runOrLog(FolderWalk(scanNumber, *root, run), run);
+            runOrLog(FolderWalk(scanNumber, *root, run));
         }
     } catch (const std::exception& error) {
         log(fmt::format("liveries search in {} aborted, cause: {}", platform::backslashText(folder), logText(error)));

@@ -17,7 +17,6 @@ public:
     explicit ScanProgress(const ScanState& state) : state_(state) {}
 
     void enter(std::string_view folder) { folder_ = folder; }
-    const std::string& folder() const { return folder_; }
 
     /// To be called again and again; shows the folder and what was read and found so far, twice a second. False when
     /// the scan is to end.

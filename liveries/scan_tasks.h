@@ -1,6 +1,6 @@
 // liveries/scan_tasks.h
-// The folders of a scan searched at the same time, by a fixed number of threads at most, and what they give taken in the
-// order of their start. One thread starts and takes; the tasks run on threads of their own, which nobody joins.
+// The folders of a scan searched at the same time, by a fixed number of threads at most, and what they give taken in
+// the order of their start. One thread starts and takes; the tasks run on threads of their own, which nobody joins.
 #pragma once
 
 #include <chrono>
@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -53,14 +54,18 @@ public:
     /// give.
     std::list<Livery> abandon();
 
-    /// What a single question gives, asked on a thread of its own, for a drive may take its time to answer. Nothing when
-    /// the waiting was ended. Throws as start() and takeOldest() do.
+    /// What a single question gives, asked on a thread of its own, for a drive may take its time to answer; here, where
+    /// there is no thread to be had. Nothing when the waiting was ended. Throws as takeOldest() does.
     template <typename Question>
     std::optional<std::invoke_result_t<Question>> answerOf(Question question) {
         using Answer = std::invoke_result_t<Question>;
         const auto task = std::make_shared<std::packaged_task<Answer()>>(std::move(question));
         std::future<Answer> answer = task->get_future();
-        gf_startDetached(threadName, [task] { (*task)(); });
+        try {
+            gf_startDetached(threadName, [task] { (*task)(); });
+        } catch (const std::system_error&) {
+            (*task)();
+        }
         const bool isThere = waitUntil(
             [&answer](std::chrono::milliseconds slice) { return answer.wait_for(slice) == std::future_status::ready; });
         return isThere ? std::optional(answer.get()) : std::nullopt;

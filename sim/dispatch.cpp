@@ -28,7 +28,7 @@ constexpr DWORD simRuns = 1;
 constexpr DWORD unaskedRecord = 16;
 
 void onSimState(bool running) {
-    showSimFlightRunning(running);
+    showSimFlightRunning(running); // first, for who waits for the other looks at the window then
     simRunning = running;
 }
 

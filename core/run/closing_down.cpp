@@ -152,7 +152,7 @@ bool prepareRestart(ExitReason reason) {
     if (!countDownToRestart()) {
         return false;
     }
-    // A reader still in its last receive would take the next run's cleared stop flag for its own.
+    // A reader still in its last receive, as any thread, would take the next run's cleared stop flag for its own.
     joinSimClient();
     if (!gf_waitForDetachedThreads(readersLeaveWithin, 1)) {
         logError("A thread of the run did not end in time");

@@ -112,13 +112,20 @@ HRESULT Connection::queueWritten() {
     }
     const std::string_view packet = writer_.packet();
     if (packet.size() > maxQueuedBytes - queued_.size()) {
-        sendFailed_ = true;
+        failForGood();
         stream_.cancelSending();
         return E_FAIL;
     }
     queued_.insert(queued_.end(), packet.begin(), packet.end());
     ++lastPacketId_;
     return S_OK;
+}
+
+/// Whatever the peer has still to say.
+void Connection::failForGood() {
+    const std::lock_guard lock(recordLock_);
+    sendFailed_ = true;
+    lastWordsWait_ = false;
 }
 
 /// The sender's thread.
@@ -197,12 +204,14 @@ HRESULT Connection::dispatch(DispatchProc procedure, void* context) {
         const std::lock_guard lock(recordLock_);
         batch = std::exchange(waiting_, std::move(spare_));
         last = ended_;
+        dispatching_ = batch.bytes() > 0;
     }
     batch.forEach(
         [&](char* record, DWORD size) { procedure(reinterpret_cast<SIMCONNECT_RECV*>(record), size, context); });
     batch.clear();
     const std::lock_guard lock(recordLock_);
     spare_ = std::move(batch);
+    dispatching_ = false;
     lastWordsWait_ = lastWordsWait_ && !last;
     return last ? E_FAIL : S_OK;
 }
@@ -240,8 +249,10 @@ bool Connection::handOver() {
 void Connection::endReceiving(bool byThePeer) {
     {
         const std::lock_guard lock(recordLock_);
-        lastWordsWait_ = byThePeer && waiting_.bytes() > 0;
-        ended_ = true;
+        if (!ended_) {
+            lastWordsWait_ = byThePeer && !sendFailed_ && (dispatching_ || waiting_.bytes() > 0);
+            ended_ = true;
+        }
     }
     platform::signalEvent(arrival_);
 }

@@ -28,8 +28,8 @@ inline constexpr std::chrono::seconds longestStandstill{30};
 int connectStream(platform::StreamConnection& stream, const ConnectionSettings& settings);
 
 /// No call waits for the peer: packets queue up and go out in the background. The connection has failed, and stays so,
-/// once the peer has closed and its last records are dispatched, has sent a record whose size cannot be, or does not take
-/// its packets: too many of them wait, or nothing has gone for too long.
+/// once the peer has closed and its last records are dispatched, has sent a record whose size cannot be, or does not
+/// take its packets: too many of them wait, or nothing has gone for too long.
 class Connection {
 public:
     /// Nothing when the simulator cannot be reached. Each arrival of records, and the end, sets `arrival`, when that is
@@ -76,6 +76,7 @@ private:
     bool refusesPackets() const { return failed() && !lastWordsWait_; }
 
     HRESULT queueWritten();
+    void failForGood();
     void sendAll();
     bool takeQueued();
     bool sendTaken();
@@ -107,13 +108,14 @@ private:
     RecordBatch waiting_; // under recordLock_
     RecordBatch spare_;   // under recordLock_: memory for the next batch
 
-    std::atomic<bool> sendFailed_{false}; // calls fail; what still arrives is dispatched
+    std::atomic<bool> sendFailed_{false}; // calls fail, unless last words wait; what still arrives is dispatched
     std::atomic<bool> ended_{false};      // nothing more is dispatched than what waits; set under recordLock_
     std::atomic<bool> closing_{false};    // set under sendLock_
 
-    /// A peer that goes tells why in its last record. Calls must not fail before that is dispatched, or a quit would look
-    /// like a fault.
+    /// A peer that goes tells why in its last record. Calls must not fail before that is dispatched, or a quit would
+    /// look like a fault.
     std::atomic<bool> lastWordsWait_{false}; // set under recordLock_
+    bool dispatching_ = false;               // under recordLock_: records are with the procedure
 
     void* const arrival_;
     platform::StreamConnection stream_; // goes first, and its receiver with it

@@ -79,7 +79,7 @@ TEST_F(LiveryWalkThreads, aFileThatTakesTooLongDuringTheWalkEndsTheFolderAlone) 
     holdsOnceAFileIsRead_ = true;
     walk("x");
     EXPECT_THAT(log_.lines(), ElementsAre("liveries inner search aborted: Future wait timed out after 10 seconds",
-                                          StartsWith("  the search had come to x\\")));
+                                          StartsWith("  left out is what was not finished from x\\")));
     EXPECT_THAT(Liveries, Not(IsEmpty())) << "what was read by then";
     EXPECT_LT(Liveries.size(), static_cast<std::size_t>(moreThanAreHandedOutAhead));
     holdNothingMore();
@@ -93,7 +93,7 @@ TEST_F(LiveryWalkThreads, aFileThatTakesTooLongAfterTheWalkEndsTheFolderAlone) {
     holdsOnceAFileIsRead_ = true;
     walk("x");
     EXPECT_THAT(log_.lines(), ElementsAre("liveries search aborted, futs outer, Future wait timed out after 10 seconds",
-                                          "  the search had come to x\\ac\\texture.T; what lies behind is left out"));
+                                          StartsWith("  left out is what was not finished from x\\")));
     holdNothingMore();
     walk("y");
     EXPECT_THAT(titlesOf(Liveries), ElementsAre("read", "next"));

@@ -30,7 +30,7 @@ public:
     std::optional<int> quitCode();
     /// Waits for its end as long as a test has patience.
     bool ends();
-    /// Time in which the machine gives this process nothing to run on does not count.
+    /// Time in which the machine gives this process nothing to run on does not count, up to four times as much.
     bool endsWithin(std::chrono::milliseconds time);
 
     std::string log() const;

@@ -61,6 +61,8 @@ TEST_F(KilledSaving, leavesTheOldFileUntilTheNewOneIsWhole) {
         GTEST_SKIP() << "this machine lets no process trace another";
     }
     const std::list<Livery> old{{"DLH", "B744", "Old", "", 0, false}};
+    int olds = 0;
+    int news = 0;
     for (int stops = 1;; ++stops) {
         Liveries = old;
         lf_writeLiveries();
@@ -69,6 +71,9 @@ TEST_F(KilledSaving, leavesTheOldFileUntilTheNewOneIsWhole) {
         }
         const std::list<Livery> found = readLiveries();
         ASSERT_TRUE(found == old || found == written_) << stops << ": " << found.size() << " liveries";
+        ++(found == old ? olds : news);
     }
+    EXPECT_GT(olds, 10);
+    EXPECT_GT(news, 0);
     EXPECT_EQ(readLiveries(), written_);
 }

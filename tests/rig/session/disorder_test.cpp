@@ -19,6 +19,7 @@
 #include "sim/object_queues.h"
 #include "sim/session.h"
 #include "sim/sim_ids.h"
+#include "sim/stand_requests.h"
 #include "tests/rig/session/session_run.h"
 
 using namespace std::chrono_literals;
@@ -226,8 +227,7 @@ protected:
         simulator().play(rig::ResumeAct{});
         bringUserHome();
         pumpUntil([this] { return !simulator().with([](rig::World& world) { return world.isStalled(); }); });
-        // Answers come in the order of events: behind this one nothing is left that could end the run.
-        pumpUntil([] { return isAtHome(requestUserPosition()) || gf_isStopping(); });
+        waitForAnAnswer();
         if (gf_isStopping() || !pumpUntil([] { return simRunning.load(); })) {
             endRun();
             openSession();
@@ -238,10 +238,15 @@ protected:
         EXPECT_FALSE(gf_isStopping());
     }
 
-    static bool isAtHome(const UserState& user) {
-        constexpr double nearlyDegrees = 0.01;
-        return std::abs(user.lat - nearTheUser.lat) < nearlyDegrees &&
-               std::abs(user.lon - nearTheUser.lon) < nearlyDegrees;
+    /// Answers come in the order of events: behind this one nothing is left that could end the run. One that is lost on
+    /// the way is not waited for.
+    void waitForAnAnswer() {
+        constexpr int mostTurns = 1000;
+        takeUserStandRequest();
+        requestUserPosition();
+        for (int turn = 0; turn < mostTurns && !gf_isStopping() && !takeUserStandRequest(); ++turn) {
+            pumpTurns(1);
+        }
     }
 
     /// Its jumps may have led it out of sight of the others.

@@ -188,11 +188,12 @@ TEST_P(SessionThreads, thePulseComesOnceInEverySecondOfTheSimulator) {
         EXPECT_TRUE(nextPulse() && nextPulse() && nextPulse());
         return simulated() - begin;
     };
-    // Where a thread of a busy machine comes late a pulse does; a wrong rate is wrong each time.
+    // Where a thread of a busy machine comes late a pulse does, but not in most of the series.
     constexpr int series = 5;
     std::array<double, series> seconds{};
     std::generate(seconds.begin(), seconds.end(), threePulsesTake);
-    EXPECT_THAT(seconds, Contains(testing::DoubleNear(3, 0.9)));
+    std::sort(seconds.begin(), seconds.end());
+    EXPECT_NEAR(seconds[series / 2], 3, 0.9) << testing::PrintToString(seconds);
 }
 
 TEST_P(SessionThreads, aJumpOf10AndAHalfMilesIsANewFlight) {

@@ -141,6 +141,29 @@ TEST_P(ClientRoadsThreads, callsWorkUntilTheQuitRecordOfAPeerThatHasGoneIsDispat
     EXPECT_EQ(sendSmall(), E_FAIL);
 }
 
+TEST_P(ClientRoadsThreads, callsWorkAlsoWhenThePeerGoesWhileItsLastRecordIsDispatched) {
+    struct Going {
+        Peer& peer;
+        HANDLE client;
+        int records;
+    };
+    connect();
+    ASSERT_TRUE(peer_.sends(recordBytes(3, "")));
+    Going going{peer_, client_, 0};
+    const auto seeOff = [](SIMCONNECT_RECV*, DWORD, void* context) {
+        Going& one = *static_cast<Going*>(context);
+        ++one.records;
+        one.peer.closes();
+        for (int i = 0; i < 100; ++i) { // far longer than the peer's end takes to arrive
+            ASSERT_EQ(SimConnect_AIRemoveObject(one.client, 7, 1), S_OK) << i;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    };
+    EXPECT_TRUE(eventually([&] { return SimConnect_CallDispatch(client_, seeOff, &going) == E_FAIL; }));
+    EXPECT_EQ(going.records, 1);
+    EXPECT_EQ(SimConnect_AIRemoveObject(client_, 7, 1), E_FAIL);
+}
+
 TEST_P(ClientRoadsThreads, aPeerThatGoesWithoutAWordFailsTheCallsByItself) {
     connect();
     peer_.closes();

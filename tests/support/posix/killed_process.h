@@ -35,7 +35,8 @@ bool isKilledAfter(int stops, Work work) {
     for (int i = 0; i < stops; ++i) {
         ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
         waitpid(child, &status, 0);
-        if (WIFEXITED(status)) {
+        if (WIFEXITED(status) || WIFSIGNALED(status)) {
+            EXPECT_TRUE(WIFEXITED(status)) << "it ended by a signal of its own";
             EXPECT_EQ(WEXITSTATUS(status), 0);
             return false;
         }
