@@ -148,8 +148,6 @@ TEST_F(AircraftCfg, survivesALineOfTenMegabytes) {
                 ElementsAre("One"));
 }
 
-// --- Numbers ---
-
 TEST_F(AircraftCfg, aFileOfAbsurdSizeIsNotReadAndCostsItself) {
     const auto file = makeAircraft("ac", general("A320") + section(0, "title=One\natc_parking_codes=KLM"));
     std::filesystem::resize_file(file, (256 << 20) + 1);
@@ -254,6 +252,8 @@ TEST_F(AircraftCfg, aStopTakesNoFurtherSection) {
     gf_resetExitReason();
     EXPECT_THAT(search(file), SizeIs(1)) << "the title was not taken either";
 }
+
+// --- Numbers ---
 
 TEST_F(AircraftCfg, sectionTenThousandIsTakenAndTheNextStopsTheFile) {
     const std::string values = "title=One\natc_parking_codes=KLM";

@@ -47,6 +47,14 @@ protected:
         return records;
     }
 
+    /// The quit is still to be dispatched.
+    void openAndQuit(rig::InProcessWorld& world) {
+        ASSERT_EQ(open(), S_OK);
+        world.frames(1);
+        dispatched();
+        world.play(rig::QuitAct{});
+    }
+
     void createAircraft(const char* tailNumber) {
         SIMCONNECT_DATA_INITPOSITION position{};
         position.Latitude = 52.3;
@@ -119,12 +127,7 @@ TEST_F(InProcessWorldFront, aProcedureMayCallTheSimulator) {
 
 TEST_F(InProcessWorldFront, aSimulatorThatQuitsSaysSoAndThenTheLinkFails) {
     rig::InProcessWorld world;
-    ASSERT_EQ(open(), S_OK);
-    world.frames(1);
-    dispatched();
-
-    world.play(rig::QuitAct{});
-
+    openAndQuit(world);
     EXPECT_THAT(dispatched().ids, ElementsAre(SIMCONNECT_RECV_ID_QUIT));
     EXPECT_EQ(last_, E_FAIL);
     EXPECT_EQ(SimConnect_AIRemoveObject(client_, 7, 105), E_FAIL);
@@ -134,10 +137,7 @@ TEST_F(InProcessWorldFront, aSimulatorThatQuitsSaysSoAndThenTheLinkFails) {
 
 TEST_F(InProcessWorldFront, theLinkWorksUntilTheClientHasSeenTheQuit) {
     rig::InProcessWorld world;
-    ASSERT_EQ(open(), S_OK);
-    world.frames(1);
-    dispatched();
-    world.play(rig::QuitAct{});
+    openAndQuit(world);
     EXPECT_EQ(SimConnect_AIRemoveObject(client_, 7, 105), S_OK);
     const auto remove = [](SIMCONNECT_RECV* record, DWORD, void* client) {
         EXPECT_EQ(record->dwID, DWORD{SIMCONNECT_RECV_ID_QUIT});
