@@ -32,12 +32,21 @@ void require(bool condition) {
     }
 }
 
-/// As the library counts them, one by one.
-std::ptrdiff_t liveriesInFile() {
+bool holds(pugi::xml_node element, const LiveryView& livery) {
+    const auto has = [element](const char* name, std::string_view value) {
+        return element.attribute(name).value() == value;
+    };
+    return has("airl", livery.airl) && has("type", livery.type) && has("title", livery.title) &&
+           has("atcid", livery.atcid) && element.attribute("cargo").as_bool() == livery.cargo;
+}
+
+/// Whether they are those that the library finds in the whole file.
+bool areOfFile(const std::vector<LiveryView>& liveries) {
     pugi::xml_document document;
     document.load_file(scannedLiveriesFile);
-    const auto liveries = document.child("root").child("liveries").children("liv");
-    return std::distance(liveries.begin(), liveries.end());
+    const auto elements = document.child("root").child("liveries").children("liv");
+    return std::equal(elements.begin(), elements.end(), liveries.begin(), liveries.end(),
+                      [](pugi::xml_node element, const LiveryView& livery) { return holds(element, livery); });
 }
 
 std::optional<ScannedLiveries> read() {
@@ -109,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!first) {
         return 0;
     }
-    require(std::ssize(first->liveries) == liveriesInFile());
+    require(areOfFile(first->liveries));
     Liveries.clear();
     std::transform(first->liveries.begin(), first->liveries.end(), std::back_inserter(Liveries), liveryOf);
     lf_writeLiveries();

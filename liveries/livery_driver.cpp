@@ -32,13 +32,12 @@ void fillTablesOfTitles(std::span<const LiveryView> liveries) {
 void buildTables() {
     const StepMessage step("Building the livery tables ...");
     // Gone at the end: the tables hold the titles in their own storage.
-    ScannedLiveries scanned;
-    // The similar types take as long as all the rest behind the reading, and neither looks at the other's tables.
-    constexpr const char* similar = "SimilarTypes";
-    runSideBySide([&scanned] { scanned = lf_readLiveries(); }, similar, fillSimilarAll);
+    const ScannedLiveries scanned = lf_readLiveries();
+    fillSimilarAll();
     showLiveries(scanned.liveries.size());
     fillAirlineTable(scanned.liveries);
-    runSideBySide([&scanned] { fillTablesOfTitles(scanned.liveries); }, similar, fillSimilarOfLiveries);
+    // The similar types take as long as all the rest behind the reading, and neither looks at the other's tables.
+    runSideBySide([&scanned] { fillTablesOfTitles(scanned.liveries); }, "SimilarTypes", fillSimilarOfLiveries);
 }
 
 } // namespace

@@ -3,9 +3,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <limits>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -22,6 +23,7 @@
 #include "core/program_version.h"
 #include "core/side_by_side.h"
 #include "core/user_error.h"
+#include "liveries/livery_halves.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/text_encoding.h"
@@ -91,7 +93,7 @@ void saveWhole(const pugi::xml_document& document) {
 // --- Reading ---
 
 /// The attributes of a livery that mean anything, in the order in which they are written.
-constexpr std::array<std::string_view, 5> attributeNames{"airl", "type", "cargo", "title", "atcid"};
+constexpr std::array<const char*, 5> attributeNames{"airl", "type", "cargo", "title", "atcid"};
 constexpr std::size_t cargoNumber = 2;
 
 /// Their values; null for one that is not there.
@@ -101,10 +103,10 @@ struct LiveryValues {
 };
 
 /// The number of a name, searched from `expected` on; none for one that means nothing.
-std::optional<std::size_t> numberOf(std::string_view name, std::size_t expected) {
+std::optional<std::size_t> numberOf(const char* name, std::size_t expected) {
     for (std::size_t tried = 0; tried < attributeNames.size(); ++tried) {
         const std::size_t number = (expected + tried) % attributeNames.size();
-        if (name == attributeNames[number]) {
+        if (std::strcmp(name, attributeNames[number]) == 0) {
             return number;
         }
     }
@@ -146,46 +148,63 @@ LiveryView viewOf(pugi::xml_node element) {
 }
 
 bool isLivery(pugi::xml_node node) {
-    return std::string_view(node.name()) == "liv";
+    return std::strcmp(node.name(), "liv") == 0;
 }
 
-/// Adds the liveries among the nodes that stand before the place in the file.
-void addFront(pugi::xml_node section, std::ptrdiff_t end, std::vector<LiveryView>& liveries) {
-    for (auto node = section.first_child(); node && node.offset_debug() < end; node = node.next_sibling()) {
+void takeLiveries(pugi::xml_node section, std::vector<LiveryView>& liveries) {
+    for (const pugi::xml_node node : section) {
         if (isLivery(node)) {
             liveries.push_back(viewOf(node));
         }
     }
 }
 
-/// And those at or behind it, from the end of the file on.
-void addBack(pugi::xml_node section, std::ptrdiff_t begin, std::vector<LiveryView>& liveries) {
-    for (auto node = section.last_child(); node && node.offset_debug() >= begin; node = node.previous_sibling()) {
-        if (isLivery(node)) {
-            liveries.push_back(viewOf(node));
-        }
-    }
-}
-
-/// From both ends at once: the library's nodes lie far apart, and to look at them takes longer than to make them.
-std::vector<LiveryView> liveriesOf(pugi::xml_node section) {
-    // What a livery takes in the file, rather less: room that is not used costs nothing, room that is missing a copy.
-    constexpr std::ptrdiff_t bytesPerLivery = 64;
-    const std::ptrdiff_t end = section.last_child().offset_debug();
-    const std::ptrdiff_t middle = end / 2;
+struct ReadHalf {
+    LiveryHalf half;
     std::vector<LiveryView> liveries;
-    std::vector<LiveryView> rest;
-    liveries.reserve(static_cast<std::size_t>(end / bytesPerLivery + 1));
-    rest.reserve(liveries.capacity() / 2);
+    bool isSound = false;
+};
+
+/// Of several faults the first in the file is told, so here it only matters whether there is one.
+void takeLiveries(ReadHalf& read, std::size_t expected) {
+    read.liveries.reserve(expected);
     try {
-        runSideBySide([&] { addFront(section, middle, liveries); }, "LiveryFile",
-                      [&] { addBack(section, middle, rest); });
+        takeLiveries(liveriesIn(read.half.document), read.liveries);
+        read.isSound = true;
     } catch (const kvd::UserErrorException&) {
-        // Of several faults the first in the file is told.
-        addFront(section, std::numeric_limits<std::ptrdiff_t>::max(), liveries);
+        read.isSound = false;
     }
-    liveries.insert(liveries.end(), rest.rbegin(), rest.rend());
-    return liveries;
+}
+
+/// Nothing when the file is not like ours or something is the matter with it, which the reading of all of it tells.
+std::optional<ScannedLiveries> readInHalves() {
+    // What a livery takes in the file, rather less: room that is not used costs nothing, room that is missing a copy.
+    constexpr std::size_t bytesPerLivery = 64;
+    const fs::path file = scannedLiveriesFile;
+    const std::optional<std::size_t> cut = placeToCut(file);
+    if (!cut) {
+        return std::nullopt;
+    }
+    const std::size_t expected = *cut / bytesPerLivery + 1;
+    const auto halves = std::make_shared<std::array<ReadHalf, 2>>();
+    auto& [first, second] = *halves;
+    const auto readFirst = [&, &first = first] {
+        if (loadFirstHalf(file, *cut, first.half)) {
+            takeLiveries(first, 2 * expected); // those of the second half join them
+        }
+    };
+    const auto readSecond = [&, &second = second] {
+        if (loadSecondHalf(file, *cut, second.half)) {
+            takeLiveries(second, expected);
+        }
+    };
+    runSideBySide(readFirst, "LiveryFile", readSecond);
+    if (!first.isSound || !second.isSound) {
+        return std::nullopt;
+    }
+    std::vector<LiveryView> liveries = std::move(first.liveries);
+    liveries.insert(liveries.end(), second.liveries.begin(), second.liveries.end());
+    return ScannedLiveries{std::move(liveries), halves};
 }
 
 void load(pugi::xml_document& document) {
@@ -198,6 +217,19 @@ void load(pugi::xml_document& document) {
     if (status != pugi::status_ok && status != pugi::status_no_document_element) {
         throw kvd::UserErrorException(fileMissingError, fmt::format("File {} not found", fileText()));
     }
+}
+
+ScannedLiveries readWhole() {
+    const auto document = std::make_shared<pugi::xml_document>();
+    load(*document);
+    const pugi::xml_node section = liveriesIn(*document);
+    if (!section) {
+        throw kvd::UserErrorException(sectionMissingError,
+                                      fmt::format("{} does not contain a <liveries> section", fileText()));
+    }
+    std::vector<LiveryView> liveries;
+    takeLiveries(section, liveries);
+    return {std::move(liveries), document};
 }
 
 } // namespace
@@ -215,18 +247,12 @@ void lf_writeLiveries() {
 }
 
 ScannedLiveries lf_readLiveries() {
-    const auto document = std::make_shared<pugi::xml_document>();
-    load(*document);
-    const pugi::xml_node section = document->child("root").child("liveries");
-    if (!section) {
-        throw kvd::UserErrorException(sectionMissingError,
-                                      fmt::format("{} does not contain a <liveries> section", fileText()));
-    }
-    std::vector<LiveryView> liveries = liveriesOf(section);
-    const std::size_t count = liveries.size();
+    std::optional<ScannedLiveries> inHalves = readInHalves();
+    ScannedLiveries scanned = inHalves ? std::move(*inHalves) : readWhole();
+    const std::size_t count = scanned.liveries.size();
     if (count == 0) {
         showMessage(fmt::format("{} does not contain liveries", fileText()), LogCopy::yes);
     }
     log(fmt::format("{} liveries read from {}", count, fileText()));
-    return {std::move(liveries), document};
+    return scanned;
 }

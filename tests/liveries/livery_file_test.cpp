@@ -31,7 +31,7 @@ protected:
         return 0;
     }
     static void writeXml(std::string_view liveries) {
-        writeFile(scannedLiveriesFile, "<root>" + std::string(liveries) + "</root>");
+        writeFile(scannedLiveriesFile, "<?xml version=\"1.0\"?><root>" + std::string(liveries) + "</root>");
     }
 };
 
