@@ -26,8 +26,6 @@ using Deadline = std::chrono::steady_clock::time_point;
 using std::chrono::milliseconds;
 
 constexpr DWORD pipeBufferBytes = 65536;
-/// A cancel that meets the read on its way to completion may do nothing, and on some systems the read then goes on.
-constexpr DWORD cancelAgainMs = 100;
 
 /// Rounded up, never below 0.
 milliseconds timeUntil(Deadline deadline) {
@@ -314,11 +312,12 @@ void StreamConnection::State::endReceiving() {
     if (!receiver) {
         return;
     }
-    do {
+    {
         const std::lock_guard guard(lock);
         closing = true;
         CancelIoEx(carrier.get(), &read);
-    } while (WaitForSingleObject(receiverOut.get(), cancelAgainMs) == WAIT_TIMEOUT);
+    }
+    WaitForSingleObject(receiverOut.get(), INFINITE);
 }
 
 StreamConnection::StreamConnection() : state_(std::make_shared<State>()) {}
