@@ -225,6 +225,9 @@ TEST_P(SessionThreads, aLoadedFlightIsANewOneAndTheStandIsLookedUp) {
 
 TEST_P(SessionThreads, aFlightThatIsLoadedBeforeTheUserIsKnownLooksUpNoStand) {
     connect();
+    // Its answer comes behind all that the session declares at its begin, the loading of flights among it.
+    requestUserIdentity();
+    ASSERT_TRUE(pumpUntil([] { return halfSpanKnown.load(); }));
     simulator().play(rig::LoadFlightAct{"evening.fxml"});
     ASSERT_TRUE(pumpUntil(gf_isStopping));
     EXPECT_FALSE(takeClosestStandRequest());

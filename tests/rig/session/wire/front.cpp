@@ -27,40 +27,50 @@ constexpr const char* byIpv4 = "Ipv4";
 constexpr const char* byIpv6 = "Ipv6";
 constexpr const char* byPipe = "Pipe";
 
-/// Does one thing after the other on a thread of its own.
+/// Does one thing after the other on a thread of its own. Not by a stop token: to take leave of one, while it is told to
+/// stop, hangs now and then in the standard library of the Windows builds.
 class Worker {
 public:
-    Worker() : thread_([this](const std::stop_token& stop) { run(stop); }) {}
+    Worker() : thread_([this] { run(); }) {}
+    ~Worker() {
+        give({});
+        thread_.join();
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
 
     /// Waits until the task is done. Throws what it throws.
     void finish(const std::function<void()>& task) {
         std::packaged_task<void()> packaged(task);
         std::future<void> done = packaged.get_future();
-        {
-            const std::lock_guard lock(lock_);
-            task_ = std::move(packaged);
-        }
-        given_.notify_one();
+        give(std::move(packaged));
         done.get();
     }
 
 private:
-    void run(const std::stop_token& stop) {
-        for (;;) {
-            std::unique_lock lock(lock_);
-            if (!given_.wait(lock, stop, [this] { return task_.valid(); })) {
-                return;
-            }
-            std::packaged_task<void()> task = std::exchange(task_, {});
-            lock.unlock();
+    /// No task is the last one.
+    void give(std::packaged_task<void()> task) {
+        const std::lock_guard lock(lock_);
+        task_ = std::move(task);
+        given_.notify_one();
+    }
+
+    std::packaged_task<void()> taken() {
+        std::unique_lock lock(lock_);
+        given_.wait(lock, [this] { return task_.has_value(); });
+        return *std::exchange(task_, std::nullopt);
+    }
+
+    void run() {
+        for (std::packaged_task<void()> task = taken(); task.valid(); task = taken()) {
             task();
         }
     }
 
     std::mutex lock_;
-    std::condition_variable_any given_;
-    std::packaged_task<void()> task_; // under lock_
-    std::jthread thread_;
+    std::condition_variable given_;
+    std::optional<std::packaged_task<void()>> task_; // under lock_
+    std::thread thread_;
 };
 
 void leadClients(std::string_view protocol, std::string_view port) {
