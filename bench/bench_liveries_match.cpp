@@ -13,7 +13,6 @@
 #include <vector>
 
 #include <fmt/format.h>
-#include <malloc.h>
 #include <pugixml.hpp>
 
 #include "bench/measuring.h"
@@ -38,7 +37,8 @@ constexpr int groupSize = 8;
 constexpr int typeCount = 600;
 constexpr int registrationCount = 500'000;
 constexpr int reservedCount = 500;
-constexpr int rounds = 51;
+constexpr int rounds = 9;
+constexpr int tableRounds = 51;
 constexpr int aircraftPerStep = 5'000;
 
 std::size_t sink = 0; // keeps the compiler from leaving work out
@@ -146,27 +146,16 @@ void buildTables() {
 
 // --- The figures ---
 
-/// Where the memory for it comes from: at a start, which is when the tables are built, from the system, page by page. In
-/// a process that does it again and again it lies there ready.
-enum class Memory { fromSystem, ready };
-
 /// The two take turns, so that both see the same machine.
-void measureTables(std::string_view filter, std::string_view what, Memory memory) {
+void measureTables(std::string_view filter, std::string_view what) {
     std::vector<double> loads;
     std::vector<double> builds;
-    const auto prepare = [memory] {
-        clearLiveryTables();
-        if (memory == Memory::fromSystem) {
-            malloc_trim(0);
-        }
-    };
-    for (int round = 0; round < rounds; ++round) {
-        prepare();
+    for (int round = 0; round < tableRounds; ++round) {
         loads.push_back(millisecondsOf([] {
             pugi::xml_document document;
             sink += document.load_file(scannedLiveriesFile) ? 1 : 0;
         }));
-        prepare();
+        clearLiveryTables();
         builds.push_back(millisecondsOf(buildTables));
     }
     print(filter, fmt::format("{}.xml_load_ms", what), median(loads), "ms");
@@ -266,11 +255,9 @@ int main(int argc, char** argv) {
     const std::vector<Livery> liveries = makeLiveries();
     Liveries.assign(liveries.begin(), liveries.end());
     lf_writeLiveries();
-    measureTables(filter, "tables", Memory::fromSystem);
-    measureTables(filter, "tables.again", Memory::ready);
+    measureTables(filter, "tables");
     writeReservations(liveries);
-    measureTables(filter, "tables.own_registrations", Memory::fromSystem);
-    measureTables(filter, "tables.again.own_registrations", Memory::ready);
+    measureTables(filter, "tables.own_registrations");
     if (!filter.starts_with("tables")) {
         buildTables();
         measureLadder(filter);

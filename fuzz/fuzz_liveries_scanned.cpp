@@ -1,6 +1,7 @@
 // fuzz/fuzz_liveries_scanned.cpp
-// LiveriesScanned.xml: it is refused with one of its errors and leaves nothing, or it is read, and reads the same again
-// when written anew; and whatever order its liveries are in, the tables built of it give its titles alone.
+// LiveriesScanned.xml: it is refused with one of its errors and leaves nothing, or it is read, as the library reads it,
+// and reads the same again when written anew; and whatever order its liveries are in, the tables built of it give its
+// titles alone.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -166,36 +166,38 @@ struct ReadHalf {
 };
 
 /// Of several faults the first in the file is told, so here it only matters whether there is one.
-void takeLiveries(ReadHalf& read, std::size_t expected) {
+void readLoaded(ReadHalf& read, std::size_t expected) {
     read.liveries.reserve(expected);
     try {
         takeLiveries(liveriesIn(read.half.document), read.liveries);
         read.isSound = true;
     } catch (const kvd::UserErrorException&) {
-        read.isSound = false;
+        read.liveries.clear();
     }
 }
 
-/// Nothing when the file is not like ours or something is the matter with it, which the reading of all of it tells.
+/// Nothing when the file is not like ours or something is the matter with it, which the reading of all of it tells. The
+/// library loads a text on one thread, and takes as long for it as all else that a start does with the liveries.
 std::optional<ScannedLiveries> readInHalves() {
     // What a livery takes in the file, rather less: room that is not used costs nothing, room that is missing a copy.
     constexpr std::size_t bytesPerLivery = 64;
     const fs::path file = scannedLiveriesFile;
-    const std::optional<std::size_t> cut = placeToCut(file);
+    const std::optional<LiveryCut> cut = cutOf(file);
     if (!cut) {
         return std::nullopt;
     }
-    const std::size_t expected = *cut / bytesPerLivery + 1;
+    const std::size_t expected = cut->place / bytesPerLivery + 1;
     const auto halves = std::make_shared<std::array<ReadHalf, 2>>();
-    auto& [first, second] = *halves;
-    const auto readFirst = [&, &first = first] {
+    ReadHalf& first = halves->front();
+    ReadHalf& second = halves->back();
+    const auto readFirst = [&] {
         if (loadFirstHalf(file, *cut, first.half)) {
-            takeLiveries(first, 2 * expected); // those of the second half join them
+            readLoaded(first, 2 * expected); // those of the second half join them
         }
     };
-    const auto readSecond = [&, &second = second] {
+    const auto readSecond = [&] {
         if (loadSecondHalf(file, *cut, second.half)) {
-            takeLiveries(second, expected);
+            readLoaded(second, expected);
         }
     };
     runSideBySide(readFirst, "LiveryFile", readSecond);
@@ -204,6 +206,7 @@ std::optional<ScannedLiveries> readInHalves() {
     }
     std::vector<LiveryView> liveries = std::move(first.liveries);
     liveries.insert(liveries.end(), second.liveries.begin(), second.liveries.end());
+    second.liveries = {};
     return ScannedLiveries{std::move(liveries), halves};
 }
 

@@ -1,17 +1,23 @@
 // tests/liveries/livery_halves_test.cpp
 #include "liveries/livery_halves.h"
 
-#include <algorithm>
 #include <array>
-#include <iterator>
+#include <cstddef>
+#include <filesystem>
+#include <list>
+#include <optional>
 #include <random>
+#include <string>
 #include <string_view>
 
 #include <fmt/format.h>
+#include <pugixml.hpp>
 
 #include "core/user_error.h"
 #include "liveries/livery_file.h"
 #include "tests/liveries/scan_test.h"
+
+namespace fs = std::filesystem;
 
 using testing::ElementsAre;
 
@@ -37,17 +43,40 @@ class LiveryHalves : public ScanTest {
 protected:
     static void write(std::string_view text) { writeFile(scannedLiveriesFile, std::string(text)); }
 
+    static std::optional<LiveryCut> cutOf(const std::string& text) {
+        write(text);
+        return ::cutOf(scannedLiveriesFile);
+    }
+
+    static bool firstHalfLoads(const LiveryCut& cut) {
+        LiveryHalf half;
+        return loadFirstHalf(scannedLiveriesFile, cut, half);
+    }
+    static bool secondHalfLoads(const LiveryCut& cut) {
+        LiveryHalf half;
+        return loadSecondHalf(scannedLiveriesFile, cut, half);
+    }
+
     /// The titles of both halves, one bar between them; nothing when the file does not come in halves.
     static std::string inHalves(const std::string& text) {
-        write(text);
         LiveryHalf first;
         LiveryHalf second;
-        const std::optional<std::size_t> cut = placeToCut(scannedLiveriesFile);
+        const std::optional<LiveryCut> cut = cutOf(text);
         if (!cut || !loadFirstHalf(scannedLiveriesFile, *cut, first) ||
             !loadSecondHalf(scannedLiveriesFile, *cut, second)) {
             return "";
         }
         return titles(first.document) + "|" + titles(second.document);
+    }
+
+    /// The cut is behind `before`, in the middle of which no document ends.
+    static void cutsIn(const std::string& before, const std::string& inner, const std::string& behind) {
+        const std::string text = std::string(ours) + "<root><liveries>" + before + inner + behind;
+        const std::optional<LiveryCut> cut = cutOf(text + "</liveries></root>");
+        ASSERT_TRUE(cut);
+        EXPECT_GT(cut->place, text.find(inner)) << text;
+        EXPECT_LT(cut->place, text.find(inner) + inner.size()) << text;
+        EXPECT_FALSE(firstHalfLoads(*cut)) << text;
     }
 
     /// What comes of reading the file: its liveries, or why there are none.
@@ -75,12 +104,13 @@ public:
 
     std::string next() {
         std::string text = "<root><meta/><liveries>";
-        for (std::size_t left = below(40); left > 0; --left) {
+        for (std::size_t left = 2 + below(40); left > 0; --left) {
             text += livery(fmt::format("Title {}", left)) + "\n";
         }
         text += "</liveries></root>\n";
         for (std::size_t left = below(4); left > 0; --left) {
-            text.insert(below(text.size() + 1), markup[below(markup.size())]);
+            const std::size_t place = left % 2 == 0 ? below(text.size() + 1) : text.size() / 2 - below(60) + 30;
+            text.insert(place, markup[below(markup.size())]);
         }
         return text;
     }
@@ -141,30 +171,70 @@ TEST_F(LiveryHalves, eachHalfViewsItsOwnTextWithItsReferencesResolved) {
 TEST_F(LiveryHalves, anotherDeclarationMayMeanAnotherEncodingAndIsNotCut) {
     const std::string text = "<root><liveries>" + livery("x") + livery("y") + livery("z") + "</liveries></root>";
     EXPECT_EQ(inHalves(std::string(ours) + text), "xy|z");
-    EXPECT_EQ(inHalves(std::string(others) + text), "");
-    EXPECT_EQ(inHalves("<?xml version=\"1.0\" encoding=\"latin1\"?>" + text), "");
-    EXPECT_EQ(inHalves(text), "");
+    EXPECT_FALSE(cutOf(std::string(others) + text));
+    EXPECT_FALSE(cutOf("<?xml version=\"1.0\" encoding=\"latin1\"?>" + text));
+    EXPECT_FALSE(cutOf(text));
 }
 
 TEST_F(LiveryHalves, withoutAFileOrALiveryBehindTheMiddleThereIsNoPlaceToCut) {
-    EXPECT_EQ(placeToCut(scannedLiveriesFile), std::nullopt);
-    EXPECT_EQ(placeToCut("output"), std::nullopt);
-    EXPECT_EQ(inHalves(""), "");
-    EXPECT_EQ(inHalves(std::string(ours) + "<root><liveries/></root>"), "");
-    EXPECT_EQ(
-        inHalves(std::string(ours) + "<root><liveries>" + livery("x") + "</liveries></root>" + std::string(500, ' ')),
-        "");
+    EXPECT_FALSE(::cutOf(scannedLiveriesFile));
+    EXPECT_FALSE(::cutOf("output"));
+    EXPECT_FALSE(cutOf(""));
+    EXPECT_FALSE(cutOf(std::string(ours) + "<root><liveries/></root>"));
+    EXPECT_FALSE(
+        cutOf(std::string(ours) + "<root><liveries>" + livery("x") + "</liveries></root>" + std::string(500, ' ')));
+}
+
+TEST_F(LiveryHalves, aLiveryTooLongToFindTheNextOneIsReadAllTheSame) {
+    const std::string longTitle(20'000, 't');
+    const std::string text =
+        std::string(ours) + "<root><liveries>" + livery(longTitle) + livery("y") + "</liveries></root>";
+    EXPECT_FALSE(cutOf(text));
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre(longTitle, "y"));
+}
+
+TEST_F(LiveryHalves, theFirstLiveryMayBeTheOneBehindTheCut) {
+    const std::string text = std::string(ours) + "<root><meta>" + std::string(500, ' ') + "</meta><liveries>" +
+                             livery("x") + livery("y") + "</liveries></root>";
+    EXPECT_EQ(inHalves(text), "|xy");
+    EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("x", "y"));
 }
 
 TEST_F(LiveryHalves, aCutWhereNoLiveryBeginsIsNoDocument) {
-    const std::string before = std::string(ours) + "<root><liveries>" + livery("x");
-    const std::string behind = livery("y") + livery("z") + "</liveries></root>";
-    EXPECT_EQ(inHalves(before + behind), "xy|z");
-    EXPECT_EQ(inHalves(before + livery("<liv ") + behind), "") << "in an attribute";
-    EXPECT_EQ(inHalves(before + "<!-- " + livery("c") + livery("d") + livery("e") + " -->" + behind), "")
-        << "in a comment";
-    EXPECT_EQ(inHalves(before + "<other>" + livery("c") + livery("d") + livery("e") + "</other>" + behind), "")
-        << "further inside";
+    const std::string few = livery("x") + livery("y");
+    const std::string inside = livery("a") + livery("b") + livery("c") + livery("d");
+    cutsIn(few, livery(std::string(150, '.') + "<liv " + std::string(100, '.')), few);
+    cutsIn(few, "<liv airl='K' type='A' title='t' x='" + inside + "'/>", few);
+    cutsIn(few, "<!-- " + inside + " -->", few);
+    cutsIn(few, "<![CDATA[ " + inside + " ]]>", few);
+    cutsIn(few, "<?target " + inside + " ?>", few);
+    cutsIn(few, "<other>" + inside + "</other>", few);
+    cutsIn(few, "<liv airl='K' type='A' title='t'>" + inside + "</liv>", few);
+}
+
+TEST_F(LiveryHalves, whatIsBrokenBehindTheCutMakesTheSecondHalfUnsound) {
+    const std::string before = std::string(ours) + "<root><liveries>" + livery("w") + livery("x") + livery("y");
+    for (const std::string& behind : {std::string("<other></liveries></root>"), std::string("</liveries>"),
+                                      std::string("</root>"), std::string(1, '\0') + "</liveries></root>"}) {
+        const std::optional<LiveryCut> cut = cutOf(before + livery("z") + behind);
+        ASSERT_TRUE(cut);
+        EXPECT_TRUE(firstHalfLoads(*cut)) << behind;
+        EXPECT_FALSE(secondHalfLoads(*cut)) << behind;
+    }
+}
+
+TEST_F(LiveryHalves, aFileThatIsAnotherOneMeanwhileIsNotTakenForItsOtherHalf) {
+    const std::string text = "<root><liveries>" + livery("x") + livery("y") + livery("z") + "</liveries></root>";
+    const std::optional<LiveryCut> cut = cutOf(std::string(ours) + text);
+    ASSERT_TRUE(cut);
+    write(std::string(ours) + "\n" + text);
+    EXPECT_FALSE(firstHalfLoads(*cut)) << "it is longer";
+    EXPECT_FALSE(secondHalfLoads(*cut));
+    write(std::string(ours) + "\n" + text.substr(0, text.size() - 2) + ">");
+    EXPECT_FALSE(secondHalfLoads(*cut)) << "its liveries begin elsewhere";
+    fs::remove(scannedLiveriesFile);
+    EXPECT_FALSE(firstHalfLoads(*cut));
+    EXPECT_FALSE(secondHalfLoads(*cut));
 }
 
 TEST_F(LiveryHalves, onlyTheFirstSectionCounts) {
@@ -179,21 +249,25 @@ TEST_F(LiveryHalves, onlyTheFirstSectionCounts) {
 
 TEST_F(LiveryHalves, nothingBehindAZeroComesToLight) {
     const std::string text = std::string(ours) + "<root><liveries>" + livery("x") + "</liveries></root>";
+    EXPECT_EQ(inHalves(text + livery("y")), "") << "nor does what no document may have behind it";
     EXPECT_EQ(inHalves(text + std::string(1, '\0') + livery("y") + livery("z") + "</liveries></root>"), "");
     EXPECT_THAT(titlesOf(readLiveries()), ElementsAre("x"));
 }
 
 TEST_F(LiveryHalves, anyTextIsReadAsInOnePiece) {
     DamagedTexts texts(1);
+    int cut = 0;
     int liveries = 0;
     int faults = 0;
     for (int i = 0; i < 1500; ++i) {
         const std::string text = texts.next();
         const Outcome outcome = outcomeOf(std::string(ours) + text);
         ASSERT_EQ(outcome, outcomeOf(std::string(others) + text)) << text;
+        cut += inHalves(std::string(ours) + text).empty() ? 0 : 1;
         liveries += outcome.liveries.empty() ? 0 : 1;
         faults += outcome.fault.empty() ? 0 : 1;
     }
+    EXPECT_GT(cut, 300);
     EXPECT_GT(liveries, 300);
     EXPECT_GT(faults, 300);
 }
