@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "platform/threads.h"
@@ -32,12 +31,12 @@ void countOut() {
 void gf_startDetached(std::string_view name, std::function<void()> body) {
     countIn();
     try {
-        std::thread([threadName = std::string(name), run = std::move(body)]() mutable {
+        platform::startDetached([threadName = std::string(name), run = std::move(body)]() mutable {
             platform::nameThisThread(threadName);
             run();
             run = nullptr;
             countOut();
-        }).detach();
+        });
     } catch (...) {
         countOut();
         throw;

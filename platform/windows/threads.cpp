@@ -1,6 +1,13 @@
 // platform/windows/threads.cpp
 #include "platform/threads.h"
 
+#include <cerrno>
+#include <cstdint>
+#include <memory>
+#include <process.h>
+#include <system_error>
+#include <utility>
+
 #include <windows.h>
 
 #include "platform/windows/wide_text.h"
@@ -19,6 +26,14 @@ SetThreadDescriptionCall findCall() {
                                    reinterpret_cast<void*>(GetProcAddress(kernel, "SetThreadDescription")));
 }
 
+using Body = std::function<void()>;
+
+unsigned __stdcall runBody(void* given) noexcept {
+    const std::unique_ptr<Body> body(static_cast<Body*>(given));
+    (*body)();
+    return 0;
+}
+
 } // namespace
 
 void nameThisThread(std::string_view name) {
@@ -26,6 +41,18 @@ void nameThisThread(std::string_view name) {
     if (call != nullptr) {
         call(GetCurrentThread(), wideFromUtf8(name).c_str());
     }
+}
+
+/// Without the standard library's threads: of short ones that are detached while they end, now and then one never runs,
+/// or the process crashes.
+void startDetached(std::function<void()> body) {
+    auto given = std::make_unique<Body>(std::move(body));
+    const std::uintptr_t thread = _beginthreadex(nullptr, 0, runBody, given.get(), 0, nullptr);
+    if (thread == 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+    static_cast<void>(given.release()); // the thread's
+    CloseHandle(reinterpret_cast<HANDLE>(thread));
 }
 
 } // namespace platform

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <future>
 
+#include "tests/support/eventually.h"
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -39,6 +41,19 @@ TEST(DetachedThreads, oneOfThemWaitsForTheOthers) {
     release.set_value();
     EXPECT_TRUE(late.get_future().get());
     EXPECT_TRUE(gf_waitForDetachedThreads(10s));
+}
+
+TEST(DetachedThreads, ofManyThatEndAtOnceEachRunsOnce) {
+    constexpr int bunches = 100;
+    constexpr int threadsOfEach = 20;
+    std::atomic<int> runs = 0;
+    for (int bunch = 0; bunch < bunches; ++bunch) {
+        for (int i = 0; i < threadsOfEach; ++i) {
+            gf_startDetached("short", [&runs] { ++runs; });
+        }
+        ASSERT_TRUE(gf_waitForDetachedThreads(testPatience)) << bunch;
+        ASSERT_EQ(runs, (bunch + 1) * threadsOfEach);
+    }
 }
 
 } // namespace
