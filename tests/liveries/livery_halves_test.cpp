@@ -224,14 +224,17 @@ TEST_F(LiveryHalves, whatIsBrokenBehindTheCutMakesTheSecondHalfUnsound) {
 }
 
 TEST_F(LiveryHalves, aFileThatIsAnotherOneMeanwhileIsNotTakenForItsOtherHalf) {
-    const std::string text = "<root><liveries>" + livery("x") + livery("y") + livery("z") + "</liveries></root>";
-    const std::optional<LiveryCut> cut = cutOf(std::string(ours) + text);
+    const std::string text = "<root><liveries>" + livery("x") + livery("y");
+    const std::string end = "</liveries></root>";
+    const std::optional<LiveryCut> cut = cutOf(std::string(ours) + text + livery("z") + end);
     ASSERT_TRUE(cut);
-    write(std::string(ours) + "\n" + text);
+    EXPECT_TRUE(firstHalfLoads(*cut));
+    EXPECT_TRUE(secondHalfLoads(*cut));
+    write(std::string(ours) + text + livery("z") + end + " ");
     EXPECT_FALSE(firstHalfLoads(*cut)) << "it is longer";
     EXPECT_FALSE(secondHalfLoads(*cut));
-    write(std::string(ours) + "\n" + text.substr(0, text.size() - 2) + ">");
-    EXPECT_FALSE(secondHalfLoads(*cut)) << "its liveries begin elsewhere";
+    write(std::string(ours) + " " + text + livery("") + end);
+    EXPECT_FALSE(secondHalfLoads(*cut)) << "no livery begins at the cut";
     fs::remove(scannedLiveriesFile);
     EXPECT_FALSE(firstHalfLoads(*cut));
     EXPECT_FALSE(secondHalfLoads(*cut));
